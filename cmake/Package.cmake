@@ -1,0 +1,13 @@
+# find_package(vnifc) gives vnifc::VnIfcCore and vnifc::VnIfc4x3. The libraries need nothing from others in public, so
+# the exported targets are the whole of the package's configuration.
+if(NOT TARGET VnIfcCore)
+    return()
+endif()
+
+include(CMakePackageConfigHelpers)
+
+set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/vnifc")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/vnifcConfigVersion.cmake" COMPATIBILITY SameMinorVersion)
+install(EXPORT vnifcTargets NAMESPACE vnifc:: FILE vnifcConfig.cmake DESTINATION ${package_dir})
+install(FILES "${PROJECT_BINARY_DIR}/vnifcConfigVersion.cmake" DESTINATION ${package_dir})
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" "${PROJECT_SOURCE_DIR}/NOTICE" DESTINATION ${CMAKE_INSTALL_DOCDIR})
