@@ -1,0 +1,110 @@
+#pragma once
+#include <VnIfcCore/VnIfcStorage.h>
+
+#include <algorithm>
+#include <compare>
+#include <cstring>
+#include <string_view>
+
+namespace VN_SDAI {
+
+/// What stands in front of a string's characters in memory.
+struct VnStringHead {
+    std::uint32_t length;
+    VnStorage storage;
+};
+
+/// A text of static storage that a VnAnsiString can stand on without allocation. Declare it constexpr.
+template <std::size_t N>
+struct VnStaticText {
+    VnStringHead head{static_cast<std::uint32_t>(N - 1), VnStorage::kStatic};
+    char text[N]{};
+
+    constexpr VnStaticText(const char (&source)[N]) noexcept {
+        for (std::size_t i = 0; i < N; ++i) text[i] = source[i];
+    }
+};
+
+/// The empty text.
+inline constexpr VnStaticText<1> VnEmptyText{""};
+/// The text of an unset string attribute: the one byte 0xFF.
+inline constexpr VnStaticText<2> VnUnsetText{"\xFF"};
+
+/// 8-bit string, one pointer wide, for names and string values. Holds bytes as they stand in an exchange file
+/// (ISO 10303-21); may contain any byte; always followed by a NUL. At most 2^32 - 1 bytes.
+class VnAnsiString {
+public:
+    constexpr VnAnsiString() noexcept : m_text(VnEmptyText.text) {}
+    /// Stands on a static text; the text must outlive the string.
+    template <std::size_t N>
+    constexpr VnAnsiString(const VnStaticText<N>& text) noexcept : m_text(text.text) {}
+    /// Copies a NUL-terminated text; null gives the empty string.
+    VnAnsiString(const char* text) : VnAnsiString(text ? std::string_view(text) : std::string_view()) {}
+    VnAnsiString(std::string_view text) : m_text(VnEmptyText.text) {
+        if (!text.empty()) m_text = copyOf(text);
+    }
+    VnAnsiString(const VnAnsiString& other) : m_text(other.head().storage == VnStorage::kStatic ? other.m_text : copyOf(other)) {}
+    constexpr VnAnsiString(VnAnsiString&& other) noexcept : m_text(other.m_text) { other.m_text = VnEmptyText.text; }
+    constexpr ~VnAnsiString() {
+        if (!std::is_constant_evaluated()) release();
+    }
+
+    VnAnsiString& operator=(const VnAnsiString& other) {
+        if (this != &other) VnAnsiString(other).swap(*this);
+        return *this;
+    }
+    VnAnsiString& operator=(VnAnsiString&& other) noexcept {
+        VnAnsiString(std::move(other)).swap(*this);
+        return *this;
+    }
+    VnAnsiString& operator=(std::string_view text) {
+        VnAnsiString(text).swap(*this);
+        return *this;
+    }
+    VnAnsiString& operator=(const char* text) { return *this = VnAnsiString(text); }
+    template <std::size_t N>
+    VnAnsiString& operator=(const VnStaticText<N>& text) noexcept {
+        return *this = VnAnsiString(text);
+    }
+
+    /// The characters, NUL-terminated; valid until the string is changed.
+    const char* constStr() const noexcept { return m_text; }
+    std::uint32_t length() const noexcept { return head().length; }
+    bool isEmpty() const noexcept { return length() == 0; }
+    std::string_view view() const noexcept { return {m_text, length()}; }
+    operator std::string_view() const noexcept { return view(); }
+    void clear() noexcept { VnAnsiString().swap(*this); }
+    void swap(VnAnsiString& other) noexcept { std::swap(m_text, other.m_text); }
+
+    /// Byte order; 0 when equal.
+    int compare(std::string_view other) const noexcept { return view().compare(other); }
+    /// As compare, without regard to ASCII case.
+    VNIFC_API int compareNoCase(std::string_view other) const noexcept;
+    /// True for the one-byte text 0xFF, which stands for an unset attribute.
+    bool isUnset() const noexcept { return length() == 1 && m_text[0] == '\xFF'; }
+
+    friend bool operator==(const VnAnsiString& left, const VnAnsiString& right) noexcept {
+        return left.m_text == right.m_text || left.view() == right.view();
+    }
+    friend bool operator==(const VnAnsiString& left, std::string_view right) noexcept { return left.view() == right; }
+    friend bool operator==(const VnAnsiString& left, const char* right) noexcept { return left.view() == right; }
+    friend auto operator<=>(const VnAnsiString& left, const VnAnsiString& right) noexcept {
+        return left.view() <=> right.view();
+    }
+
+    /// Makes a string of `length` bytes and returns them for filling; the NUL is in place.
+    VNIFC_API char* allocate(std::size_t length);
+
+private:
+    const VnStringHead& head() const noexcept { return reinterpret_cast<const VnStringHead*>(m_text)[-1]; }
+    VNIFC_API static const char* copyOf(std::string_view text);
+    void release() noexcept {
+        if (head().storage == VnStorage::kHeap) ::operator delete(const_cast<VnStringHead*>(&head()));
+    }
+
+    const char* m_text;
+};
+
+static_assert(sizeof(VnAnsiString) == sizeof(void*));
+
+}  // namespace VN_SDAI

@@ -1,0 +1,66 @@
+#pragma once
+#include <VnIfcCore/VnIfcTypes.h>
+#include <VnRx/VnPlatform.h>
+
+#include <compare>
+#include <cstddef>
+
+namespace VN_SDAI {
+
+/// What a handle points to: the place of one instance in a model, alive as long as the model. Internal to the core.
+struct VnIfcInstanceSlot {
+    enum Flag : std::uintptr_t { kErased = 1, kInArena = 2, kHasKept = 4, kFlags = 7 };
+
+    std::uintptr_t objectAndFlags = 0;
+    std::uint64_t number = 0;
+
+    VnIfcEntityBase* object() const noexcept {
+        return reinterpret_cast<VnIfcEntityBase*>(objectAndFlags & ~std::uintptr_t{kFlags});
+    }
+    bool has(Flag flag) const noexcept { return (objectAndFlags & flag) != 0; }
+    void set(Flag flag) noexcept { objectAndFlags |= flag; }
+    void reset(Flag flag) noexcept { objectAndFlags &= ~std::uintptr_t{flag}; }
+    /// The model that owns this slot.
+    VNIFC_API VnIfcModel* model() const noexcept;
+};
+
+/// Handle of an instance inside a model (ISO 10303-22, application instance identifier). A value of one pointer; never
+/// owns. Handles are ordered by instance number. A handle stays usable as long as its model lives; when its instance was
+/// erased or never defined, it opens to null.
+class VNIFC_API VnDbObjectId {
+public:
+    constexpr VnDbObjectId() noexcept = default;
+    explicit constexpr VnDbObjectId(VnIfcInstanceSlot* slot) noexcept : m_slot(slot) {}
+
+    constexpr bool isNull() const noexcept { return m_slot == nullptr; }
+    constexpr void setNull() noexcept { m_slot = nullptr; }
+    /// The instance number (#123); 0 for a null handle.
+    std::uint64_t number() const noexcept { return m_slot ? m_slot->number : 0; }
+    /// The model that the handle belongs to; null for a null handle.
+    VnIfcModel* model() const noexcept { return m_slot ? m_slot->model() : nullptr; }
+
+    /// Opens the instance; null when there is none. An erased instance opens only with `openErased`. The pointer stays
+    /// valid as long as the model.
+    VnIfcEntityBase* openObject(OpenMode = kForRead, bool openErased = false) const noexcept {
+        if (!m_slot || (m_slot->has(VnIfcInstanceSlot::kErased) && !openErased)) return nullptr;
+        return m_slot->object();
+    }
+    /// Ends an opening.
+    void close() const noexcept {}
+
+    constexpr VnIfcInstanceSlot* slot() const noexcept { return m_slot; }
+
+    friend constexpr bool operator==(const VnDbObjectId&, const VnDbObjectId&) noexcept = default;
+    /// By instance number; handles of different models with the same number are ordered by model.
+    friend bool operator<(const VnDbObjectId& left, const VnDbObjectId& right) noexcept {
+        if (left.number() != right.number()) return left.number() < right.number();
+        return left.m_slot < right.m_slot;
+    }
+
+private:
+    VnIfcInstanceSlot* m_slot = nullptr;
+};
+
+static_assert(sizeof(VnDbObjectId) == 8);
+
+}  // namespace VN_SDAI

@@ -1,0 +1,32 @@
+#pragma once
+#include <VnRx/VnPlatform.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace VN_SDAI {
+
+/// One thing that was noticed in an exchange file or a model.
+struct VnIfcDiagnostic {
+    enum Severity : std::uint8_t { kInfo, kWarning, kError };
+
+    Severity severity = kError;
+    std::string code;            ///< stable name of the kind of finding: "unknown-keyword"
+    std::string file;
+    std::uint64_t line = 0;      ///< from 1; 0 when it has no place in a file
+    std::uint64_t column = 0;    ///< in bytes, from 1
+    std::uint64_t instance = 0;  ///< #id; 0 when it concerns none
+    std::string keyword;         ///< of the instance
+    std::string attribute;
+    std::string found;
+    std::string expected;
+
+    /// One line for people: "file:3:17: error: #12 IFCWALL.Name: expected ..., found ...".
+    VNIFC_API std::string text() const;
+};
+
+/// Receives diagnostics in the order of the file. Called by the thread that started the operation.
+using VnIfcDiagnosticSink = std::function<void(const VnIfcDiagnostic&)>;
+
+}  // namespace VN_SDAI

@@ -1,0 +1,82 @@
+#pragma once
+#include <VnIfcCore/VnAnsiString.h>
+#include <VnIfcCore/VnDbObjectId.h>
+#include <VnIfcCore/VnIfcObject.h>
+
+#include <new>
+
+namespace VN_SDAI {
+
+class VnIfcAttributeDefinition;
+class VnIfcGUID;
+
+/// Base of every entity class: an instance's identity in its model and the operations that the core calls. One instance
+/// is used by one thread at a time.
+class VNIFC_API VnIfcEntityBase : public VnIfcObject {
+public:
+    /// Fills `value` with the attribute's value, set or not; false, and `value` untouched, for an unknown name. Names are
+    /// compared without regard to case here and below. Throws VnIfcException when the model's access mode forbids it.
+    virtual bool getAttr(const VnAnsiString& name, VnIfcVariant& value) const = 0;
+    virtual ~VnIfcEntityBase();
+    /// The class's record in the dictionary; null until the schema is built, and for instances without a class.
+    virtual VnIfcEntityType* getInstanceType() const = 0;
+    /// Converts and stores; false, and the attribute unchanged, when the name is unknown or the value does not convert.
+    virtual bool putAttr(const VnAnsiString& name, const VnIfcVariant& value) = 0;
+    virtual bool testAttr(const VnIfcAttributeDefinition* attribute) const;
+    /// True when the attribute holds a value.
+    virtual bool testAttr(const VnAnsiString& name) const = 0;
+    /// Puts the attribute back to its unset value.
+    virtual void unsetAttr(const VnAnsiString& name) = 0;
+    /// Reads, or writes, the parameter list (ISO 10303-21, 12.2).
+    virtual VN::ErrorStatus inFields(VnSpfFilerBase* filer) = 0;
+    virtual VN::ErrorStatus outFields(VnSpfFilerBase* filer) const = 0;
+    virtual VN::ErrorStatus _inFields(VnSpfFilerBase* filer);
+    virtual VN::ErrorStatus _outFields(VnSpfFilerBase* filer) const;
+    /// Enters this instance into the inverse attributes of the instances that it refers to.
+    virtual void setInverseCounterParts();
+    virtual void resetInverseCounterParts();
+    virtual bool testAttrCaseInsensitive(const VnAnsiString& name) const;
+    virtual void unsetAttrCaseInsensitive(const VnAnsiString& name);
+    virtual bool _getAttr(const VnAnsiString& name, VnIfcVariant& value) const;
+    virtual bool _putAttr(const VnAnsiString& name, const VnIfcVariant& value);
+    virtual bool _testAttr(const VnAnsiString& name) const;
+    virtual void _unsetAttr(const VnAnsiString& name);
+    /// Exactly of this type.
+    virtual bool isInstanceOf(const VnIfcEntityType* type) const = 0;
+    virtual bool isInstanceOf(const char* name) const = 0;
+    /// Of this type or a subtype of it.
+    virtual bool isKindOf(const VnIfcEntityType* type) const = 0;
+    virtual bool isKindOf(const char* name) const = 0;
+    /// The globally unique identifier; null for classes that have none.
+    virtual const VnIfcGUID* globalId() const noexcept;
+
+    /// The instance's own handle; null outside of a model.
+    VnDbObjectId objectId() const noexcept { return m_id; }
+    /// The model that the instance belongs to; null outside of a model.
+    VnIfcModel* owningModel() const noexcept { return m_id.model(); }
+
+    // Instances that a loader makes live in its model's arena.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* memory) noexcept;
+
+protected:
+    VnIfcEntityBase() noexcept = default;
+    /// A copy belongs to no model; assignment leaves identity alone.
+    VnIfcEntityBase(const VnIfcEntityBase&) noexcept {}
+    VnIfcEntityBase& operator=(const VnIfcEntityBase&) noexcept { return *this; }
+
+    /// To be told of every change of an attribute, so that a text kept from the file gives way to the new value.
+    void touched(unsigned position) noexcept {
+        if (!m_id.isNull() && m_id.slot()->has(VnIfcInstanceSlot::kHasKept)) dropKept(position);
+    }
+
+private:
+    friend class VnIfcModel;
+    void dropKept(unsigned position) noexcept;
+
+    VnDbObjectId m_id;
+};
+
+static_assert(sizeof(VnIfcEntityBase) == 16);
+
+}  // namespace VN_SDAI

@@ -1,0 +1,153 @@
+#pragma once
+#include <VnIfcCore/VnDbObjectId.h>
+#include <VnIfcCore/VnIfcDiagnostic.h>
+#include <VnIfcCore/VnIfcEntityBase.h>
+#include <VnIfcCore/VnIfcHeader.h>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string_view>
+
+namespace VN_SDAI {
+
+class VnIfcGUID;
+
+/// Told now and then how far a long operation has come, from 0 to 1; answering false cancels it.
+using VnIfcProgress = std::function<bool(double)>;
+
+struct VnIfcReadOptions {
+    VnIfcDiagnosticSink diagnostics;  ///< none: findings are only counted
+    VnIfcProgress progress;
+    unsigned threads = 0;             ///< 0: as many as the machine has
+    bool inverses = true;             ///< set inverse attributes when the file has been read
+    std::string_view name;            ///< how diagnostics call the input; empty: its path
+};
+
+struct VnIfcWriteOptions {
+    VnIfcProgress progress;
+    unsigned threads = 0;             ///< 0: as many as the machine has
+};
+
+/// What an operation on a file came to.
+struct VnIfcFileResult {
+    VN::ErrorStatus status = VN::eOk;
+    std::string message;              ///< why the status is no success
+    std::uint64_t bytes = 0;
+    std::uint64_t errors = 0;
+    std::uint64_t warnings = 0;
+
+    explicit operator bool() const noexcept { return status == VN::eOk; }
+};
+
+/// A population of instances of one schema (ISO 10303-22, SDAI-model). Owns its instances; handles point into it and
+/// die with it. One thread at a time changes a model.
+class VNIFC_API VnIfcModel {
+public:
+    /// The schema must outlive the model.
+    explicit VnIfcModel(const VnIfcSchema* schema);
+    ~VnIfcModel();
+    VnIfcModel(const VnIfcModel&) = delete;
+    VnIfcModel& operator=(const VnIfcModel&) = delete;
+
+    const VnIfcSchema* schema() const noexcept;
+    SdaiAccessMode mode() const noexcept { return m_mode; }
+    void setMode(SdaiAccessMode mode) noexcept { m_mode = mode; }
+    VnIfcHeader& header() noexcept;
+    const VnIfcHeader& header() const noexcept;
+
+    /// Creates an instance of the named entity (in any case) under the next free number; null for an unknown name.
+    VnDbObjectId create(std::string_view entity);
+    /// Takes an instance that the host made.
+    VnDbObjectId append(std::unique_ptr<VnIfcEntityBase> instance);
+    /// Creates an instance of class E, owned by the model.
+    template <class E>
+    E* create() {
+        auto instance = std::make_unique<E>();
+        E* result = instance.get();
+        append(std::move(instance));
+        return result;
+    }
+    /// Copies an instance, from this model or another one. Within a model the copy refers to what the source refers to;
+    /// from another model everything that the source refers to is copied too, unless `copies` names its counterpart
+    /// already; it is extended. Entities are matched by name. Null when the source's entity is not in this schema.
+    VnDbObjectId copy(const VnDbObjectId& source);
+    VnDbObjectId copy(const VnDbObjectId& source, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies);
+    /// Erases an instance: it is no longer found or written, and its handle opens to null. False if it is not of this model.
+    bool erase(const VnDbObjectId& handle);
+    /// Gives back all instances and the header.
+    void clear();
+
+    /// Number of instances, without erased ones.
+    std::size_t count() const noexcept;
+    /// The instance of that number; null when there is none.
+    VnDbObjectId find(std::uint64_t number) const noexcept;
+    /// The instance of lowest number with that GlobalId; null when there is none. Looks at every instance.
+    VnDbObjectId findByGlobalId(const VnIfcGUID& globalId) const;
+    /// Calls `visit` for each instance in ascending order of numbers; instances may be created and erased meanwhile, those
+    /// created are not visited.
+    void forEach(const std::function<void(VnIfcEntityBase&)>& visit) const;
+    /// As forEach, for instances of one entity type, with or without its subtypes.
+    void forEach(const VnIfcEntityType* type, bool withSubtypes, const std::function<void(VnIfcEntityBase&)>& visit) const;
+    /// Handles of all instances in ascending order of numbers.
+    std::vector<VnDbObjectId> instances() const;
+    std::vector<VnDbObjectId> instancesOf(const VnIfcEntityType* type, bool withSubtypes = true) const;
+
+    /// Asks every instance to set its inverse counterparts.
+    void setInverseCounterParts();
+
+    /// Reads an exchange file (ISO 10303-21) into this model, which must be empty.
+    VnIfcFileResult readFile(const std::filesystem::path& path, const VnIfcReadOptions& options = {});
+    /// As readFile, from memory.
+    VnIfcFileResult readText(std::string_view text, const VnIfcReadOptions& options = {});
+    /// Writes the header and all instances in ascending order. The file is complete or, on failure, as it was before.
+    VnIfcFileResult writeFile(const std::filesystem::path& path, const VnIfcWriteOptions& options = {}) const;
+    /// As writeFile, into memory.
+    std::string writeText(const VnIfcWriteOptions& options = {}) const;
+
+    struct Data;
+    /// For the core's own parts.
+    Data& data() const noexcept { return *m_data; }
+
+private:
+    friend class VnIfcEntityBase;
+    void adopt(VnIfcInstanceSlot* slot, VnIfcEntityBase* instance, bool inArena) const noexcept;
+    friend struct Data;
+
+    SdaiAccessMode m_mode = sdaiReadWrite;
+    std::unique_ptr<Data> m_data;
+};
+
+/// An instance that has no class: its keyword is unknown to the schema, or it is a complex one (ISO 10303-21, 12.2.5).
+/// Kept as text and written back as it came.
+class VNIFC_API VnIfcForeignInstance final : public VnIfcEntityBase {
+public:
+    /// Of a complex instance the keyword is empty and the parameters hold all its parts.
+    VnIfcForeignInstance(VnAnsiString keyword, VnAnsiString parameters) noexcept
+        : m_keyword(std::move(keyword)), m_parameters(std::move(parameters)) {}
+
+    const VnAnsiString& keyword() const noexcept { return m_keyword; }
+    /// What stands between the outer parentheses.
+    const VnAnsiString& parameters() const noexcept { return m_parameters; }
+    void setParameters(VnAnsiString parameters) { m_parameters = std::move(parameters); }
+
+    bool getAttr(const VnAnsiString&, VnIfcVariant&) const override { return false; }
+    VnIfcEntityType* getInstanceType() const override { return nullptr; }
+    bool putAttr(const VnAnsiString&, const VnIfcVariant&) override { return false; }
+    using VnIfcEntityBase::testAttr;
+    bool testAttr(const VnAnsiString&) const override { return false; }
+    void unsetAttr(const VnAnsiString&) override {}
+    VN::ErrorStatus inFields(VnSpfFilerBase*) override { return VN::eNotHandled; }
+    VN::ErrorStatus outFields(VnSpfFilerBase* filer) const override;
+    bool isInstanceOf(const VnIfcEntityType*) const override { return false; }
+    bool isInstanceOf(const char*) const override;
+    bool isKindOf(const VnIfcEntityType*) const override { return false; }
+    bool isKindOf(const char* name) const override { return isInstanceOf(name); }
+
+private:
+    VnAnsiString m_keyword;
+    VnAnsiString m_parameters;
+};
+
+}  // namespace VN_SDAI

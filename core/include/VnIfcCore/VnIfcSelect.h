@@ -1,0 +1,126 @@
+#pragma once
+#include <VnIfcCore/VnAnsiString.h>
+#include <VnIfcCore/VnDbObjectId.h>
+#include <VnIfcCore/VnIfcAggr.h>
+#include <VnIfcCore/VnIfcLogical.h>
+
+#include <string_view>
+
+namespace VN_SDAI {
+
+/// Base of the select classes (ISO 10303-11, 8.4.2): holds the chosen value and its kind. Which member of the select is
+/// chosen is the derived class's matter.
+class VNIFC_API VnIfcSelect {
+public:
+    virtual ~VnIfcSelect();
+    /// The code of the chosen member.
+    virtual std::int32_t _d() const noexcept = 0;
+    /// Chooses a member by name, in any case, and drops the value; false for an unknown name, which changes nothing.
+    virtual bool underlyingTypeName(const VnAnsiString& name) = 0;
+    /// Name of the chosen member; empty when there is none.
+    virtual const VnAnsiString& underlyingTypeName() const = 0;
+    /// The select's record in the dictionary; null until the schema is built.
+    virtual const VnIfcNameType* type() const noexcept = 0;
+
+protected:
+    /// Finds the member that an instance belongs to; false when it belongs to none.
+    virtual bool setHandleD(const VnDbObjectId& handle) = 0;
+    /// Takes a handle from a file; it is classified when somebody asks.
+    virtual void setHandleOnLoad(const VnDbObjectId& handle);
+    /// Classifies a handle taken from a file.
+    virtual void refreshSelectHandle() const;
+    /// Forgets which member is chosen.
+    virtual void unset() = 0;
+    /// Reads, or writes, a value that the core leaves to the select; 18 when it is none of those.
+    virtual VN::ErrorStatus readTypedField(const VnAnsiString& typeName, VnSpfFilerBase* filer);
+    virtual VN::ErrorStatus writeTypedField(VnSpfFilerBase* filer) const;
+
+public:
+    /// The code of the member of that name, in any case; the number of members when there is none.
+    virtual std::int32_t underlyingTypeByName(const VnAnsiString& name) const = 0;
+
+protected:
+    /// Chooses a member by name for the reader; false for an unknown name or an entity member.
+    virtual bool chooseForReading(std::string_view name) = 0;
+    /// The kind of the chosen member's value; false when none is chosen.
+    virtual bool chosenKind(VnTypeCodeKind& kind) const noexcept = 0;
+
+public:
+    /// Kind of the value held; kNone when nothing is held.
+    VnTypeCodeKind kind() const noexcept { return m_kind; }
+    /// True when a value is held.
+    bool isSet() const noexcept { return m_kind != VnTypeCodeKind::kNone; }
+
+    /// Takes an instance if it belongs to one of the members; otherwise the select is nulled and the answer is false.
+    bool setHandle(const VnDbObjectId& handle);
+    /// The instance held; null when none is.
+    VnDbObjectId getHandle() const noexcept { return m_kind == VnTypeCodeKind::kEntity ? m_value.handle : VnDbObjectId(); }
+    /// Drops value and choice.
+    void nullify();
+
+    void setString(VnAnsiString value);
+    void setBINARY(VnAnsiString value);
+    void setInt32(std::int32_t value);
+    void setDouble(double value);
+    void setBoolean(VnIfcBoolean value);
+    void setLogical(VnIfcLogical value);
+    void setEnum(std::uint32_t value);
+
+    /// The value, if it is of that kind; false otherwise, which leaves the argument as it was.
+    bool getString(VnAnsiString& value) const;
+    bool getBINARY(VnAnsiString& value) const;
+    bool getInt32(std::int32_t& value) const noexcept;
+    bool getDouble(double& value) const noexcept;
+    bool getBoolean(VnIfcBoolean& value) const noexcept;
+    bool getLogical(VnIfcLogical& value) const noexcept;
+    bool getEnum(std::uint32_t& value) const noexcept;
+    /// The text of a string or binary value without copying; empty for other kinds.
+    std::string_view text() const noexcept;
+    /// The aggregate of an aggregate-valued member; null for other kinds. Owned by the select.
+    VnIfcAggr* getAggr() noexcept { return m_kind == VnTypeCodeKind::kAggregation ? &m_value.aggregate : nullptr; }
+    const VnIfcAggr* getAggr() const noexcept { return m_kind == VnTypeCodeKind::kAggregation ? &m_value.aggregate : nullptr; }
+
+    /// Same member and same value; handles are compared by instance.
+    bool operator==(const VnIfcSelect& other) const noexcept;
+    /// Order by kind, then member, then value.
+    bool operator<(const VnIfcSelect& other) const noexcept;
+
+protected:
+    VnIfcSelect() noexcept {}
+    VnIfcSelect(const VnIfcSelect& other) : VnIfcSelect() { copyValue(other); }
+    VnIfcSelect(VnIfcSelect&& other) noexcept : VnIfcSelect() { moveValue(other); }
+    VnIfcSelect& operator=(const VnIfcSelect& other);
+    VnIfcSelect& operator=(VnIfcSelect&& other) noexcept;
+
+    /// Makes the value an unset one of that kind; an aggregate becomes a copy of `prototype`.
+    void resetTo(VnTypeCodeKind kind, const VnIfcAggr* prototype = nullptr);
+    void holdHandle(const VnDbObjectId& handle) noexcept;
+
+    friend class VnSpfFilerBase;
+
+private:
+    union Value {
+        constexpr Value() noexcept : number(0) {}
+        ~Value() {}
+        std::int64_t number;
+        double real;
+        VnDbObjectId handle;
+        VnAnsiString string;
+        VnIfcAggr aggregate;
+    };
+
+    bool isText() const noexcept { return m_kind == VnTypeCodeKind::kString || m_kind == VnTypeCodeKind::kBinary; }
+    void dropValue() noexcept;
+    void copyValue(const VnIfcSelect& other);
+    void moveValue(VnIfcSelect& other) noexcept;
+    void holdNumber(VnTypeCodeKind kind, std::int64_t value) noexcept;
+
+    Value m_value;
+    VnTypeCodeKind m_kind = VnTypeCodeKind::kNone;
+    // Fills the object up to where every compiler puts the derived class's first member.
+    std::uint32_t m_reserved = 0;
+};
+
+static_assert(sizeof(VnIfcSelect) == 24);
+
+}  // namespace VN_SDAI

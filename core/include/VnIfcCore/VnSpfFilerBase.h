@@ -1,0 +1,195 @@
+#pragma once
+#include <VnIfcCore/VnAnsiString.h>
+#include <VnIfcCore/VnDbObjectId.h>
+#include <VnIfcCore/VnIfcLogical.h>
+#include <VnIfcCore/VnIfcTypes.h>
+
+#include <string>
+#include <string_view>
+
+namespace VN_SDAI {
+
+class VnIfcSelect;
+
+/// Why a parameter could not become its attribute's value.
+enum class VnSpfProblem : std::uint8_t {
+    kNone,
+    kWrongKind,          ///< a token of another kind than the attribute's
+    kOutOfRange,         ///< a number that the attribute's type cannot hold
+    kReservedValue,      ///< a value that would read as "unset" in memory
+    kUnknownLiteral,     ///< an enumeration literal that the type does not have
+    kUnknownSelectType,  ///< a typed value that the select does not have
+    kMalformed,          ///< no token of the exchange structure
+    kMissingComma,
+    kNotDerived,         ///< a value where the subtype derives the attribute
+    kNotRead,            ///< a value that the schema library leaves unread by design
+};
+
+/// Position in the bytes of a parameter list. The bytes end with a NUL that is not part of them.
+class VNIFC_API VnSpfReadHelper {
+public:
+    /// Looks ahead: true, and the character consumed, when it is the next significant one.
+    bool skipUntilRet(char character);
+    /// Discards the rest of a malformed parameter, up to the comma or parenthesis that ends it; with `before` it is the
+    /// comma in front of the parameter that is missing.
+    void ignoreParamter(bool before);
+    /// Moves to the next character that is neither blank nor in a comment, and returns it; NUL at the end.
+    char peek() noexcept {
+        if (static_cast<unsigned char>(*next) <= ' ' || *next == '/') skipBlanks();
+        return *next;
+    }
+
+    const char* next = nullptr;
+    const char* end = nullptr;
+
+private:
+    friend class VnSpfFilerBase;
+    void skipBlanks() noexcept;
+};
+
+/// Reads and writes the parameter list of one instance (ISO 10303-21, 12). The entity classes say which attribute comes
+/// next, the filer knows the characters. Two flags accompany most calls: `optional`, the attribute may be "$", and
+/// `separated`, a comma precedes the field. The reading calls answer whether a value was read; what cannot be read
+/// leaves the argument unset, is reported, and the next call goes on with the next parameter.
+class VNIFC_API VnSpfFilerBase {
+public:
+    VnSpfFilerBase();
+    virtual ~VnSpfFilerBase();
+    VnSpfFilerBase(const VnSpfFilerBase&) = delete;
+    VnSpfFilerBase& operator=(const VnSpfFilerBase&) = delete;
+
+    /// Says which position of the parameter list, from 0, comes next. Both directions.
+    void field(unsigned position) {
+        if (m_watched) watchField(position);
+        m_position = position;
+    }
+
+    // Reading: whole attributes
+    bool rdLimitedString(char* buffer, std::size_t length, bool optional, bool separated);
+    bool rdVnAnsiString(VnAnsiString& value, bool optional, bool separated);
+    bool rdDouble(double& value, bool optional, bool separated);
+    bool rdInt(int& value, bool optional, bool separated);
+    bool rdPrimitive(VnIfcLogical& value, bool optional, bool separated);
+    bool rdPrimitive(VnIfcBoolean& value, bool optional, bool separated);
+    bool rdReference(VnDbObjectId& value, bool separated);
+    bool rdSelect(VnIfcSelect& value, bool optional, bool separated);
+    /// The literal without its dots; empty when unset.
+    VnAnsiString rdEnumerationToStr(bool optional, bool separated);
+    /// As rdEnumerationToStr, without a copy; valid as long as the bytes that are read.
+    std::string_view rdEnumeration(bool optional, bool separated);
+    bool rdDerive(bool separated);
+    /// Passes over a binary value.
+    void rdBinary(bool separated);
+
+    // Reading: elements of aggregates
+    bool rdPrimitive(double& value, bool separated);
+    bool rdPrimitive(int& value, bool separated);
+    bool rdPrimitive(VnDbObjectId& value, bool separated);
+    bool rdPrimitive(VnAnsiString& value, bool separated);
+    bool rdPrimitive(VnIfcSelect& value, bool separated);
+
+    /// Consumes the next significant character if it is this one.
+    bool skipUntil(char character) { return m_helper.skipUntilRet(character); }
+    /// Moves behind the next such character of this parameter list; false when there is none.
+    bool ignoreUntilComments(char character, bool);
+    VnSpfReadHelper& helper() noexcept { return m_helper; }
+    /// Told by the field layer of what it accepted although it was not as it should be: (1, 2) is a bare value in place of
+    /// a list of one.
+    virtual void notify(int what, int how);
+    /// The parameter at hand does not fit its attribute; its text is kept.
+    void misfit(VnSpfProblem problem);
+
+    // Writing: whole attributes
+    void wrLimitedString(const char* value, std::size_t length, bool optional, bool separated);
+    void wrVnAnsiString(const VnAnsiString& value, bool optional, bool separated);
+    void wrDouble(const double& value, bool optional, bool separated);
+    void wrInt(const int& value, bool optional, bool separated);
+    void wrPrimitive(const VnIfcLogical& value, bool optional, bool separated);
+    void wrPrimitive(const VnIfcBoolean& value, bool optional, bool separated);
+    void wrReference(const VnDbObjectId& value, bool separated);
+    void wrSelect(const VnIfcSelect& value, bool optional, bool separated);
+    void wrEnumerationStr(const VnAnsiString& literal, bool optional, bool separated) {
+        wrEnumeration(literal.view(), optional, separated);
+    }
+    void wrEnumeration(std::string_view literal, bool optional, bool separated);
+    void wrDerive(bool separated);
+
+    // Writing: elements of aggregates
+    void wrPrimitive(const double& value);
+    void wrPrimitive(const int& value);
+    void wrPrimitive(const VnDbObjectId& value);
+    void wrPrimitive(const VnAnsiString& value);
+    void wrPrimitive(const VnIfcSelect& value);
+    /// An element of a list of binary values: in double quotes, or "$" for one that is none.
+    void wrBinaryElement(const VnAnsiString& value);
+    void wrChar(char character) {
+        if (m_out == m_outEnd) growOutput(1);
+        *m_out++ = character;
+    }
+
+protected:
+    /// The slot of an instance number that a parameter names.
+    virtual VnIfcInstanceSlot* slotOf(std::uint64_t number) = 0;
+    /// A parameter that does not fit, with the text of the whole parameter.
+    virtual void onMisfit(unsigned position, VnSpfProblem problem, const char* begin, const char* end);
+    /// A position of the list begins, while the filer is watched.
+    virtual void watchField(unsigned position);
+
+    void startReading(const char* begin, const char* end) noexcept;
+    /// Ends the list; true when everything up to the closing parenthesis was read, else the rest is [first, second).
+    bool finishReading(const char*& surplusBegin, const char*& surplusEnd);
+    /// Number of parameters that were there, as far as they were asked for.
+    unsigned parametersSeen() const noexcept { return m_seen; }
+
+    /// The text written so far; the output keeps its memory when cleared.
+    std::string_view output() const noexcept { return {m_outBegin, static_cast<std::size_t>(m_out - m_outBegin)}; }
+    void clearOutput() noexcept { m_out = m_outBegin; }
+    void write(std::string_view text);
+    void writeNumber(std::uint64_t number);
+
+    bool m_watched = false;
+    unsigned m_position = 0;
+
+private:
+    enum class Token : std::uint8_t { kValue, kUnset, kNothing };
+
+    Token beginField(bool separated);
+    bool separatorMissing();
+    bool failField(VnSpfProblem problem);
+    const char* parameterEnd(const char* from) noexcept;
+    bool atDelimiter() noexcept;
+    bool readReal(double& value, VnSpfProblem& problem);
+    bool readInteger(std::int64_t& value, VnSpfProblem& problem);
+    bool readReference(VnDbObjectId& value);
+    bool readString(VnAnsiString& value, char quote);
+    bool readText(VnAnsiString& value);
+    std::string_view readLiteral();
+    bool readSelectValue(VnIfcSelect& value);
+    bool readTypedValue(VnIfcSelect& value);
+    bool readSelectSimple(VnIfcSelect& value, VnTypeCodeKind kind);
+    void writeSelectValue(const VnIfcSelect& value);
+    bool elementSeparator(bool separated);
+
+    void separate(bool separated) {
+        if (separated) wrChar(',');
+    }
+    void growOutput(std::size_t need);
+    char* reserve(std::size_t need) {
+        if (static_cast<std::size_t>(m_outEnd - m_out) < need) growOutput(need);
+        return m_out;
+    }
+    void writeString(std::string_view text);
+    void writeReal(double value);
+    void writeInteger(std::int64_t value);
+
+    VnSpfReadHelper m_helper;
+    const char* m_fieldBegin = nullptr;
+    unsigned m_seen = 0;
+    bool m_failed = false;
+
+    char* m_outBegin = nullptr;
+    char* m_out = nullptr;
+    char* m_outEnd = nullptr;
+};
+
+}  // namespace VN_SDAI

@@ -1,0 +1,131 @@
+#pragma once
+#include <IFC4X3/Export.h>
+#include <VnIfcCore/VnIfcConsts.h>
+#include <VnIfcCore/VnIfcEntityBase.h>
+#include <VnIfcCore/VnIfcGUID.h>
+#include <VnIfcCore/VnIfcListAggr.h>
+#include <VnIfcCore/VnIfcLogical.h>
+#include <VnIfcCore/VnIfcSetAggr.h>
+
+#include <span>
+
+namespace IFC4X3 {
+
+struct EntityClass;
+struct AggregateOperations;
+
+/// What can be done with an attribute depends on its kind alone.
+enum class AttributeKind : std::uint8_t {
+    kString,
+    kGuid,
+    kReal,
+    kInteger,
+    kBoolean,
+    kLogical,
+    kBinary,
+    kReference,
+    kEnumeration,
+    kSelect,
+    kAggregate,
+    kDerived,  ///< a position of the parameter list that a subtype derives: no member
+};
+
+enum Mark : std::uint8_t { kMandatory = 0, kOptional = 1 };
+
+/// Bounds of an inverse attribute: "?" and not given.
+inline constexpr int kUnbounded = VN_SDAI::Consts::VnIntUnset;
+inline constexpr int kUnset = VN_SDAI::Consts::VnIntUnset;
+
+/// One attribute of an entity class: all that the operations of its kind need to know.
+struct AttributeRow {
+    const char* name;        ///< as declared: "GlobalId"
+    const char* typeText;    ///< of the dictionary: "IFCLABEL", "set [1:?] of IFCOBJECTDEFINITION"
+    const void* type;        ///< enumerations: EnumerationClass; selects and aggregates: operations of the member's type
+    std::uint32_t offset;    ///< of the member in the instance
+    AttributeKind kind;
+    Mark mark;
+};
+
+/// An inverse attribute; `attribute.typeText` is the entity on the other side in lower case.
+struct InverseRow {
+    AttributeRow attribute;
+    const char* inverted;    ///< the attribute there: "RelatedObjects"
+    int lower;
+    int upper;
+};
+
+/// A derived attribute, under its name in the dictionary.
+struct DerivedRow {
+    const char* name;        ///< "Dim", or "ifcedge_edgestart" for a redeclared one
+    const char* typeText;
+    const char* redeclares;  ///< "EdgeStart"; empty when it redeclares nothing
+    AttributeRow field;      ///< its place in the parameter list, if it redeclares
+};
+
+/// Where a forward attribute is entered: in this inverse member of targets that are of this entity.
+struct InverseTarget {
+    VN_SDAI::VnIfcEntityType** entity;
+    const InverseRow* inverse;
+};
+
+/// A forward attribute that inverse attributes of other classes mirror; the first target that fits is taken.
+struct InverseLink {
+    const AttributeRow* forward;
+    std::span<const InverseTarget> targets;
+};
+
+using EntityFactory = VN_SDAI::VnIfcEntityBase* (*)();
+using PropertyCallback = void (*)(VN_SDAI::VnIfcPropertyCollection*, const VN_SDAI::VnIfcEntityType*);
+
+/// An entity class as data.
+struct EntityClass {
+    const char* name;                                     ///< "IfcWall"
+    const char* keyword;                                  ///< "IFCWALL"
+    const EntityClass* supertype;                         ///< null for a root
+    VN_SDAI::VnIfcEntityType** record;                    ///< the class's g_pEntityType
+    EntityFactory create;
+    PropertyCallback properties;
+    std::span<const AttributeRow> attributes;             ///< own explicit ones
+    std::span<const InverseRow> inverses;                 ///< own
+    std::span<const DerivedRow> derived;                  ///< own
+    std::span<const AttributeRow* const> fields;          ///< the whole parameter list, from the root down
+    std::span<VN_SDAI::VnIfcEntityType** const> chain;    ///< the class, then its root, then down towards it
+    std::span<const InverseLink> links;                   ///< own
+    bool isAbstract;
+};
+
+/// What all entity classes of the schema share: each operation once, driven by the class's rows.
+class IFC4X3_API Entity : public VN_SDAI::VnIfcEntityBase {
+public:
+    /// The rows of the instance's class.
+    virtual const EntityClass& entityClass() const noexcept = 0;
+
+    bool getAttr(const VN_SDAI::VnAnsiString& name, VN_SDAI::VnIfcVariant& value) const override;
+    bool putAttr(const VN_SDAI::VnAnsiString& name, const VN_SDAI::VnIfcVariant& value) override;
+    using VN_SDAI::VnIfcEntityBase::testAttr;
+    bool testAttr(const VN_SDAI::VnAnsiString& name) const override;
+    void unsetAttr(const VN_SDAI::VnAnsiString& name) override;
+    VN::ErrorStatus inFields(VN_SDAI::VnSpfFilerBase* filer) override;
+    VN::ErrorStatus outFields(VN_SDAI::VnSpfFilerBase* filer) const override;
+    void setInverseCounterParts() override;
+    void resetInverseCounterParts() override;
+    bool isInstanceOf(const VN_SDAI::VnIfcEntityType* type) const override;
+    bool isInstanceOf(const char* name) const override;
+    bool isKindOf(const VN_SDAI::VnIfcEntityType* type) const override;
+    bool isKindOf(const char* name) const override;
+    const VN_SDAI::VnIfcGUID* globalId() const noexcept override;
+
+protected:
+    Entity() = default;
+    Entity(const Entity&) = default;
+    Entity& operator=(const Entity&) = default;
+};
+
+/// The instance that a handle stands for, opened for reading, if it is of class E; null otherwise.
+template <class E>
+E* openAs(const VN_SDAI::VnDbObjectId& handle) {
+    VN_SDAI::VnIfcEntityBase* instance = handle.openObject();
+    return instance && instance->isKindOf(E::g_pEntityType) ? static_cast<E*>(instance) : nullptr;
+}
+
+}  // namespace IFC4X3
