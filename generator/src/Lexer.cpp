@@ -21,7 +21,8 @@ void Lexer::advance(std::size_t count) {
     }
 }
 
-template <class Predicate> void Lexer::advanceWhile(Predicate predicate) {
+template <class Predicate>
+void Lexer::advanceWhile(Predicate predicate) {
     while (!atEnd() && predicate(peek())) {
         advance();
     }

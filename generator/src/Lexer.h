@@ -37,7 +37,8 @@ private:
     void skipEmbeddedRemark();
     void skipQuoted(char quote);
     TokenKind scan();
-    template <class Predicate> void advanceWhile(Predicate predicate);
+    template <class Predicate>
+    void advanceWhile(Predicate predicate);
 
     std::string_view m_file;
     std::string_view m_source;

@@ -18,7 +18,8 @@ std::string layersText(const Type& type, std::size_t depth) {
     return text;
 }
 
-template <class Record> const Record* find(const std::vector<Record>& records, std::string_view name) {
+template <class Record>
+const Record* find(const std::vector<Record>& records, std::string_view name) {
     const auto found = std::find_if(records.begin(), records.end(),
                                     [name](const Record& record) { return equalNoCase(record.name, name); });
     return found == records.end() ? nullptr : &*found;

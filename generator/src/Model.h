@@ -18,10 +18,10 @@ enum class Kind { kBinary, kBoolean, kEntity, kEnumeration, kGuid, kInteger, kLo
 
 /// A type with all names resolved. Defined types over aggregations are replaced by their aggregation.
 struct Type {
-    std::vector<Layer> layers; ///< outermost first; empty for a type that is no aggregation
-    Kind kind = Kind::kString; ///< of the value, or of the innermost element
-    std::string name;          ///< declared name of the type or innermost element; simple types in lower case
-    const Entity* entity = nullptr;           ///< for kEntity
+    std::vector<Layer> layers;      ///< outermost first; empty for a type that is no aggregation
+    Kind kind = Kind::kString;      ///< of the value, or of the innermost element
+    std::string name;               ///< declared name of the type or innermost element; simple types in lower case
+    const Entity* entity = nullptr; ///< for kEntity
     const Enumeration* enumeration = nullptr; ///< for kEnumeration
     const Select* select = nullptr;           ///< for kSelect
 

@@ -12,7 +12,8 @@
 namespace expgen {
 namespace {
 
-template <class Value> struct Keyword {
+template <class Value>
+struct Keyword {
     std::string_view text;
     Value value;
 };
@@ -47,7 +48,8 @@ private:
     Name takeName(std::string_view what);
     int takeInteger();
     std::vector<Name> takeNames(std::string_view what);
-    template <class Table> auto acceptKeyword(const Table& table);
+    template <class Table>
+    auto acceptKeyword(const Table& table);
 
     void skipTo(std::initializer_list<std::string_view> words);
     void skipBlock(std::string_view opening);
@@ -74,8 +76,8 @@ private:
 
 void Parser::fail(std::string_view expected) const {
     const bool ended = m_token.kind == TokenKind::kEnd;
-    throw ExpressError(m_lexer.file(), m_token.at, ended ? "the end of the text" : "\"" + std::string(m_token.text) + "\"",
-                       expected);
+    throw ExpressError(m_lexer.file(), m_token.at,
+                       ended ? "the end of the text" : "\"" + std::string(m_token.text) + "\"", expected);
 }
 
 bool Parser::accept(std::string_view word) {
@@ -120,7 +122,8 @@ std::vector<Name> Parser::takeNames(std::string_view what) {
     return names;
 }
 
-template <class Table> auto Parser::acceptKeyword(const Table& table) {
+template <class Table>
+auto Parser::acceptKeyword(const Table& table) {
     using Value = decltype(table[0].value);
     const auto found = std::find_if(table.begin(), table.end(), [this](const auto& row) { return at(row.text); });
     if (found == table.end()) {

@@ -63,7 +63,8 @@ private:
         throw ExpressError(m_schema.file, found.at, quoted(found.text), expected);
     }
 
-    template <class Decl> void declare(const std::vector<Decl>& decls, SymbolKind kind);
+    template <class Decl>
+    void declare(const std::vector<Decl>& decls, SymbolKind kind);
     const Symbol& lookUp(const Name& name, std::string_view expected) const;
     Entity& lookUpEntity(const Name& name);
     Type resolveType(const TypeSpec& spec) const;
@@ -96,7 +97,8 @@ private:
     Model m_model;
 };
 
-template <class Decl> void Resolver::declare(const std::vector<Decl>& decls, SymbolKind kind) {
+template <class Decl>
+void Resolver::declare(const std::vector<Decl>& decls, SymbolKind kind) {
     for (std::size_t i = 0; i < decls.size(); ++i) {
         if (!m_symbols.emplace(lower(decls[i].name.text), Symbol{kind, i}).second) {
             fail(decls[i].name, "a name that is not declared before");

@@ -1,0 +1,63 @@
+#include "Emit.h"
+#include "Writer.h"
+
+namespace expgen {
+namespace {
+
+std::string header(const Enumeration& enumeration, const InputNames& inputs) {
+    const std::string& name = enumeration.name;
+    Writer out(inputs.schema);
+    out.line("#pragma once");
+    out.include("IFC4X3/Enumeration.h");
+    out.openNamespace();
+    out.line("/// Literals of ", name, " in the schema's order; UNSET means that no value is set.");
+    out.line("enum ", name, "Code : std::uint32_t {");
+    for (const std::string& literal : enumeration.literals) {
+        out.line("    k", name, "_", literal, ",");
+    }
+    out.line("    k", name, "_UNSET");
+    out.line("};\n");
+    out.line("/// EXPRESS enumeration ", name, " (ISO 16739).");
+    out.line("class ", name, " : public Enumeration<", name, ", ", name, "Code, k", name, "_UNSET> {");
+    out.line("public:");
+    out.line("    using Enumeration::Enumeration;");
+    out.line("    IFC4X3_API static const EnumerationClass s_class;");
+    out.line("};");
+    out.closeNamespace();
+    return out.take();
+}
+
+std::string source(const Model& model, const InputNames& inputs) {
+    Writer out(inputs.schema);
+    for (const Enumeration& enumeration : model.enumerations) {
+        out.includeClass(enumeration.name);
+    }
+    out.openNamespace();
+    out.line("namespace {\n");
+    for (const Enumeration& enumeration : model.enumerations) {
+        out.line("constexpr const char* literals_", enumeration.name, "[] = {");
+        for (const std::string& literal : enumeration.literals) {
+            out.line("    \"", literal, "\",");
+        }
+        out.line("};");
+    }
+    out.line("\n} // namespace\n");
+    for (const Enumeration& enumeration : model.enumerations) {
+        const std::string& name = enumeration.name;
+        out.line("constinit const EnumerationClass ", name, "::s_class =");
+        out.line("    enumerationClass<", name, ">(\"", name, "\", literals_", name, ");");
+    }
+    out.closeNamespace();
+    return out.take();
+}
+
+} // namespace
+
+void emitEnumerations(Files& files, const Model& model, const InputNames& inputs) {
+    for (const Enumeration& enumeration : model.enumerations) {
+        files["include/IFC4X3/" + enumeration.name + ".h"] = header(enumeration, inputs);
+    }
+    files["src/Enumerations.cpp"] = source(model, inputs);
+}
+
+} // namespace expgen
