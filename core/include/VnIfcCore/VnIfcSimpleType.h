@@ -1,0 +1,2 @@
+#pragma once
+#include <VnIfcCore/VnIfcParameterType.h>
