@@ -19,8 +19,8 @@ public:
 
     /// Prepares for that many records altogether.
     void reserve(std::size_t count);
-    /// Puts a record in and owns it from then on. Throws std::invalid_argument, and destroys the record, when it is null
-    /// or the dictionary has that very name already.
+    /// Puts a record in and owns it from then on. Throws std::invalid_argument, and destroys the record, when it is
+    /// null or the dictionary has that very name already.
     void putAt(std::string_view name, DictionaryInstance* instance);
 
     /// The record of exactly that name; null when there is none.
@@ -49,4 +49,4 @@ private:
     std::vector<Slot> m_slots;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

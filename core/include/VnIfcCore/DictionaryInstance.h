@@ -4,8 +4,9 @@
 
 namespace VN_SDAI {
 
-/// Base of every record of a schema's dictionary (ISO 10303-22, dictionary_instance). A record has one owner, the schema
-/// or the record that it is part of, and lives as long as the schema; whatever else points to it does not own it.
+/// Base of every record of a schema's dictionary (ISO 10303-22, dictionary_instance). A record has one owner, the
+/// schema or the record that it is part of, and lives as long as the schema; whatever else points to it does not own
+/// it.
 class VNIFC_API DictionaryInstance {
 public:
     virtual ~DictionaryInstance();
@@ -16,4 +17,4 @@ protected:
     DictionaryInstance() = default;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -84,4 +84,4 @@ private:
     bool m_unique;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -13,11 +13,11 @@ public:
     Kind attributeKind() const noexcept { return m_kind; }
     /// As declared: "GlobalId".
     const VnAnsiString& name() const noexcept { return m_name; }
-    /// The attribute's type; of an inverse attribute, the entity on the other side. Null until resolved, and for the few
-    /// type names that the dictionary is known to have no record of.
+    /// The attribute's type; of an inverse attribute, the entity on the other side. Null until resolved, and for the
+    /// few type names that the dictionary is known to have no record of.
     const VnIfcParameterType* type() const noexcept { return m_type; }
-    /// The type's name as registered: "IFCLABEL", "set [1:?] of IFCOBJECTDEFINITION"; of an inverse attribute, the entity
-    /// on the other side: "ifcrelassigns".
+    /// The type's name as registered: "IFCLABEL", "set [1:?] of IFCOBJECTDEFINITION"; of an inverse attribute, the
+    /// entity on the other side: "ifcrelassigns".
     const VnAnsiString& typeName() const noexcept { return m_typeName; }
     /// The entity that declares the attribute; null until it is appended to one.
     const VnIfcEntityType* parentEntity() const noexcept { return m_parent; }
@@ -44,8 +44,8 @@ public:
         : VnIfcAttributeDefinition(Kind::kExplicit, std::move(name), type), m_optional(optional) {}
     ~VnIfcExplicitAttributeDefinition() override;
 
-    /// As given at construction. The IFC4X3 module gives false throughout: whether an attribute may be left out is known
-    /// to its entity class, not to this record.
+    /// As given at construction. The IFC4X3 module gives false throughout: whether an attribute may be left out is
+    /// known to its entity class, not to this record.
     bool isOptional() const noexcept { return m_optional; }
 
 private:
@@ -73,7 +73,8 @@ private:
 
 class VNIFC_API VnIfcInverseAttributeDefinition : public VnIfcAttributeDefinition {
 public:
-    /// Cardinalities are Consts::VnIntUnset for "?" and where the declaration gives none. `duplicates`: a BAG, not a SET.
+    /// Cardinalities are Consts::VnIntUnset for "?" and where the declaration gives none. `duplicates`: a BAG, not a
+    /// SET.
     VnIfcInverseAttributeDefinition(VnAnsiString name, VnIfcEntityType* owner, const VnIfcParameterType* type,
                                     const VnIfcAttributeDefinition* inverted, int minimum, int maximum,
                                     bool duplicates) noexcept;
@@ -97,4 +98,4 @@ private:
     bool m_duplicates;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -3,8 +3,8 @@
 
 namespace VN_SDAI {
 
-/// A name for a type (ISO 10303-22, defined_type). Enumerations, selects and aggregations, anonymous ones too, are known
-/// in the dictionary through such a record.
+/// A name for a type (ISO 10303-22, defined_type). Enumerations, selects and aggregations, anonymous ones too, are
+/// known in the dictionary through such a record.
 class VNIFC_API VnIfcDefinedType : public VnIfcNameType {
 public:
     /// `underlying` is null where the type beneath is given by a name that the schema builder resolves. With
@@ -31,4 +31,4 @@ private:
     VnIfcShownIn<VnIfcNameType> m_shown;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -12,8 +12,8 @@ public:
     /// Fills a collection with the property objects of an entity's own attributes.
     using PropertyCallback = void (*)(VnIfcPropertyCollection*, const VnIfcEntityType*);
 
-    /// Makes a record, which the caller owns until it goes into the schema's entity dictionary. `place` shows it while it
-    /// lives. `independent`: instances may stand on their own, not only where another instance refers to them.
+    /// Makes a record, which the caller owns until it goes into the schema's entity dictionary. `place` shows it while
+    /// it lives. `independent`: instances may stand on their own, not only where another instance refers to them.
     /// `supertype` is null for a root entity.
     static VnIfcEntityType* createEntityType(VnIfcSchema* schema, const char* name, bool independent, Factory factory,
                                              PropertyCallback properties, VnIfcEntityType*& place,
@@ -73,4 +73,4 @@ private:
     VnIfcShownIn<VnIfcEntityType> m_shown;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -20,4 +20,4 @@ private:
     std::vector<VnAnsiString> m_literals;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -18,13 +18,15 @@ private:
     VnAnsiString m_name;
 };
 
-/// Keeps a pointer of static storage in step with a record: it shows the record while that lives and is null afterwards.
+/// Keeps a pointer of static storage in step with a record: it shows the record while that lives and is null
+/// afterwards.
 template <class T>
 class VnIfcShownIn {
 public:
     VnIfcShownIn() = default;
     ~VnIfcShownIn() {
-        if (m_place && *m_place == m_record) *m_place = nullptr;
+        if (m_place && *m_place == m_record)
+            *m_place = nullptr;
     }
     VnIfcShownIn(const VnIfcShownIn&) = delete;
     VnIfcShownIn& operator=(const VnIfcShownIn&) = delete;
@@ -39,4 +41,4 @@ private:
     T* m_record = nullptr;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -56,4 +56,4 @@ private:
     int m_width;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

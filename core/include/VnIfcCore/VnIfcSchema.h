@@ -5,8 +5,8 @@
 
 namespace VN_SDAI {
 
-/// A schema at run time (ISO 10303-22, schema_definition): its name, version and dictionary, all of which it owns. Filled
-/// by a VnIfcSchemaBuilder, constant afterwards and then safe to use from several threads.
+/// A schema at run time (ISO 10303-22, schema_definition): its name, version and dictionary, all of which it owns.
+/// Filled by a VnIfcSchemaBuilder, constant afterwards and then safe to use from several threads.
 class VNIFC_API VnIfcSchema {
 public:
     VnIfcSchema();
@@ -53,4 +53,4 @@ private:
     Dictionary m_entities;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -12,15 +12,15 @@ namespace VN_SDAI {
 
 /// The names that a derived attribute is registered with.
 struct VnIfcDerivedAttributeNames {
-    VnAnsiString typeName;        ///< "IFCDIMENSIONCOUNT"
-    VnAnsiString redeclaredName;  ///< empty when it redeclares nothing
-    bool redeclares = false;      ///< `redeclaredName` must be an attribute of a supertype
+    VnAnsiString typeName;       ///< "IFCDIMENSIONCOUNT"
+    VnAnsiString redeclaredName; ///< empty when it redeclares nothing
+    bool redeclares = false;     ///< `redeclaredName` must be an attribute of a supertype
 };
 
 /// The names that an inverse attribute is registered with.
 struct VnIfcInverseAttributeNames {
-    VnAnsiString entityName;     ///< the entity on the other side: "ifcrelassigns"
-    VnAnsiString attributeName;  ///< the attribute there that is inverted: "RelatedObjects"
+    VnAnsiString entityName;    ///< the entity on the other side: "ifcrelassigns"
+    VnAnsiString attributeName; ///< the attribute there that is inverted: "RelatedObjects"
 };
 
 /// Fills a schema's dictionary. A schema module derives from it and creates the records, which refer to each other by
@@ -33,9 +33,9 @@ public:
     VnIfcSchemaBuilder(const VnIfcSchemaBuilder&) = delete;
     VnIfcSchemaBuilder& operator=(const VnIfcSchemaBuilder&) = delete;
 
-    /// Runs the build step once and resolves, without regard to case, every name that it registered; the records keep the
-    /// names as registered. Throws std::logic_error when the schema is not empty, and std::runtime_error that lists all
-    /// names without a record; the schema then holds what could be built.
+    /// Runs the build step once and resolves, without regard to case, every name that it registered; the records keep
+    /// the names as registered. Throws std::logic_error when the schema is not empty, and std::runtime_error that lists
+    /// all names without a record; the schema then holds what could be built.
     void build();
 
 protected:
@@ -44,9 +44,9 @@ protected:
     void initSchemaVersion(IfcSchemaMajorVersion majorVersion, IfcSchemaMinorVersion minorVersion) noexcept;
 
     VnIfcSchema* m_schema;
-    Dictionary& m_namedTypes;      ///< VnIfcDefinedType by type name
-    Dictionary& m_anonymousTypes;  ///< VnIfcDefinedType by descriptive text
-    Dictionary& m_entities;        ///< VnIfcEntityType by upper-case name, supertypes first
+    Dictionary& m_namedTypes;     ///< VnIfcDefinedType by type name
+    Dictionary& m_anonymousTypes; ///< VnIfcDefinedType by descriptive text
+    Dictionary& m_entities;       ///< VnIfcEntityType by upper-case name, supertypes first
     std::unordered_map<VnIfcDefinedType*, VnAnsiString> m_underlyingTypes;
     std::unordered_map<VnIfcAggregationType*, VnAnsiString> m_elementTypes;
     std::unordered_map<VnIfcSelectType*, std::vector<VnAnsiString>> m_selectMembers;
@@ -74,4 +74,4 @@ private:
     std::string m_problems;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -23,4 +23,4 @@ private:
     std::vector<const VnIfcNameType*> m_members;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

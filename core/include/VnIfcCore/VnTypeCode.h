@@ -37,4 +37,4 @@ private:
     std::vector<VnAny> m_parameters;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

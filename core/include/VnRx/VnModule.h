@@ -11,16 +11,16 @@ namespace VN_SDAI {
 /// A schema module that is loaded and initialised for as long as this object lives. Move-only.
 class VNRX_API VnModule {
 public:
-    /// Loads a module and initialises it. `pathOrName` is a path (it contains a separator), or a name: "VnIfc4x3" stands
-    /// for the platform's libVnIfc4x3.so or VnIfc4x3.dll, which is looked for beside the core library first and then
-    /// where the system looks. Throws std::runtime_error that names the file and the reason; what initialisation throws
-    /// passes through, after the module is unloaded.
+    /// Loads a module and initialises it. `pathOrName` is a path (it contains a separator), or a name: "VnIfc4x3"
+    /// stands for the platform's libVnIfc4x3.so or VnIfc4x3.dll, which is looked for beside the core library first and
+    /// then where the system looks. Throws std::runtime_error that names the file and the reason; what initialisation
+    /// throws passes through, after the module is unloaded.
     static VnModule load(std::string_view pathOrName);
 
     VnModule(VnModule&& other) noexcept = default;
     VnModule& operator=(VnModule&& other) noexcept;
-    /// Uninitialises, if it was this object that initialised the module, and unloads. No instance of the schema's classes
-    /// may be left.
+    /// Uninitialises, if it was this object that initialised the module, and unloads. No instance of the schema's
+    /// classes may be left.
     ~VnModule();
 
     /// The schema; null once another user of the same module has uninitialised it.
@@ -44,4 +44,4 @@ private:
     bool m_initialised;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-const char coreMarker = 0;  // its address tells where the core library was loaded from
+const char coreMarker = 0; // its address tells where the core library was loaded from
 
 #if defined(_WIN32)
 
@@ -58,7 +58,8 @@ std::string lastError() {
 
 fs::path coreDirectory() {
     Dl_info info{};
-    if (::dladdr(&coreMarker, &info) == 0 || !info.dli_fname) return {};
+    if (::dladdr(&coreMarker, &info) == 0 || !info.dli_fname)
+        return {};
     return fs::path(info.dli_fname).parent_path();
 }
 
@@ -70,9 +71,11 @@ fs::path coreDirectory() {
 
 fs::path fileOf(std::string_view pathOrName) {
     const fs::path path(pathOrName);
-    if (path.has_parent_path()) return path;
+    if (path.has_parent_path())
+        return path;
     std::string name(pathOrName);
-    if (!pathOrName.ends_with(fileSuffix)) name = std::string(filePrefix).append(pathOrName).append(fileSuffix);
+    if (!pathOrName.ends_with(fileSuffix))
+        name = std::string(filePrefix).append(pathOrName).append(fileSuffix);
     const fs::path besideCore = coreDirectory() / name;
     std::error_code ignored;
     return fs::exists(besideCore, ignored) ? besideCore : fs::path(name);
@@ -81,26 +84,32 @@ fs::path fileOf(std::string_view pathOrName) {
 template <class Function>
 Function function(void* library, const char* name, std::string_view module) {
     void* symbol = findSymbol(library, name);
-    if (!symbol) fail(module, std::string("no schema module, it does not export ") + name);
+    if (!symbol)
+        fail(module, std::string("no schema module, it does not export ") + name);
     return reinterpret_cast<Function>(symbol);
 }
 
-}  // namespace
+} // namespace
 
 void VnModule::Unloader::operator()(void* library) const noexcept { closeLibrary(library); }
 
 VnModule VnModule::load(std::string_view pathOrName) {
-    if (pathOrName.empty()) fail(pathOrName, "no name");
+    if (pathOrName.empty())
+        fail(pathOrName, "no name");
     Library library(openLibrary(fileOf(pathOrName)));
-    if (!library) fail(pathOrName, lastError());
+    if (!library)
+        fail(pathOrName, lastError());
     const auto getApp = function<VnGetModuleLifeCycleApp>(library.get(), "vnGetModuleLifeCycleApp", pathOrName);
     const auto getSchema = function<SchemaPointer>(library.get(), "vnifcGetSchemaPointer", pathOrName);
     VnModuleLifeCycleApp* app = getApp();
-    if (!app) fail(pathOrName, "it has no life-cycle object");
+    if (!app)
+        fail(pathOrName, "it has no life-cycle object");
     VnModule module(std::move(library), *app, getSchema);
     // From here on the module object undoes the initialisation, a failed one too, before the library goes.
-    if (module.m_initialised && !app->initApp()) fail(pathOrName, "it refused to initialise");
-    if (!module.schema()) fail(pathOrName, "it gives no schema");
+    if (module.m_initialised && !app->initApp())
+        fail(pathOrName, "it refused to initialise");
+    if (!module.schema())
+        fail(pathOrName, "it gives no schema");
     return module;
 }
 
@@ -108,7 +117,8 @@ VnModule::VnModule(Library library, VnModuleLifeCycleApp& app, SchemaPointer sch
     : m_library(std::move(library)), m_app(&app), m_schema(schema), m_initialised(schema() == nullptr) {}
 
 VnModule& VnModule::operator=(VnModule&& other) noexcept {
-    if (this == &other) return *this;
+    if (this == &other)
+        return *this;
     uninitialise();
     m_library = std::move(other.m_library);
     m_app = other.m_app;
@@ -120,7 +130,8 @@ VnModule& VnModule::operator=(VnModule&& other) noexcept {
 VnModule::~VnModule() { uninitialise(); }
 
 void VnModule::uninitialise() noexcept {
-    if (m_library && m_initialised) m_app->uninitApp();
+    if (m_library && m_initialised)
+        m_app->uninitApp();
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -9,8 +9,8 @@ namespace VN_SDAI {
 
 namespace {
 
-// The bit by which the two cases of an ASCII letter differ, masked out of eight bytes at a time. Other characters lose it
-// too, which costs a rare collision and never an answer: names are compared after the hash.
+// The bit by which the two cases of an ASCII letter differ, masked out of eight bytes at a time. Other characters lose
+// it too, which costs a rare collision and never an answer: names are compared after the hash.
 constexpr std::uint64_t kCaseMask = 0xDFDFDFDFDFDFDFDF;
 
 std::uint64_t mix(std::uint64_t hash, std::uint64_t word) noexcept {
@@ -28,21 +28,25 @@ std::uint32_t hashNoCase(std::string_view name) noexcept {
         hash = mix(hash, word);
     }
     word = 0;
-    for (std::size_t i = 0; i < left; ++i) word = word << 8 | static_cast<unsigned char>(text[i]);
+    for (std::size_t i = 0; i < left; ++i)
+        word = word << 8 | static_cast<unsigned char>(text[i]);
     return static_cast<std::uint32_t>(mix(hash, word));
 }
 
-}  // namespace
+} // namespace
 
 template <class Equal>
 DictionaryInstance* Dictionary::lookUp(std::string_view name, Equal equal) const noexcept {
-    if (m_slots.empty()) return nullptr;
+    if (m_slots.empty())
+        return nullptr;
     const std::uint32_t hash = hashNoCase(name);
     const std::size_t mask = m_slots.size() - 1;
     for (std::size_t i = hash & mask; m_slots[i].position != 0; i = (i + 1) & mask) {
-        if (m_slots[i].hash != hash) continue;
+        if (m_slots[i].hash != hash)
+            continue;
         const Entry& entry = m_entries[m_slots[i].position - 1];
-        if (equal(entry.name)) return entry.instance.get();
+        if (equal(entry.name))
+            return entry.instance.get();
     }
     return nullptr;
 }
@@ -57,30 +61,36 @@ DictionaryInstance* Dictionary::find(std::string_view name) const noexcept {
 
 void Dictionary::putAt(std::string_view name, DictionaryInstance* instance) {
     std::unique_ptr<DictionaryInstance> owned(instance);
-    if (!owned) throw std::invalid_argument("dictionary: no record for \"" + std::string(name) + '"');
-    if (at(name)) throw std::invalid_argument("dictionary: a second \"" + std::string(name) + '"');
-    if (2 * (m_entries.size() + 1) > m_slots.size()) rehash(std::bit_ceil(2 * (m_entries.size() + 1)));
+    if (!owned)
+        throw std::invalid_argument("dictionary: no record for \"" + std::string(name) + '"');
+    if (at(name))
+        throw std::invalid_argument("dictionary: a second \"" + std::string(name) + '"');
+    if (2 * (m_entries.size() + 1) > m_slots.size())
+        rehash(std::bit_ceil(2 * (m_entries.size() + 1)));
     m_entries.push_back({VnAnsiString(name), std::move(owned)});
     enter(hashNoCase(name), static_cast<std::uint32_t>(m_entries.size()));
 }
 
 void Dictionary::reserve(std::size_t count) {
     m_entries.reserve(count);
-    if (2 * count > m_slots.size()) rehash(std::bit_ceil(2 * count));
+    if (2 * count > m_slots.size())
+        rehash(std::bit_ceil(2 * count));
 }
 
 // Keeps entries of equal hash in the order in which they were put in.
 void Dictionary::enter(std::uint32_t hash, std::uint32_t position) noexcept {
     const std::size_t mask = m_slots.size() - 1;
     std::size_t i = hash & mask;
-    while (m_slots[i].position != 0) i = (i + 1) & mask;
+    while (m_slots[i].position != 0)
+        i = (i + 1) & mask;
     m_slots[i] = {hash, position};
 }
 
 void Dictionary::rehash(std::size_t slots) {
     m_slots.assign(slots, {});
     std::uint32_t position = 0;
-    for (const Entry& entry : m_entries) enter(hashNoCase(entry.name), ++position);
+    for (const Entry& entry : m_entries)
+        enter(hashNoCase(entry.name), ++position);
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

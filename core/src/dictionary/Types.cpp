@@ -45,8 +45,10 @@ VnIfcEnumerationType::VnIfcEnumerationType(VnTypeCode* typeCode, std::list<VnAns
 VnIfcAggregationType::VnIfcAggregationType(const VnIfcParameterType* elementType, VnIfcIntegerBound* lower,
                                            VnIfcIntegerBound* upper)
     : m_lower(lower), m_upper(upper), m_elementType(elementType) {
-    if (!m_lower) m_lower = std::make_unique<VnIfcIntegerBound>();
-    if (!m_upper) m_upper = std::make_unique<VnIfcIntegerBound>();
+    if (!m_lower)
+        m_lower = std::make_unique<VnIfcIntegerBound>();
+    if (!m_upper)
+        m_upper = std::make_unique<VnIfcIntegerBound>();
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -14,8 +14,8 @@ VnIfcInverseAttributeDefinition::VnIfcInverseAttributeDefinition(VnAnsiString na
                                                                  const VnIfcParameterType* type,
                                                                  const VnIfcAttributeDefinition* inverted, int minimum,
                                                                  int maximum, bool duplicates) noexcept
-    : VnIfcAttributeDefinition(Kind::kInverse, std::move(name), type, owner), m_inverted(inverted),
-      m_minimum(minimum), m_maximum(maximum), m_duplicates(duplicates) {}
+    : VnIfcAttributeDefinition(Kind::kInverse, std::move(name), type, owner), m_inverted(inverted), m_minimum(minimum),
+      m_maximum(maximum), m_duplicates(duplicates) {}
 
 VnIfcEntityType::VnIfcEntityType(VnIfcSchema* schema, const char* name, bool independent, Factory factory,
                                  PropertyCallback properties, const VnIfcEntityType* supertype)
@@ -31,15 +31,18 @@ VnIfcEntityType* VnIfcEntityType::createEntityType(VnIfcSchema* schema, const ch
 }
 
 bool VnIfcEntityType::isKindOf(const VnIfcEntityType* other) const noexcept {
-    if (!other) return false;
+    if (!other)
+        return false;
     const VnIfcEntityType* type = this;
-    while (type && type != other) type = type->m_supertype;
+    while (type && type != other)
+        type = type->m_supertype;
     return type != nullptr;
 }
 
 void VnIfcEntityType::appendAttribute(VnIfcAttributeDefinition* attribute) {
     std::unique_ptr<VnIfcAttributeDefinition> owned(attribute);
-    if (!owned) throw std::invalid_argument("entity " + std::string(name().view()) + ": null attribute");
+    if (!owned)
+        throw std::invalid_argument("entity " + std::string(name().view()) + ": null attribute");
     m_owned.push_back(std::move(owned));
     attribute->m_parent = this;
     m_attributes.push_back(attribute);
@@ -58,7 +61,8 @@ void VnIfcEntityType::appendAttribute(VnIfcAttributeDefinition* attribute) {
 
 std::vector<const VnIfcAttributeDefinition*> VnIfcEntityType::allAttributes() const {
     std::vector<const VnIfcAttributeDefinition*> all;
-    if (m_supertype) all = m_supertype->allAttributes();
+    if (m_supertype)
+        all = m_supertype->allAttributes();
     all.insert(all.end(), m_attributes.begin(), m_attributes.end());
     return all;
 }
@@ -66,8 +70,9 @@ std::vector<const VnIfcAttributeDefinition*> VnIfcEntityType::allAttributes() co
 const VnIfcAttributeDefinition* VnIfcEntityType::findAttribute(std::string_view name) const noexcept {
     for (const VnIfcEntityType* type = this; type; type = type->m_supertype)
         for (const VnIfcAttributeDefinition* attribute : type->m_attributes)
-            if (attribute->name().compareNoCase(name) == 0) return attribute;
+            if (attribute->name().compareNoCase(name) == 0)
+                return attribute;
     return nullptr;
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI
