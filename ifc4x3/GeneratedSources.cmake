@@ -27,3 +27,6 @@ add_custom_command(
     DEPENDS expgen "${schema_file}" "${enumerations_file}" "${order_file}"
     COMMENT "Making the schema's classes"
     VERBATIM)
+
+# A target of its own: as a mere part of the module, the run would wait until the module's libraries are linked.
+add_custom_target(generated_sources DEPENDS ${generated_sources} ${generated_headers})
