@@ -1,0 +1,67 @@
+#pragma once
+#include <VnIfcCore/VnIfcAggrImp.h>
+
+namespace VN_SDAI {
+
+class VnIfcConstIterator;
+class VnIfcIterator;
+
+/// An aggregate (SET, LIST or ARRAY of ISO 10303-11, 8.2) whatever its elements are. One pointer wide, owns its
+/// contents. Nil until it is given contents or createEmpty is called. Derived classes only know the element type and
+/// add nothing to the object, so that a copy through this class is a whole copy. One thread at a time.
+class VNIFC_API VnIfcAggr {
+public:
+    /// Copies the contents and the bounds; a nil aggregate gives a nil one. The copy is taken from the arena of the
+    /// calling thread, if it has one.
+    VnIfcAggr(const VnIfcAggr& other) : m_imp(other.isNil() ? other.m_imp : other.m_imp->clone()) {}
+    /// Takes the contents, wherever they lie, and leaves a nil aggregate.
+    VnIfcAggr(VnIfcAggr&& other) noexcept : m_imp(std::exchange(other.m_imp, other.m_imp->prototype())) {}
+    ~VnIfcAggr() {
+        if (!isNil())
+            m_imp->destroy();
+    }
+
+    std::uint32_t count() const noexcept { return m_imp->count(); }
+    /// True as long as there is nothing of its own, not even an empty list of elements.
+    bool isNil() const noexcept { return m_imp->isNil(); }
+    std::uint32_t lowerBound() const noexcept { return m_imp->lowerBound(); }
+    /// 65536 stands for "?".
+    std::uint32_t upperBound() const noexcept { return m_imp->upperBound(); }
+    VnTypeCodeKind elementKind() const noexcept { return m_imp->elementKind(); }
+    /// True for LIST and ARRAY, false for SET.
+    bool isOrdered() const noexcept { return m_imp->isOrdered(); }
+
+    /// Makes the aggregate empty without being nil.
+    void createEmpty() { replace(m_imp->createFresh()); }
+    /// Drops the contents; the aggregate is nil again.
+    void clear() noexcept {
+        if (!isNil())
+            replace(m_imp->prototype());
+    }
+    VnIfcAggr clone() const { return *this; }
+    /// An iterator at the first element; null for a nil aggregate. The aggregate must outlive it.
+    std::unique_ptr<VnIfcIterator> createIterator();
+    std::unique_ptr<VnIfcConstIterator> createConstIterator() const;
+    /// Order by kind of the elements, then element by element: negative, 0 or positive.
+    int compare(const VnIfcAggr& other) const noexcept;
+
+    /// What holds the elements.
+    const VnIfcAggrImp& imp() const noexcept { return *m_imp; }
+
+protected:
+    constexpr explicit VnIfcAggr(VnIfcAggrImp* prototype) noexcept : m_imp(prototype) {}
+    // The element types must be the same; the bounds stay those of the aggregate assigned to.
+    VnIfcAggr& operator=(const VnIfcAggr& other);
+    VnIfcAggr& operator=(VnIfcAggr&& other) noexcept;
+
+    VnIfcAggrImp* m_imp;
+
+private:
+    friend class VnIfcIterator;
+
+    void replace(VnIfcAggrImp* imp) noexcept { std::exchange(m_imp, imp)->destroy(); }
+};
+
+static_assert(sizeof(VnIfcAggr) == sizeof(void*));
+
+} // namespace VN_SDAI

@@ -1,0 +1,32 @@
+#include <VnIfcCore/VnIfcIterator.h>
+
+namespace VN_SDAI {
+
+VnIfcAggr& VnIfcAggr::operator=(const VnIfcAggr& other) {
+    if (this != &other)
+        replace(other.isNil() ? m_imp->prototype() : m_imp->copyOf(*other.m_imp));
+    return *this;
+}
+
+VnIfcAggr& VnIfcAggr::operator=(VnIfcAggr&& other) noexcept {
+    if (this == &other)
+        return *this;
+    VnIfcAggrImp* taken = std::exchange(other.m_imp, other.m_imp->prototype());
+    replace(taken->isNil() ? m_imp->prototype() : m_imp->adopt(taken));
+    return *this;
+}
+
+std::unique_ptr<VnIfcIterator> VnIfcAggr::createIterator() {
+    return isNil() ? nullptr : std::make_unique<VnIfcIterator>(*this);
+}
+
+std::unique_ptr<VnIfcConstIterator> VnIfcAggr::createConstIterator() const {
+    return isNil() ? nullptr : std::make_unique<VnIfcConstIterator>(*this);
+}
+
+int VnIfcAggr::compare(const VnIfcAggr& other) const noexcept {
+    const int left = static_cast<int>(elementKind()), right = static_cast<int>(other.elementKind());
+    return left != right ? left - right : m_imp->compare(*other.m_imp);
+}
+
+} // namespace VN_SDAI
