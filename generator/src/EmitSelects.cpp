@@ -136,8 +136,9 @@ void writeTable(Writer& out, const Select& select) {
 void writeDefinitions(Writer& out, const Select& select) {
     const std::string& name = select.name;
     out.line();
+    // constexpr, so that no destructor has to be registered for each of them when the module is loaded.
     for (const SelectLeaf& leaf : select.leaves) {
-        out.line("constinit const VN_SDAI::VnAnsiString ", name, "::", nameConstant(leaf), "{text_", leaf.name, "};");
+        out.line("constexpr VN_SDAI::VnAnsiString ", name, "::", nameConstant(leaf), "{text_", leaf.name, "};");
     }
     writeTable(out, select);
     out.line("VN_SDAI::VnIfcNameType* ", name, "::sType = nullptr;");
