@@ -4,10 +4,10 @@
 #include <IFC4X3/Entity.h>
 #include <IFC4X3/Select.h>
 
-#include <exchange/AggregateOperations.h>
-#include <types/SelectOperations.h>
+#include <types/ValueOperations.h>
 
 #include <cstddef>
+#include <string_view>
 #include <type_traits>
 
 #if defined(__GNUC__)
@@ -37,13 +37,14 @@ constexpr const void* typeOf() noexcept {
     constexpr AttributeKind kind = kindOf<Member>();
     if constexpr (kind == AttributeKind::kEnumeration) return &Member::s_class;
     else if constexpr (kind == AttributeKind::kSelect) return &selectOperations<Member>;
-    else if constexpr (kind == AttributeKind::kAggregate) return &aggregateOperations<Member>;
+    else if constexpr (kind == AttributeKind::kAggregate) return &aggregateOperations<typename Member::value_type>;
     else return nullptr;
 }
 
 template <class Member>
 constexpr AttributeRow explicitRow(const char* name, const char* typeText, std::size_t offset, Mark mark) noexcept {
-    return {name, typeText, typeOf<Member>(), static_cast<std::uint32_t>(offset), kindOf<Member>(), mark};
+    const bool isBinary = std::is_base_of_v<VN_SDAI::VnIfcAggr, Member> && std::string_view(typeText).ends_with("IFCBINARY");
+    return {name, typeText, typeOf<Member>(), static_cast<std::uint32_t>(offset), kindOf<Member>(), mark, isBinary};
 }
 
 constexpr AttributeRow binaryRow(const char* name, const char* typeText, std::size_t offset, Mark mark) noexcept {

@@ -1,4 +1,5 @@
 #pragma once
+#include <VnIfcCore/VnAnsiString.h>
 #include <VnIfcCore/VnDbObjectId.h>
 
 #include <limits>

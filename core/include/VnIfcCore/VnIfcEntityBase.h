@@ -16,17 +16,17 @@ class VNIFC_API VnIfcEntityBase : public VnIfcObject {
 public:
     /// Fills `value` with the attribute's value, set or not; false, and `value` untouched, for an unknown name. Names are
     /// compared without regard to case here and below. Throws VnIfcException when the model's access mode forbids it.
-    virtual bool getAttr(const VnAnsiString& name, VnIfcVariant& value) const = 0;
+    virtual bool getAttr(const VnAnsiString& name, VnIfcVariant& value) const;
     virtual ~VnIfcEntityBase();
     /// The class's record in the dictionary; null until the schema is built, and for instances without a class.
     virtual VnIfcEntityType* getInstanceType() const = 0;
     /// Converts and stores; false, and the attribute unchanged, when the name is unknown or the value does not convert.
-    virtual bool putAttr(const VnAnsiString& name, const VnIfcVariant& value) = 0;
+    virtual bool putAttr(const VnAnsiString& name, const VnIfcVariant& value);
     virtual bool testAttr(const VnIfcAttributeDefinition* attribute) const;
     /// True when the attribute holds a value.
-    virtual bool testAttr(const VnAnsiString& name) const = 0;
+    virtual bool testAttr(const VnAnsiString& name) const;
     /// Puts the attribute back to its unset value.
-    virtual void unsetAttr(const VnAnsiString& name) = 0;
+    virtual void unsetAttr(const VnAnsiString& name);
     /// Reads, or writes, the parameter list (ISO 10303-21, 12.2).
     virtual VN::ErrorStatus inFields(VnSpfFilerBase* filer) = 0;
     virtual VN::ErrorStatus outFields(VnSpfFilerBase* filer) const = 0;

@@ -123,21 +123,18 @@ private:
 /// Kept as text and written back as it came.
 class VNIFC_API VnIfcForeignInstance final : public VnIfcEntityBase {
 public:
-    /// Of a complex instance the keyword is empty and the parameters hold all its parts.
-    VnIfcForeignInstance(VnAnsiString keyword, VnAnsiString parameters) noexcept
-        : m_keyword(std::move(keyword)), m_parameters(std::move(parameters)) {}
+    /// Of a complex instance the keyword is empty and the parameters hold all its parts. Without `isList` it is text that
+    /// could not even be taken apart that far.
+    VnIfcForeignInstance(VnAnsiString keyword, VnAnsiString parameters, bool isList = true) noexcept
+        : m_keyword(std::move(keyword)), m_parameters(std::move(parameters)), m_isList(isList) {}
 
     const VnAnsiString& keyword() const noexcept { return m_keyword; }
+    bool isList() const noexcept { return m_isList; }
     /// What stands between the outer parentheses.
     const VnAnsiString& parameters() const noexcept { return m_parameters; }
     void setParameters(VnAnsiString parameters) { m_parameters = std::move(parameters); }
 
-    bool getAttr(const VnAnsiString&, VnIfcVariant&) const override { return false; }
     VnIfcEntityType* getInstanceType() const override { return nullptr; }
-    bool putAttr(const VnAnsiString&, const VnIfcVariant&) override { return false; }
-    using VnIfcEntityBase::testAttr;
-    bool testAttr(const VnAnsiString&) const override { return false; }
-    void unsetAttr(const VnAnsiString&) override {}
     VN::ErrorStatus inFields(VnSpfFilerBase*) override { return VN::eNotHandled; }
     VN::ErrorStatus outFields(VnSpfFilerBase* filer) const override;
     bool isInstanceOf(const VnIfcEntityType*) const override { return false; }
@@ -148,6 +145,7 @@ public:
 private:
     VnAnsiString m_keyword;
     VnAnsiString m_parameters;
+    bool m_isList;
 };
 
 }  // namespace VN_SDAI

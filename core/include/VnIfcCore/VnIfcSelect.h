@@ -4,6 +4,7 @@
 #include <VnIfcCore/VnIfcAggr.h>
 #include <VnIfcCore/VnIfcLogical.h>
 
+#include <limits>
 #include <string_view>
 
 namespace VN_SDAI {
@@ -108,6 +109,9 @@ private:
         VnAnsiString string;
         VnIfcAggr aggregate;
     };
+
+    // No 32-bit value, so that each of those can be held.
+    static constexpr std::int64_t kNoInteger = std::numeric_limits<std::int64_t>::min();
 
     bool isText() const noexcept { return m_kind == VnTypeCodeKind::kString || m_kind == VnTypeCodeKind::kBinary; }
     void dropValue() noexcept;

@@ -4,7 +4,7 @@
 #include <VnIfcCore/VnIfcLogical.h>
 #include <VnIfcCore/VnIfcTypes.h>
 
-#include <string>
+#include <cstddef>
 #include <string_view>
 
 namespace VN_SDAI {
@@ -81,7 +81,12 @@ public:
     /// Passes over a binary value.
     void rdBinary(bool separated);
 
-    // Reading: elements of aggregates
+    /// Begins an aggregate; false when it is unset or absent.
+    bool openAggregate(bool separated);
+    /// Ends it; what could not be `read` does not fit.
+    void closeAggregate(bool read);
+
+    // Reading: elements of aggregates; "$" reads as the unset value
     bool rdPrimitive(double& value, bool separated);
     bool rdPrimitive(int& value, bool separated);
     bool rdPrimitive(VnDbObjectId& value, bool separated);
@@ -140,6 +145,8 @@ protected:
     bool finishReading(const char*& surplusBegin, const char*& surplusEnd);
     /// Number of parameters that were there, as far as they were asked for.
     unsigned parametersSeen() const noexcept { return m_seen; }
+    /// True when more were asked for than there are.
+    bool ranShort() const noexcept { return m_short; }
 
     /// The text written so far; the output keeps its memory when cleared.
     std::string_view output() const noexcept { return {m_outBegin, static_cast<std::size_t>(m_out - m_outBegin)}; }
@@ -168,7 +175,10 @@ private:
     bool readTypedValue(VnIfcSelect& value);
     bool readSelectSimple(VnIfcSelect& value, VnTypeCodeKind kind);
     void writeSelectValue(const VnIfcSelect& value);
-    bool elementSeparator(bool separated);
+    bool readSelectField(VnIfcSelect& value, std::string_view name);
+    template <class Read>
+    bool readElement(bool separated, Read read);
+    bool failValue(VnSpfProblem problem);
 
     void separate(bool separated) {
         if (separated) wrChar(',');
@@ -186,6 +196,9 @@ private:
     const char* m_fieldBegin = nullptr;
     unsigned m_seen = 0;
     bool m_failed = false;
+    bool m_nested = false;
+    bool m_short = false;
+    VnSpfProblem m_problem = VnSpfProblem::kNone;
 
     char* m_outBegin = nullptr;
     char* m_out = nullptr;

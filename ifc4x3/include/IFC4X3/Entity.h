@@ -12,7 +12,6 @@
 namespace IFC4X3 {
 
 struct EntityClass;
-struct AggregateOperations;
 
 /// What can be done with an attribute depends on its kind alone.
 enum class AttributeKind : std::uint8_t {
@@ -44,6 +43,7 @@ struct AttributeRow {
     std::uint32_t offset;    ///< of the member in the instance
     AttributeKind kind;
     Mark mark;
+    bool isBinary = false;   ///< aggregates of BINARY, whose elements stand in double quotes
 };
 
 /// An inverse attribute; `attribute.typeText` is the entity on the other side in lower case.
@@ -100,14 +100,13 @@ public:
     /// The rows of the instance's class.
     virtual const EntityClass& entityClass() const noexcept = 0;
 
-    bool getAttr(const VN_SDAI::VnAnsiString& name, VN_SDAI::VnIfcVariant& value) const override;
-    bool putAttr(const VN_SDAI::VnAnsiString& name, const VN_SDAI::VnIfcVariant& value) override;
     using VN_SDAI::VnIfcEntityBase::testAttr;
     bool testAttr(const VN_SDAI::VnAnsiString& name) const override;
     void unsetAttr(const VN_SDAI::VnAnsiString& name) override;
     VN::ErrorStatus inFields(VN_SDAI::VnSpfFilerBase* filer) override;
     VN::ErrorStatus outFields(VN_SDAI::VnSpfFilerBase* filer) const override;
     void setInverseCounterParts() override;
+    /// Leaves inverse attributes as they are; what removes entries is the model.
     void resetInverseCounterParts() override;
     bool isInstanceOf(const VN_SDAI::VnIfcEntityType* type) const override;
     bool isInstanceOf(const char* name) const override;

@@ -88,7 +88,7 @@ protected:
     template <class T>
     void setAggregate(std::int32_t code, const VN_SDAI::VnIfcArray<T>& value) {
         if (chooseType(code) != VN::eOk) return;
-        static_cast<VN_SDAI::VnIfcAggrOf<T>&>(*getAggr()).assign(value);
+        static_cast<VN_SDAI::VnIfcAggrOf<T>&>(*getAggr()).assign(std::span<const T>(value));
     }
 
 private:

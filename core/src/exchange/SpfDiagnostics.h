@@ -1,0 +1,33 @@
+#pragma once
+#include "SpfInstanceReader.h"
+
+#include <string>
+
+namespace VN_SDAI {
+
+/// Turns what scanner and readers noticed into diagnostics with places. Findings must come in the order of the text.
+class SpfDiagnostics {
+public:
+    SpfDiagnostics(std::string file, const char* begin, const char* end, const VnIfcDiagnosticSink& sink,
+                   VnIfcFileResult& result);
+
+    void report(const SpfFinding& finding);
+    void report(const SpfRemark& remark);
+    void report(VnIfcDiagnostic::Severity severity, const char* code, const char* at, std::string found,
+                std::string expected);
+
+private:
+    void send(VnIfcDiagnostic diagnostic, const char* at);
+    void locate(const char* at, VnIfcDiagnostic& diagnostic);
+
+    std::string m_file;
+    const char* m_begin;
+    const char* m_end;
+    const VnIfcDiagnosticSink& m_sink;
+    VnIfcFileResult& m_result;
+    const char* m_counted;
+    const char* m_lineBegin;
+    std::uint64_t m_line = 1;
+};
+
+}  // namespace VN_SDAI

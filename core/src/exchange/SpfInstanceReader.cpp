@@ -1,0 +1,107 @@
+#include "SpfInstanceReader.h"
+
+#include "SpfScan.h"
+
+#include <VnIfcCore/VnIfcEntityType.h>
+#include <VnIfcCore/VnIfcSchema.h>
+
+namespace VN_SDAI {
+
+void SpfFieldWriter::write(const VnIfcEntityBase& instance) {
+    clearOutput();
+    m_starts.clear();
+    m_watched = true;
+    instance._outFields(this);
+}
+
+std::string_view SpfFieldWriter::parameter(unsigned position) const noexcept {
+    if (position >= m_starts.size()) return {};
+    const std::string_view all = output();
+    const std::size_t end = position + 1 < m_starts.size() ? m_starts[position + 1] : all.size();
+    // Each field but the first begins with the comma that separates it.
+    const std::size_t begin = m_starts[position] + (position > 0 ? 1 : 0);
+    return begin <= end ? all.substr(begin, end - begin) : std::string_view();
+}
+
+void SpfInstanceReader::remark(SpfRemark::Kind kind, const char* begin, const char* end) {
+    m_remarks.push_back({kind, VnSpfProblem::kNone, m_position, m_slot->number, m_type, begin, end});
+}
+
+VnIfcInstanceSlot* SpfInstanceReader::slotOf(std::uint64_t number) {
+    if (VnIfcInstanceSlot* slot = m_data.slots.find(number)) return slot;
+    const char* begin = helper().next;
+    while (*begin != '#') --begin;
+    remark(SpfRemark::kDangling, begin, helper().next);
+    return m_data.danglingSlot(number);
+}
+
+void SpfInstanceReader::read(const SpfInstance& instance, VnIfcInstanceSlot* slot) {
+    m_slot = slot;
+    m_type = nullptr;
+    m_position = 0;
+    const char* p = instance.begin;
+    while (spf::isNameCharacter(*p) || *p == '-' || *p == '!') ++p;
+    const std::string_view keyword(instance.begin, static_cast<std::size_t>(p - instance.begin));
+    const char* open = *p == '(' ? p : spf::skipBlanks(p, instance.end);
+    if (keyword.empty() || open >= instance.end || *open != '(') return readForeign(instance, keyword, open);
+    m_type = m_data.schema->entity(keyword);
+    if (!m_type) return readForeign(instance, keyword, open);
+    const VnIfcArenaScope scope(m_arena);
+    VnIfcEntityBase* object = m_type->create();
+    m_data.place(slot, object, true);
+    readFields(*m_type, *object, open + 1, instance.end);
+}
+
+void SpfInstanceReader::readFields(const VnIfcEntityType&, VnIfcEntityBase& instance, const char* begin, const char* end) {
+    startReading(begin, end);
+    instance._inFields(this);
+    const char* surplus = nullptr;
+    const char* surplusEnd = nullptr;
+    if (!finishReading(surplus, surplusEnd)) {
+        const bool more = surplus < end && *surplus == ',';
+        remark(more ? SpfRemark::kTooMany : SpfRemark::kUnclosedList, surplus, surplusEnd);
+        if (more) m_current.surplus.assign(surplus + 1, surplusEnd);
+    }
+    if (ranShort()) {
+        remark(SpfRemark::kTooFew, helper().next, helper().next);
+        m_current.absentFrom = parametersSeen();
+    }
+    if (!m_current.isEmpty()) keep(instance);
+}
+
+void SpfInstanceReader::keep(VnIfcEntityBase& instance) {
+    m_writer.write(instance);
+    for (KeptParameters::Parameter& parameter : m_current.parameters)
+        parameter.writtenAs = m_writer.parameter(parameter.position);
+    m_slot->set(VnIfcInstanceSlot::kHasKept);
+    m_kept.emplace_back(m_slot, std::move(m_current));
+    m_current = {};
+}
+
+void SpfInstanceReader::readForeign(const SpfInstance& instance, std::string_view keyword, const char* open) {
+    const char* const end = instance.end;
+    const char* close = end;
+    while (close > open && close[-1] != ')') --close;
+    const bool hasList = open < end && *open == '(' && close > open + 1;
+    const std::string_view parameters =
+        hasList ? std::string_view(open + 1, static_cast<std::size_t>(close - open - 2))
+                : std::string_view(instance.begin, static_cast<std::size_t>(end - instance.begin));
+    remark(!hasList ? SpfRemark::kNoKeyword : keyword.empty() ? SpfRemark::kComplex : SpfRemark::kUnknownKeyword,
+           instance.begin, open);
+    const VnIfcArenaScope scope(m_arena);
+    m_data.place(m_slot, new VnIfcForeignInstance(hasList ? VnAnsiString(keyword) : VnAnsiString(), parameters, hasList),
+                 true);
+}
+
+void SpfInstanceReader::onMisfit(unsigned position, VnSpfProblem problem, const char* begin, const char* end) {
+    remark(SpfRemark::kProblem, begin, end);
+    m_remarks.back().problem = problem;
+    if (problem == VnSpfProblem::kMissingComma) return;
+    m_current.parameters.push_back({position, std::string(begin, end), {}});
+}
+
+void SpfInstanceReader::watchField(unsigned) {}
+
+void SpfInstanceReader::notify(int, int) { remark(SpfRemark::kBareList, helper().next, helper().next); }
+
+}  // namespace VN_SDAI

@@ -1,0 +1,88 @@
+#pragma once
+#include "SpfStructure.h"
+
+#include "../model/ModelData.h"
+
+#include <VnIfcCore/VnSpfFilerBase.h>
+
+#include <vector>
+
+namespace VN_SDAI {
+
+/// What was noticed in one parameter or instance; turned into a diagnostic when all are known and in order.
+struct SpfRemark {
+    enum Kind : std::uint8_t {
+        kProblem,
+        kTooFew,
+        kTooMany,
+        kUnknownKeyword,
+        kNoKeyword,
+        kComplex,
+        kDuplicate,
+        kRenumbered,
+        kUnclosedList,
+        kBareList,
+        kDangling,
+    };
+
+    Kind kind;
+    VnSpfProblem problem = VnSpfProblem::kNone;
+    unsigned position = 0;
+    std::uint64_t number = 0;
+    const VnIfcEntityType* type = nullptr;
+    const char* begin = nullptr;
+    const char* end = nullptr;
+};
+
+/// Writes single parameters into memory, and says where each begins.
+class SpfFieldWriter final : public VnSpfFilerBase {
+public:
+    /// Writes the parameter list of an instance.
+    void write(const VnIfcEntityBase& instance);
+    /// The text of a position of the list written last; empty beyond its end.
+    std::string_view parameter(unsigned position) const noexcept;
+    unsigned count() const noexcept { return static_cast<unsigned>(m_starts.size()); }
+
+protected:
+    VnIfcInstanceSlot* slotOf(std::uint64_t) override { return nullptr; }
+    void watchField(unsigned) override { m_starts.push_back(output().size()); }
+
+private:
+    std::vector<std::size_t> m_starts;
+};
+
+/// Makes instances of a range of a file's instances and reads their parameters. Several readers may work at once on
+/// disjoint instances of one model; each has an arena, remarks and kept texts of its own.
+class SpfInstanceReader final : public VnSpfFilerBase {
+public:
+    SpfInstanceReader(VnIfcModel::Data& data, VnIfcArena& arena) noexcept : m_data(data), m_arena(arena) {}
+
+    /// Makes the instance of a slot.
+    void read(const SpfInstance& instance, VnIfcInstanceSlot* slot);
+
+    std::vector<SpfRemark>& remarks() noexcept { return m_remarks; }
+    std::vector<std::pair<VnIfcInstanceSlot*, KeptParameters>>& kept() noexcept { return m_kept; }
+
+protected:
+    VnIfcInstanceSlot* slotOf(std::uint64_t number) override;
+    void onMisfit(unsigned position, VnSpfProblem problem, const char* begin, const char* end) override;
+    void watchField(unsigned position) override;
+    void notify(int what, int how) override;
+
+private:
+    void readForeign(const SpfInstance& instance, std::string_view keyword, const char* open);
+    void readFields(const VnIfcEntityType& type, VnIfcEntityBase& instance, const char* begin, const char* end);
+    void keep(VnIfcEntityBase& instance);
+    void remark(SpfRemark::Kind kind, const char* begin, const char* end);
+
+    VnIfcModel::Data& m_data;
+    VnIfcArena& m_arena;
+    VnIfcInstanceSlot* m_slot = nullptr;
+    const VnIfcEntityType* m_type = nullptr;
+    KeptParameters m_current;
+    SpfFieldWriter m_writer;
+    std::vector<SpfRemark> m_remarks;
+    std::vector<std::pair<VnIfcInstanceSlot*, KeptParameters>> m_kept;
+};
+
+}  // namespace VN_SDAI

@@ -1,0 +1,216 @@
+#include "SpfInstanceReader.h"
+#include "WorkSharing.h"
+
+#include <VnIfcCore/VnIfcEntityType.h>
+#include <VnIfcCore/VnIfcSchema.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <system_error>
+#include <utility>
+
+#if defined(_WIN32)
+#include <io.h>
+#include <process.h>
+#else
+#include <unistd.h>
+#endif
+
+namespace VN_SDAI {
+
+namespace {
+
+constexpr std::size_t kBlock = 4096;
+
+/// Writes instances into memory.
+class InstanceWriter final : public VnSpfFilerBase {
+public:
+    explicit InstanceWriter(const VnIfcModel::Data& data) noexcept : m_data(data) {}
+
+    void write(const VnIfcInstanceSlot* slot) {
+        const VnIfcEntityBase* instance = slot->object();
+        wrChar('#');
+        writeNumber(slot->number);
+        wrChar('=');
+        const VnIfcEntityType* type = instance->getInstanceType();
+        if (!type) {
+            writeForeign(*dynamic_cast<const VnIfcForeignInstance*>(instance));
+        } else {
+            VnSpfFilerBase::write(type->name());
+            wrChar('(');
+            if (slot->has(VnIfcInstanceSlot::kHasKept)) writeWithKept(*instance, m_data.kept.at(slot));
+            else instance->_outFields(this);
+            wrChar(')');
+        }
+        VnSpfFilerBase::write(";\n");
+    }
+    std::string_view text() const noexcept { return output(); }
+    void clear() noexcept { clearOutput(); }
+
+protected:
+    VnIfcInstanceSlot* slotOf(std::uint64_t) override { return nullptr; }
+
+private:
+    void writeForeign(const VnIfcForeignInstance& instance) {
+        VnSpfFilerBase::write(instance.keyword().view());
+        if (instance.isList()) wrChar('(');
+        VnSpfFilerBase::write(instance.parameters().view());
+        if (instance.isList()) wrChar(')');
+    }
+
+    /// Puts the texts that were kept from the file in place of what the instance writes where nobody has changed it.
+    void writeWithKept(const VnIfcEntityBase& instance, const KeptParameters& kept) {
+        m_fields.write(instance);
+        unsigned count = m_fields.count();
+        while (kept.absentFrom && count > *kept.absentFrom && isUnset(m_fields.parameter(count - 1))) --count;
+        for (unsigned position = 0; position < count; ++position) {
+            if (position > 0) wrChar(',');
+            const std::string_view written = m_fields.parameter(position);
+            const KeptParameters::Parameter* parameter = kept.find(position);
+            VnSpfFilerBase::write(parameter && parameter->writtenAs == written ? std::string_view(parameter->text) : written);
+        }
+        if (kept.surplus.empty()) return;
+        if (count > 0) wrChar(',');
+        VnSpfFilerBase::write(kept.surplus);
+    }
+
+    static bool isUnset(std::string_view text) noexcept {
+        return text == "$" || text == "()" || text == "*" || text == "\"\"";
+    }
+
+    const VnIfcModel::Data& m_data;
+    SpfFieldWriter m_fields;
+};
+
+std::string headerText(const VnIfcModel& model) {
+    std::string text = "ISO-10303-21;\nHEADER;\n";
+    const bool isEmpty = model.header().entries().empty();
+    const VnIfcHeader standard =
+        isEmpty ? VnIfcHeader::standard(model.schema()->name().view(), "", "1970-01-01T00:00:00") : VnIfcHeader();
+    for (const VnIfcHeader::Entry& entry : (isEmpty ? standard : model.header()).entries())
+        text += entry.keyword + '(' + entry.parameters + ");\n";
+    return text + "ENDSEC;\nDATA;\n";
+}
+
+constexpr std::string_view kEnd = "ENDSEC;\nEND-ISO-10303-21;\n";
+
+/// Writes the model piece by piece, in order. `sink` answers false to stop. False when it or the host stopped.
+template <class Sink>
+bool writeModel(const VnIfcModel& model, const VnIfcWriteOptions& options, Sink sink) {
+    std::vector<const VnIfcInstanceSlot*> slots;
+    slots.reserve(model.count());
+    for (const VnIfcInstanceSlot* slot : model.data().slots.ordered())
+        if (slot->object() && !slot->has(VnIfcInstanceSlot::kErased)) slots.push_back(slot);
+    if (!sink(headerText(model))) return false;
+    const std::size_t blocks = (slots.size() + kBlock - 1) / kBlock;
+    const unsigned threads = threadsFor(options.threads, blocks);
+    std::vector<std::unique_ptr<InstanceWriter>> writers;
+    for (unsigned i = 0; i < threads; ++i) writers.push_back(std::make_unique<InstanceWriter>(model.data()));
+    // A round formats one block per thread, then the blocks go out in order.
+    for (std::size_t first = 0; first < blocks; first += threads) {
+        const std::size_t round = std::min<std::size_t>(threads, blocks - first);
+        shareWork(round, static_cast<unsigned>(round), {}, [&](unsigned, std::size_t block) {
+            InstanceWriter& writer = *writers[block];
+            writer.clear();
+            const std::size_t last = std::min(slots.size(), (first + block + 1) * kBlock);
+            for (std::size_t i = (first + block) * kBlock; i < last; ++i) writer.write(slots[i]);
+        });
+        for (std::size_t i = 0; i < round; ++i)
+            if (!sink(writers[i]->text())) return false;
+        const double done = static_cast<double>(first + round) / static_cast<double>(blocks);
+        if (options.progress && !options.progress(done)) return false;
+    }
+    return sink(kEnd);
+}
+
+/// A file that takes its name only when it is complete.
+class PendingFile {
+public:
+    explicit PendingFile(const std::filesystem::path& target) : m_target(target) {
+        std::error_code error;
+        // A link stays a link, and the file behind it is replaced.
+        if (std::filesystem::is_symlink(target, error)) m_target = std::filesystem::canonical(target, error);
+        if (error) m_target = target;
+        m_path = m_target;
+        m_path += ".part" + std::to_string(::getpid());
+        m_file = std::fopen(m_path.string().c_str(), "wb");
+        m_error = m_file ? 0 : errno;
+    }
+    ~PendingFile() {
+        if (!m_file) return;
+        std::fclose(m_file);
+        std::remove(m_path.string().c_str());
+    }
+    PendingFile(const PendingFile&) = delete;
+    PendingFile& operator=(const PendingFile&) = delete;
+
+    bool write(std::string_view text) {
+        if (!m_file || std::fwrite(text.data(), 1, text.size(), m_file) == text.size()) return m_file != nullptr;
+        m_error = errno;
+        return false;
+    }
+    bool commit() {
+        std::FILE* file = std::exchange(m_file, nullptr);
+        bool good = std::fflush(file) == 0;
+#if !defined(_WIN32)
+        good = good && ::fsync(::fileno(file)) == 0;
+#endif
+        if (!good) m_error = errno;
+        if (std::fclose(file) != 0 && good) {
+            good = false;
+            m_error = errno;
+        }
+        std::error_code error;
+        if (good) {
+            const auto permissions = std::filesystem::status(m_target, error).permissions();
+            if (!error && std::filesystem::exists(m_target)) std::filesystem::permissions(m_path, permissions, error);
+            std::filesystem::rename(m_path, m_target, error);
+            if (!error) return true;
+            m_error = error.value();
+        }
+        std::remove(m_path.string().c_str());
+        return false;
+    }
+    int error() const noexcept { return m_error; }
+
+private:
+    std::filesystem::path m_target;
+    std::filesystem::path m_path;
+    std::FILE* m_file = nullptr;
+    int m_error = 0;
+};
+
+}  // namespace
+
+VnIfcFileResult VnIfcModel::writeFile(const std::filesystem::path& path, const VnIfcWriteOptions& options) const {
+    VnIfcFileResult result;
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        result.status = VN::eCannotWrite;
+        result.message = "it is no regular file";
+        return result;
+    }
+    PendingFile file(path);
+    const auto sink = [&](std::string_view text) {
+        result.bytes += text.size();
+        return file.write(text);
+    };
+    const bool written = file.error() == 0 && writeModel(*this, options, sink);
+    if (written && file.commit()) return result;
+    result.status = file.error() != 0 ? VN::eCannotWrite : VN::eCancelled;
+    result.message = file.error() != 0 ? std::strerror(file.error()) : "cancelled";
+    return result;
+}
+
+std::string VnIfcModel::writeText(const VnIfcWriteOptions& options) const {
+    std::string text;
+    writeModel(*this, options, [&](std::string_view piece) {
+        text += piece;
+        return true;
+    });
+    return text;
+}
+
+}  // namespace VN_SDAI

@@ -1,0 +1,213 @@
+#include "SpfScan.h"
+
+#include <VnIfcCore/VnIfcSelect.h>
+#include <VnIfcCore/VnSpfFilerBase.h>
+
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+#include <new>
+
+namespace VN_SDAI {
+
+namespace {
+
+// Longer than any number that to_chars makes: sign, 17 digits, point, exponent.
+constexpr std::size_t kNumberSpace = 40;
+
+}  // namespace
+
+VnSpfFilerBase::VnSpfFilerBase() = default;
+
+VnSpfFilerBase::~VnSpfFilerBase() { std::free(m_outBegin); }
+
+void VnSpfFilerBase::growOutput(std::size_t need) {
+    const auto used = static_cast<std::size_t>(m_out - m_outBegin);
+    const auto space = static_cast<std::size_t>(m_outEnd - m_outBegin);
+    const std::size_t wanted = std::max(used + need, space + space / 2 + 256);
+    char* grown = static_cast<char*>(std::realloc(m_outBegin, wanted));
+    if (!grown) throw std::bad_alloc();
+    m_outBegin = grown;
+    m_out = grown + used;
+    m_outEnd = grown + wanted;
+}
+
+void VnSpfFilerBase::write(std::string_view text) {
+    char* to = reserve(text.size());
+    m_out = std::copy(text.begin(), text.end(), to);
+}
+
+void VnSpfFilerBase::writeNumber(std::uint64_t number) {
+    char* to = reserve(kNumberSpace);
+    m_out = std::to_chars(to, to + kNumberSpace, number).ptr;
+}
+
+void VnSpfFilerBase::writeInteger(std::int64_t value) {
+    char* to = reserve(kNumberSpace);
+    m_out = std::to_chars(to, to + kNumberSpace, value).ptr;
+}
+
+/// The shortest text that reads back the same, with the point that a real must have (ISO 10303-21, 6.4.2).
+void VnSpfFilerBase::writeReal(double value) {
+    if (!std::isfinite(value)) return wrChar('$');
+    char* const first = reserve(kNumberSpace);
+    char* last = std::to_chars(first, first + kNumberSpace - 2, value).ptr;
+    char* p = first;
+    while (p < last && *p != '.' && *p != 'e') ++p;
+    const bool hasPoint = p < last && *p == '.';
+    while (p < last && *p != 'e') ++p;
+    if (!hasPoint) {
+        std::copy_backward(p, last, last + 1);
+        *p++ = '.';
+        ++last;
+    }
+    if (p < last) *p = 'E';
+    m_out = last;
+}
+
+/// Apostrophes are doubled but for those that a `\S\` directive consumes. A `\S\` at the very end would consume the
+/// closing one, so its first backslash is escaped.
+void VnSpfFilerBase::writeString(std::string_view text) {
+    char* to = reserve(2 * text.size() + 4);
+    *to++ = '\'';
+    const char* from = text.data();
+    const char* const end = from + text.size();
+    while (from < end) {
+        const char* special = from;
+        while (special < end && *special != '\'' && *special != '\\') ++special;
+        to = std::copy(from, special, to);
+        if ((from = special) == end) break;
+        if (*from == '\'') {
+            *to++ = '\'';
+            *to++ = *from++;
+            continue;
+        }
+        if (end - from == 3 && from[1] == 'S' && from[2] == '\\') *to++ = '\\';
+        const std::size_t length = spf::backslashLength(from, end);
+        to = std::copy_n(from, length, to);
+        from += length;
+    }
+    *to++ = '\'';
+    m_out = to;
+}
+
+// ---- attributes --------------------------------------------------------------------------------------------------------
+
+void VnSpfFilerBase::wrLimitedString(const char* value, std::size_t length, bool, bool separated) {
+    separate(separated);
+    std::string_view text(value, length);
+    text = text.substr(0, text.find('\0'));
+    if (text == VnUnsetText.text) return wrChar('$');
+    writeString(text);
+}
+
+void VnSpfFilerBase::wrVnAnsiString(const VnAnsiString& value, bool, bool separated) {
+    separate(separated);
+    wrPrimitive(value);
+}
+
+void VnSpfFilerBase::wrDouble(const double& value, bool, bool separated) {
+    separate(separated);
+    wrPrimitive(value);
+}
+
+void VnSpfFilerBase::wrInt(const int& value, bool, bool separated) {
+    separate(separated);
+    wrPrimitive(value);
+}
+
+void VnSpfFilerBase::wrPrimitive(const VnIfcLogical& value, bool, bool separated) {
+    separate(separated);
+    constexpr std::string_view kTexts[] = {".F.", ".T.", ".U.", "$"};
+    write(kTexts[std::min<std::uint32_t>(value.code(), VnIfcLogical::Unset)]);
+}
+
+void VnSpfFilerBase::wrPrimitive(const VnIfcBoolean& value, bool, bool separated) {
+    separate(separated);
+    constexpr std::string_view kTexts[] = {".F.", ".T.", "$"};
+    write(kTexts[std::min<std::uint32_t>(value.code(), VnIfcBoolean::Unset)]);
+}
+
+void VnSpfFilerBase::wrReference(const VnDbObjectId& value, bool separated) {
+    separate(separated);
+    wrPrimitive(value);
+}
+
+void VnSpfFilerBase::wrSelect(const VnIfcSelect& value, bool, bool separated) {
+    separate(separated);
+    writeSelectValue(value);
+}
+
+void VnSpfFilerBase::wrEnumeration(std::string_view literal, bool, bool separated) {
+    separate(separated);
+    if (literal.empty()) return wrChar('$');
+    wrChar('.');
+    write(literal);
+    wrChar('.');
+}
+
+void VnSpfFilerBase::wrDerive(bool separated) {
+    separate(separated);
+    wrChar('*');
+}
+
+// ---- elements ------------------------------------------------------------------------------------------------------------
+
+void VnSpfFilerBase::wrPrimitive(const double& value) { writeReal(value); }
+
+void VnSpfFilerBase::wrPrimitive(const int& value) {
+    if (value == 0x7fffffff) return wrChar('$');
+    writeInteger(value);
+}
+
+void VnSpfFilerBase::wrPrimitive(const VnDbObjectId& value) {
+    if (value.isNull()) return wrChar('$');
+    wrChar('#');
+    writeNumber(value.number());
+}
+
+void VnSpfFilerBase::wrPrimitive(const VnAnsiString& value) {
+    if (value.isUnset()) return wrChar('$');
+    writeString(value.view());
+}
+
+void VnSpfFilerBase::wrPrimitive(const VnIfcSelect& value) { writeSelectValue(value); }
+
+void VnSpfFilerBase::wrBinaryElement(const VnAnsiString& value) {
+    if (value.isUnset()) return wrChar('$');
+    wrChar('"');
+    write(value.view());
+    wrChar('"');
+}
+
+void VnSpfFilerBase::writeSelectValue(const VnIfcSelect& value) {
+    const VnTypeCodeKind kind = value.kind();
+    if (kind == VnTypeCodeKind::kNone) return wrChar('$');
+    if (kind == VnTypeCodeKind::kEntity) return wrPrimitive(value.getHandle());
+    const std::string_view name = value.underlyingTypeName().view();
+    char* to = reserve(name.size() + 1);
+    for (const char c : name) *to++ = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
+    *to++ = '(';
+    m_out = to;
+    switch (kind) {
+        case VnTypeCodeKind::kString: writeString(value.text()); break;
+        case VnTypeCodeKind::kBinary: wrBinaryElement(VnAnsiString(value.text())); break;
+        case VnTypeCodeKind::kReal: writeReal(value.m_value.real); break;
+        case VnTypeCodeKind::kInteger:
+            if (value.m_value.number == VnIfcSelect::kNoInteger) wrChar('$');
+            else writeInteger(value.m_value.number);
+            break;
+        case VnTypeCodeKind::kBoolean:
+            wrPrimitive(VnIfcBoolean(static_cast<VnIfcBoolean::Code>(value.m_value.number)), false, false);
+            break;
+        case VnTypeCodeKind::kLogical:
+            wrPrimitive(VnIfcLogical(static_cast<VnIfcLogical::Code>(value.m_value.number)), false, false);
+            break;
+        default:
+            if (value.writeTypedField(this) != VN::eOk) wrChar('$');
+            break;
+    }
+    wrChar(')');
+}
+
+}  // namespace VN_SDAI

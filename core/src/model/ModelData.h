@@ -1,0 +1,45 @@
+#pragma once
+#include "KeptParameters.h"
+#include "SlotTable.h"
+
+#include <VnIfcCore/VnIfcModel.h>
+
+#include <mutex>
+#include <unordered_map>
+
+namespace VN_SDAI {
+
+/// What a model holds.
+struct VnIfcModel::Data {
+    Data(VnIfcModel* owner, const VnIfcSchema* schemaOfModel) : model(owner), schema(schemaOfModel), slots(owner) {}
+
+    /// The slot of a number; makes one for a number that no instance has (a dangling reference). Safe from several threads
+    /// as long as nobody inserts instances.
+    VnIfcInstanceSlot* slotForReference(std::uint64_t number) {
+        if (VnIfcInstanceSlot* slot = slots.find(number)) return slot;
+        return danglingSlot(number);
+    }
+    VnIfcInstanceSlot* danglingSlot(std::uint64_t number);
+    /// The slot for a new instance of that number, which must be free.
+    VnIfcInstanceSlot* slotForInstance(std::uint64_t number);
+    /// Above all others as long as there is such a number.
+    std::uint64_t nextNumber() noexcept;
+    void place(VnIfcInstanceSlot* slot, VnIfcEntityBase* instance, bool inArena) noexcept {
+        model->adopt(slot, instance, inArena);
+    }
+    void destroyInstances() noexcept;
+
+    VnIfcModel* model;
+    const VnIfcSchema* schema;
+    VnIfcHeader header;
+    SlotTable slots;
+    std::size_t count = 0;
+    std::uint64_t firstFree = 1;
+    std::vector<std::unique_ptr<VnIfcArena>> arenas;
+
+    std::mutex danglingMutex;
+    SlotTable dangling{model};
+    std::unordered_map<const VnIfcInstanceSlot*, KeptParameters> kept;
+};
+
+}  // namespace VN_SDAI

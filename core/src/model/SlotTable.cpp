@@ -1,0 +1,109 @@
+#include "SlotTable.h"
+
+#include <algorithm>
+
+namespace VN_SDAI {
+
+namespace {
+
+// A table of pointers indexed by number pays as long as at least every fourth entry is used.
+constexpr std::uint64_t denseLimit(std::size_t count) noexcept { return 4 * std::uint64_t{count} + 1024; }
+
+std::size_t hashOf(std::uint64_t number) noexcept {
+    number *= 0x9E3779B97F4A7C15ull;
+    return static_cast<std::size_t>(number ^ (number >> 32));
+}
+
+bool byNumber(const VnIfcInstanceSlot* left, const VnIfcInstanceSlot* right) noexcept {
+    return left->number < right->number;
+}
+
+}  // namespace
+
+VnIfcModel* SlotTable::modelOf(const VnIfcInstanceSlot* slot) noexcept {
+    const auto address = reinterpret_cast<std::uintptr_t>(slot);
+    return reinterpret_cast<const PageHead*>(address & ~(std::uintptr_t{kPageSize} - 1))->model;
+}
+
+VnIfcInstanceSlot* SlotTable::newSlot() {
+    if (m_next == m_pageEnd) {
+        if (m_nextPage == m_blockEnd) {
+            // Blocks of several pages, because each block loses up to a page to alignment.
+            const std::size_t pages = std::min<std::size_t>(std::size_t{1} << std::min<std::size_t>(m_blocks.size(), 6), 64);
+            m_blocks.emplace_back(static_cast<char*>(::operator new(pages * kPageSize, std::align_val_t(kPageSize))));
+            m_nextPage = m_blocks.back().get();
+            m_blockEnd = m_nextPage + pages * kPageSize;
+        }
+        new (m_nextPage) PageHead{m_model, 0};
+        m_next = reinterpret_cast<VnIfcInstanceSlot*>(m_nextPage + sizeof(PageHead));
+        m_nextPage += kPageSize;
+        m_pageEnd = reinterpret_cast<VnIfcInstanceSlot*>(m_nextPage);
+    }
+    return new (m_next++) VnIfcInstanceSlot;
+}
+
+void SlotTable::reserve(std::size_t count, std::uint64_t largest) {
+    m_slots.reserve(m_slots.size() + count);
+    if (largest < denseLimit(m_slots.size() + count)) {
+        if (m_dense.size() <= largest && m_slots.empty()) m_dense.resize(static_cast<std::size_t>(largest) + 1);
+    } else {
+        rehash(2 * (m_hashedCount + count));
+    }
+}
+
+VnIfcInstanceSlot* SlotTable::insert(std::uint64_t number) {
+    VnIfcInstanceSlot* slot = newSlot();
+    slot->number = number;
+    if (number >= m_dense.size() && number < denseLimit(m_slots.size())) {
+        const std::size_t before = m_dense.size();
+        m_dense.resize(std::max<std::size_t>(static_cast<std::size_t>(number) + 1, before + before / 2));
+        for (VnIfcInstanceSlot* other : m_slots)
+            if (other->number >= before && other->number < m_dense.size()) m_dense[other->number] = other;
+    }
+    if (number < m_dense.size()) m_dense[number] = slot;
+    else insertHashed(slot);
+    if (!m_slots.empty() && number < m_slots.back()->number) m_sorted = false;
+    m_largest = std::max(m_largest, number);
+    m_slots.push_back(slot);
+    return slot;
+}
+
+VnIfcInstanceSlot* SlotTable::findHashed(std::uint64_t number) const noexcept {
+    const std::size_t mask = m_hashed.size() - 1;
+    for (std::size_t i = hashOf(number) & mask; m_hashed[i]; i = (i + 1) & mask)
+        if (m_hashed[i]->number == number) return m_hashed[i];
+    return nullptr;
+}
+
+void SlotTable::insertHashed(VnIfcInstanceSlot* slot) {
+    if (2 * (m_hashedCount + 1) > m_hashed.size()) rehash(4 * (m_hashedCount + 8));
+    const std::size_t mask = m_hashed.size() - 1;
+    std::size_t i = hashOf(slot->number) & mask;
+    while (m_hashed[i]) i = (i + 1) & mask;
+    m_hashed[i] = slot;
+    ++m_hashedCount;
+}
+
+void SlotTable::rehash(std::size_t capacity) {
+    std::size_t size = 16;
+    while (size < capacity) size *= 2;
+    if (size <= m_hashed.size()) return;
+    std::vector<VnIfcInstanceSlot*> before(size);
+    before.swap(m_hashed);
+    m_hashedCount = 0;
+    for (VnIfcInstanceSlot* slot : before)
+        if (slot) insertHashed(slot);
+}
+
+const std::vector<VnIfcInstanceSlot*>& SlotTable::ordered() {
+    if (!m_sorted) std::sort(m_slots.begin(), m_slots.end(), byNumber);
+    m_sorted = true;
+    return m_slots;
+}
+
+void SlotTable::clear() noexcept {
+    SlotTable empty(m_model);
+    *this = std::move(empty);
+}
+
+}  // namespace VN_SDAI

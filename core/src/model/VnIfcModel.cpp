@@ -1,0 +1,141 @@
+#include "ModelData.h"
+
+#include <VnIfcCore/VnIfcEntityType.h>
+#include <VnIfcCore/VnIfcGUID.h>
+#include <VnIfcCore/VnIfcSchema.h>
+#include <VnIfcCore/VnSpfFilerBase.h>
+
+#include <algorithm>
+
+namespace VN_SDAI {
+
+VnIfcModel* VnIfcInstanceSlot::model() const noexcept { return SlotTable::modelOf(this); }
+
+// ---- Data ----------------------------------------------------------------------------------------------------------------
+
+VnIfcInstanceSlot* VnIfcModel::Data::danglingSlot(std::uint64_t number) {
+    const std::lock_guard lock(danglingMutex);
+    if (VnIfcInstanceSlot* slot = dangling.find(number)) return slot;
+    return dangling.insert(number);
+}
+
+VnIfcInstanceSlot* VnIfcModel::Data::slotForInstance(std::uint64_t number) { return slots.insert(number); }
+
+std::uint64_t VnIfcModel::Data::nextNumber() noexcept {
+    const std::uint64_t largest = std::max(slots.largest(), dangling.largest());
+    if (largest != UINT64_MAX) return largest + 1;
+    while (slots.find(firstFree) || dangling.find(firstFree)) ++firstFree;
+    return firstFree;
+}
+
+void VnIfcModel::Data::destroyInstances() noexcept {
+    for (VnIfcInstanceSlot* slot : slots.ordered()) {
+        VnIfcEntityBase* instance = slot->object();
+        if (!instance) continue;
+        if (slot->has(VnIfcInstanceSlot::kInArena)) instance->~VnIfcEntityBase();
+        else delete instance;
+    }
+}
+
+// ---- Life ------------------------------------------------------------------------------------------------------------------
+
+VnIfcModel::VnIfcModel(const VnIfcSchema* schema) : m_data(std::make_unique<Data>(this, schema)) {}
+
+VnIfcModel::~VnIfcModel() { m_data->destroyInstances(); }
+
+void VnIfcModel::clear() {
+    m_data->destroyInstances();
+    m_data = std::make_unique<Data>(this, m_data->schema);
+}
+
+const VnIfcSchema* VnIfcModel::schema() const noexcept { return m_data->schema; }
+VnIfcHeader& VnIfcModel::header() noexcept { return m_data->header; }
+const VnIfcHeader& VnIfcModel::header() const noexcept { return m_data->header; }
+
+// ---- Instances -------------------------------------------------------------------------------------------------------------
+
+void VnIfcModel::adopt(VnIfcInstanceSlot* slot, VnIfcEntityBase* instance, bool inArena) const noexcept {
+    instance->m_id = VnDbObjectId(slot);
+    slot->objectAndFlags =
+        reinterpret_cast<std::uintptr_t>(instance) | (inArena ? std::uintptr_t{VnIfcInstanceSlot::kInArena} : 0);
+}
+
+VnDbObjectId VnIfcModel::create(std::string_view entity) {
+    const VnIfcEntityType* type = m_data->schema->entity(entity);
+    return type ? append(std::unique_ptr<VnIfcEntityBase>(type->create())) : VnDbObjectId();
+}
+
+VnDbObjectId VnIfcModel::append(std::unique_ptr<VnIfcEntityBase> instance) {
+    VnIfcInstanceSlot* slot = m_data->slotForInstance(m_data->nextNumber());
+    adopt(slot, instance.release(), false);
+    ++m_data->count;
+    return VnDbObjectId(slot);
+}
+
+bool VnIfcModel::erase(const VnDbObjectId& handle) {
+    if (handle.isNull() || handle.model() != this || !handle.openObject()) return false;
+    handle.slot()->set(VnIfcInstanceSlot::kErased);
+    --m_data->count;
+    return true;
+}
+
+std::size_t VnIfcModel::count() const noexcept { return m_data->count; }
+
+VnDbObjectId VnIfcModel::find(std::uint64_t number) const noexcept {
+    VnIfcInstanceSlot* slot = m_data->slots.find(number);
+    return slot && VnDbObjectId(slot).openObject() ? VnDbObjectId(slot) : VnDbObjectId();
+}
+
+VnDbObjectId VnIfcModel::findByGlobalId(const VnIfcGUID& globalId) const {
+    for (VnIfcInstanceSlot* slot : m_data->slots.ordered()) {
+        const VnIfcEntityBase* instance = VnDbObjectId(slot).openObject();
+        const VnIfcGUID* own = instance ? instance->globalId() : nullptr;
+        if (own && *own == globalId) return VnDbObjectId(slot);
+    }
+    return {};
+}
+
+void VnIfcModel::forEach(const std::function<void(VnIfcEntityBase&)>& visit) const {
+    // By index, because visitors may create instances, which move the vector or come behind the last one.
+    const std::size_t count = m_data->slots.ordered().size();
+    for (std::size_t i = 0; i < count; ++i)
+        if (VnIfcEntityBase* instance = VnDbObjectId(m_data->slots.ordered()[i]).openObject()) visit(*instance);
+}
+
+void VnIfcModel::forEach(const VnIfcEntityType* type, bool withSubtypes,
+                         const std::function<void(VnIfcEntityBase&)>& visit) const {
+    forEach([&](VnIfcEntityBase& instance) {
+        if (withSubtypes ? instance.isKindOf(type) : instance.isInstanceOf(type)) visit(instance);
+    });
+}
+
+std::vector<VnDbObjectId> VnIfcModel::instances() const {
+    std::vector<VnDbObjectId> result;
+    result.reserve(count());
+    forEach([&](const VnIfcEntityBase& instance) { result.push_back(instance.objectId()); });
+    return result;
+}
+
+std::vector<VnDbObjectId> VnIfcModel::instancesOf(const VnIfcEntityType* type, bool withSubtypes) const {
+    std::vector<VnDbObjectId> result;
+    forEach(type, withSubtypes, [&](const VnIfcEntityBase& instance) { result.push_back(instance.objectId()); });
+    return result;
+}
+
+void VnIfcModel::setInverseCounterParts() {
+    forEach([](VnIfcEntityBase& instance) { instance.setInverseCounterParts(); });
+}
+
+// ---- VnIfcEntityBase -------------------------------------------------------------------------------------------------------
+
+void VnIfcEntityBase::dropKept(unsigned position) noexcept {
+    VnIfcModel::Data& data = owningModel()->data();
+    const auto found = data.kept.find(m_id.slot());
+    if (found == data.kept.end()) return;
+    found->second.drop(position);
+    if (!found->second.isEmpty()) return;
+    data.kept.erase(found);
+    m_id.slot()->reset(VnIfcInstanceSlot::kHasKept);
+}
+
+}  // namespace VN_SDAI

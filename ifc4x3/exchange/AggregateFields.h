@@ -1,0 +1,118 @@
+#pragma once
+#include <VnIfcCore/VnIfcListAggr.h>
+#include <VnIfcCore/VnIfcSelect.h>
+#include <VnIfcCore/VnIfcSetAggr.h>
+#include <VnIfcCore/VnSpfFilerBase.h>
+
+#include <type_traits>
+#include <vector>
+
+namespace IFC4X3 {
+
+template <class T>
+inline constexpr bool isList = std::is_base_of_v<VN_SDAI::VnIfcAggr, T>;
+
+template <class T>
+bool readElements(VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase& filer);
+template <class T>
+void writeElements(const VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase& filer, bool isBinary);
+
+/// Holds the elements of one list while it is read, so that the list itself is allocated once and fits exactly. Its memory
+/// serves the next list of the same type on the same thread.
+template <class T>
+class ElementBuffer {
+public:
+    ElementBuffer() noexcept : m_elements(shared()) {}
+    ~ElementBuffer() {
+        m_elements.clear();
+        if (m_elements.capacity() > kKept) m_elements.shrink_to_fit();
+    }
+    ElementBuffer(const ElementBuffer&) = delete;
+    ElementBuffer& operator=(const ElementBuffer&) = delete;
+
+    T& add() { return m_elements.emplace_back(); }
+    void dropLast() { m_elements.pop_back(); }
+    std::span<T> elements() noexcept { return m_elements; }
+
+private:
+    static constexpr std::size_t kKept = 4096;
+    static std::vector<T>& shared() {
+        static thread_local std::vector<T> elements;
+        return elements;
+    }
+
+    std::vector<T>& m_elements;
+};
+
+template <class T>
+bool readElement(T& element, VN_SDAI::VnSpfFilerBase& filer, bool separated) {
+    if constexpr (isList<T>) {
+        if (separated && !filer.skipUntil(',')) return false;
+        return filer.helper().peek() == '(' && readElements<typename T::value_type>(element, filer);
+    } else if constexpr (std::is_base_of_v<VN_SDAI::VnIfcSelect, T>) {
+        return filer.rdPrimitive(static_cast<VN_SDAI::VnIfcSelect&>(element), separated);
+    } else {
+        return filer.rdPrimitive(element, separated);
+    }
+}
+
+/// A value that stands where a list of one was meant: taken as such at the end of the parameter list.
+template <class T>
+bool readBareElement(VN_SDAI::VnIfcAggrOf<T>& aggregate, VN_SDAI::VnSpfFilerBase& filer) {
+    T element{};
+    if (isList<T> || !readElement(element, filer, false) || filer.helper().peek() != ')') return false;
+    filer.notify(1, 2);
+    aggregate.assignMoved(std::span<T>(&element, 1));
+    return true;
+}
+
+/// Reads a parenthesised list; false when it has an element that is none of type T. What was read before it is stored all
+/// the same. Bounds are not checked.
+template <class T>
+bool readElements(VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase& filer) {
+    auto& typed = static_cast<VN_SDAI::VnIfcAggrOf<T>&>(aggregate);
+    VN_SDAI::VnSpfReadHelper& helper = filer.helper();
+    if (!helper.skipUntilRet('(')) return readBareElement(typed, filer);
+    if (helper.skipUntilRet(')')) return true;
+    ElementBuffer<T> buffer;
+    bool good = readElement(buffer.add(), filer, false);
+    if (!good) {
+        buffer.elements().back() = T{};
+        helper.ignoreParamter(false);
+    }
+    while (!helper.skipUntilRet(')')) {
+        if (readElement(buffer.add(), filer, true)) continue;
+        buffer.dropLast();
+        good = false;
+        break;
+    }
+    typed.assignMoved(buffer.elements());
+    return good;
+}
+
+template <class T>
+void writeElements(const VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase& filer, bool isBinary) {
+    filer.wrChar('(');
+    bool separated = false;
+    for (const T& element : static_cast<const VN_SDAI::VnIfcAggrOf<T>&>(aggregate)) {
+        if (separated) filer.wrChar(',');
+        separated = true;
+        if constexpr (isList<T>) {
+            writeElements<typename T::value_type>(element, filer, isBinary);
+        } else if constexpr (std::is_same_v<T, VN_SDAI::VnAnsiString>) {
+            if (isBinary) filer.wrBinaryElement(element);
+            else filer.wrPrimitive(element);
+        } else if constexpr (std::is_base_of_v<VN_SDAI::VnIfcSelect, T>) {
+            filer.wrPrimitive(static_cast<const VN_SDAI::VnIfcSelect&>(element));
+        } else {
+            filer.wrPrimitive(element);
+        }
+    }
+    filer.wrChar(')');
+}
+
+/// As readElements and writeElements, for the aggregates that are values of selects.
+bool readSelectAggregate(VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase& filer);
+void writeSelectAggregate(const VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase& filer);
+
+}  // namespace IFC4X3
