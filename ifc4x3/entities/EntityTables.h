@@ -71,11 +71,17 @@ VN_SDAI::VnIfcEntityBase* createEntity() {
     return new E;
 }
 
+/// Adds a property object for each own attribute of the class that has one, in declared order.
+void addProperties(const EntityClass& type, VN_SDAI::VnIfcPropertyCollection* collection,
+                   const VN_SDAI::VnIfcEntityType* record);
+
 /// The property-collection callback of an entity class with attributes of its own.
 template <class E>
-void collectProperties(VN_SDAI::VnIfcPropertyCollection* collection, const VN_SDAI::VnIfcEntityType* type);
+void collectProperties(VN_SDAI::VnIfcPropertyCollection* collection, const VN_SDAI::VnIfcEntityType* record) {
+    addProperties(E::s_class, collection, record);
+}
 
 /// The callback that the entities without such attributes share.
-void collectNothing(VN_SDAI::VnIfcPropertyCollection* collection, const VN_SDAI::VnIfcEntityType* type);
+inline void collectNothing(VN_SDAI::VnIfcPropertyCollection*, const VN_SDAI::VnIfcEntityType*) {}
 
 }  // namespace IFC4X3
