@@ -9,7 +9,7 @@
 
 namespace VN_SDAI {
 
-/// The number that stands for the open upper bound "?".
+/// The number that stands for the open upper bound "?", which refuses nothing.
 inline constexpr std::uint32_t kVnUnbounded = 65536;
 
 /// Whether a bulk assignment leaves its source as it is or takes the values out of it.

@@ -25,7 +25,7 @@ public:
         const std::uint32_t position = positionOf(element);
         if (holds(position, element))
             return VN::eOk;
-        if (count() >= this->upperBound())
+        if (count() >= this->upperBound() && this->upperBound() != kVnUnbounded)
             return VN::eRefused;
         this->insertAt(place, position, element);
         return VN::eOk;
