@@ -1,0 +1,41 @@
+#pragma once
+#include <stdexcept>
+#include <string>
+
+namespace vnifc {
+
+/// What the process answers.
+enum ExitCode : int {
+    kSuccess = 0,
+    kErrorsInFile = 1, ///< the file was read, with diagnostics of severity error
+    kWrongUse = 2,
+    kFileFailure = 3, ///< something could not be read or written
+};
+
+/// Ends a command: main prints the message and returns the exit code.
+class Failure : public std::runtime_error {
+public:
+    Failure(ExitCode exitCode, const std::string& message) : std::runtime_error(message), m_exitCode(exitCode) {}
+    ExitCode exitCode() const noexcept { return m_exitCode; }
+
+private:
+    ExitCode m_exitCode;
+};
+
+/// What every command that reads a file is told.
+struct ReadFlags {
+    std::string file;     ///< "-" is standard input
+    unsigned threads = 0; ///< 0: as many as the machine has
+    bool quiet = false;   ///< no diagnostics
+};
+
+// The commands, one per file of the same name. Data goes to standard output, messages to standard error. They answer an
+// exit code and throw Failure.
+
+ExitCode info(const ReadFlags& flags, bool json);
+/// `target` may be the file that is read; "-" is standard output.
+ExitCode rewrite(const ReadFlags& flags, const std::string& target);
+/// `name` in any case; empty for the whole dictionary.
+ExitCode schema(const std::string& name, bool json);
+
+} // namespace vnifc

@@ -1,0 +1,66 @@
+#include "LoadedFile.h"
+
+#include "Messages.h"
+#include "Progress.h"
+
+#include <fmt/format.h>
+
+#include <chrono>
+#include <vector>
+
+namespace vnifc {
+
+using namespace VN_SDAI;
+
+namespace {
+
+// A broken file can bring as many diagnostics as it has values; beyond a screenful nobody reads them.
+constexpr std::uint64_t kPrinted = 20;
+
+std::string counted(std::uint64_t count, const char* noun) {
+    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
+} // namespace
+
+VnModule loadSchemaModule() { return VnModule::load("VnIfc4x3"); }
+
+LoadedFile::LoadedFile(const ReadFlags& flags) : m_module(loadSchemaModule()), m_model(m_module.schema()) {
+    const std::string name = flags.file == "-" ? "standard input" : flags.file;
+    Progress progress("reading " + name);
+    VnIfcReadOptions options;
+    options.diagnostics = [&](const VnIfcDiagnostic& diagnostic) {
+        progress.clear();
+        note(diagnostic, flags.quiet);
+    };
+    options.progress = progress.callback();
+    options.threads = flags.threads;
+    options.inverses = false;
+    options.name = name;
+    const auto start = std::chrono::steady_clock::now();
+    m_result = m_model.readFile(flags.file, options);
+    m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    progress.clear();
+    if (!m_result)
+        throw Failure(kFileFailure, fmt::format("cannot read {}: {}", name, m_result.message));
+    if (!flags.quiet && m_diagnosticCount > kPrinted)
+        say(fmt::format("... and {} more", m_diagnosticCount - kPrinted));
+}
+
+void LoadedFile::note(const VnIfcDiagnostic& diagnostic, bool quiet) {
+    ++m_countByCode[diagnostic.code];
+    if (++m_diagnosticCount <= kPrinted && !quiet)
+        say(diagnostic.text());
+}
+
+std::string LoadedFile::findings() const {
+    std::string text = counted(m_result.errors, "error") + ", " + counted(m_result.warnings, "warning");
+    if (m_countByCode.empty())
+        return text;
+    std::vector<std::string> kinds;
+    for (const auto& [code, count] : m_countByCode)
+        kinds.push_back(fmt::format("{} {}", count, code));
+    return fmt::format("{} ({})", text, fmt::join(kinds, ", "));
+}
+
+} // namespace vnifc

@@ -1,0 +1,42 @@
+#pragma once
+#include "Commands.h"
+
+#include <VnIfcCore/VnIfcModel.h>
+#include <VnRx/VnModule.h>
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+namespace vnifc {
+
+/// The schema module that this host works with; found by its name, as nothing of it is linked.
+VN_SDAI::VnModule loadSchemaModule();
+
+/// A file in memory: how every command that reads one begins.
+class LoadedFile {
+public:
+    /// Reads the file; shows progress, and prints diagnostics unless the flags say otherwise. Throws Failure when there
+    /// is nothing to read.
+    explicit LoadedFile(const ReadFlags& flags);
+
+    VN_SDAI::VnIfcModel& model() noexcept { return m_model; }
+    const VN_SDAI::VnIfcModel& model() const noexcept { return m_model; }
+    const VN_SDAI::VnIfcFileResult& result() const noexcept { return m_result; }
+    double seconds() const noexcept { return m_seconds; }
+    /// "1 error, 31 warnings (30 unknown-keyword, ...)": how many findings there were of which kind.
+    std::string findings() const;
+    ExitCode exitCode() const noexcept { return m_result.errors > 0 ? kErrorsInFile : kSuccess; }
+
+private:
+    void note(const VN_SDAI::VnIfcDiagnostic& diagnostic, bool quiet);
+
+    VN_SDAI::VnModule m_module; // outlives the model
+    VN_SDAI::VnIfcModel m_model;
+    VN_SDAI::VnIfcFileResult m_result;
+    double m_seconds = 0;
+    std::uint64_t m_diagnosticCount = 0;
+    std::map<std::string, std::uint64_t> m_countByCode;
+};
+
+} // namespace vnifc

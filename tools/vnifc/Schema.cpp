@@ -1,0 +1,149 @@
+#include "Commands.h"
+#include "DictionaryRecord.h"
+#include "LoadedFile.h"
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include <map>
+
+namespace vnifc {
+
+using namespace VN_SDAI;
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+// ---- JSON ----------------------------------------------------------------------------------------------------------
+
+Json recordOfEntry(const DictionaryInstance& record) {
+    if (const auto* entity = dynamic_cast<const VnIfcEntityType*>(&record))
+        return recordOf(*entity);
+    return recordOf(dynamic_cast<const VnIfcDefinedType&>(record));
+}
+
+/// One record a line, so that neither this program nor a line-oriented reader has to hold them all.
+void printRecords(const char* key, const Dictionary& records) {
+    fmt::print(",\n\"{}\": [", key);
+    const char* separator = "\n";
+    for (const Dictionary::Entry& entry : records) {
+        fmt::print("{}{}", separator, recordOfEntry(*entry.instance).dump());
+        separator = ",\n";
+    }
+    fmt::print("\n]");
+}
+
+void printDictionary(const VnIfcSchema& schema) {
+    fmt::print("{{\"name\": {}, \"version\": \"{}\"", Json(schema.name().constStr()).dump(), versionOf(schema));
+    printRecords("namedTypes", schema.namedTypes());
+    printRecords("anonymousTypes", schema.anonymousTypes());
+    printRecords("entities", schema.entities());
+    fmt::print("}}\n");
+}
+
+// ---- Text ----------------------------------------------------------------------------------------------------------
+
+std::string string(const Json& value) { return value.get<std::string>(); }
+
+std::string joined(const Json& names) {
+    return fmt::format("{}", fmt::join(names.get<std::vector<std::string>>(), "\n  "));
+}
+
+std::string bounds(const Json& record) {
+    const auto bound = [](const Json& value) { return value.is_null() ? "?" : value.dump(); };
+    return fmt::format("[{}:{}]", bound(record["lower"]), bound(record["upper"]));
+}
+
+std::string typeText(const Json& attribute) {
+    const std::string kind = string(attribute["kind"]);
+    if (kind == "explicit")
+        return string(attribute["type"]);
+    if (kind == "derived") {
+        const Json& redeclares = attribute["redeclares"];
+        return string(attribute["type"]) +
+               (redeclares.is_null() ? " (derived)" : fmt::format(" (derived, redeclares {})", string(redeclares)));
+    }
+    const std::string many = attribute["lower"].is_null() ? "" : fmt::format("set {} of ", bounds(attribute));
+    return fmt::format("{}{} for {}", many, string(attribute["entity"]), string(attribute["attribute"]));
+}
+
+void printAttributes(const VnIfcEntityType& entity) {
+    if (entity.supertype())
+        printAttributes(*entity.supertype());
+    const Json record = recordOf(entity);
+    if (record["attributes"].empty())
+        return;
+    fmt::print("attributes of {}\n", string(record["name"]));
+    for (const Json& attribute : record["attributes"])
+        fmt::print("  {}: {}\n", string(attribute["name"]), typeText(attribute));
+}
+
+void printEntity(const VnIfcEntityType& entity) {
+    fmt::print("{}entity {}", entity.isAbstract() ? "abstract " : "", entity.name().constStr());
+    for (const VnIfcEntityType* above = entity.supertype(); above; above = above->supertype())
+        fmt::print(" < {}", above->name().constStr());
+    fmt::print("\n");
+    printAttributes(entity);
+    if (!entity.subtypes().empty())
+        fmt::print("subtypes\n");
+    for (const VnIfcEntityType* subtype : entity.subtypes())
+        fmt::print("  {}\n", subtype->name().constStr());
+}
+
+void printType(const VnIfcDefinedType& type) {
+    const Json record = recordOf(type);
+    const std::string kind = string(record["kind"]);
+    fmt::print("{} {}\n", kind, string(record["name"]));
+    if (kind == "defined")
+        fmt::print("  {}\n", string(record["underlying"]));
+    else if (kind == "enumeration")
+        fmt::print("  {}\n", joined(record["literals"]));
+    else if (kind == "select")
+        fmt::print("  {}\n", joined(record["members"]));
+    else if (kind == "aggregation")
+        fmt::print("  {} {} of {}\n", string(record["aggregation"]), bounds(record), string(record["element"]));
+    else
+        fmt::print("  width {}{}\n", record["width"].dump(), record["fixed"].get<bool>() ? ", fixed" : "");
+}
+
+/// A line per record that has a name, for a reader to search in.
+void printOverview(const VnIfcSchema& schema) {
+    std::map<std::string, unsigned> counts{{"entity", static_cast<unsigned>(schema.entityCount())}};
+    std::string lines;
+    for (const Dictionary::Entry& entry : schema.namedTypes()) {
+        const std::string kind = string(recordOfEntry(*entry.instance)["kind"]);
+        ++counts[kind];
+        lines += fmt::format("{:<12} {}\n", kind, entry.name.constStr());
+    }
+    for (const Dictionary::Entry& entry : schema.entities())
+        lines += fmt::format("{:<12} {}\n", "entity", entry.name.constStr());
+    fmt::print("{} version {}\n", schema.name().constStr(), versionOf(schema));
+    for (const auto& [kind, count] : counts)
+        fmt::print("{:<12} {:>4}\n", kind, count);
+    fmt::print("\n{}", lines);
+}
+
+} // namespace
+
+ExitCode schema(const std::string& name, bool json) {
+    const VnModule module = loadSchemaModule();
+    const VnIfcSchema& schema = *module.schema();
+    if (name.empty()) {
+        (json ? printDictionary : printOverview)(schema);
+        return kSuccess;
+    }
+    const DictionaryInstance* record = schema.namedType(name);
+    if (!record)
+        record = schema.anonymousTypes().find(name);
+    if (!record)
+        throw Failure(kWrongUse, fmt::format("{} has no entity or type \"{}\"", schema.name().constStr(), name));
+    if (json)
+        fmt::print("{}\n", recordOfEntry(*record).dump());
+    else if (const auto* entity = dynamic_cast<const VnIfcEntityType*>(record))
+        printEntity(*entity);
+    else
+        printType(dynamic_cast<const VnIfcDefinedType&>(*record));
+    return kSuccess;
+}
+
+} // namespace vnifc
