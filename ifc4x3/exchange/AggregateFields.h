@@ -17,31 +17,33 @@ bool readElements(VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase& filer)
 template <class T>
 void writeElements(const VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase& filer, bool isBinary);
 
-/// Holds the elements of one list while it is read, so that the list itself is allocated once and fits exactly. Its memory
-/// serves the next list of the same type on the same thread.
+/// Holds the elements of one list while it is read, so that the list itself is allocated once and fits exactly. Short
+/// lists of plain values take no memory from the heap for that.
 template <class T>
 class ElementBuffer {
 public:
-    ElementBuffer() noexcept : m_elements(shared()) {}
-    ~ElementBuffer() {
-        m_elements.clear();
-        if (m_elements.capacity() > kKept) m_elements.shrink_to_fit();
+    T& add() {
+        if constexpr (kInline > 0) {
+            if (m_count < kInline) return m_first[m_count++] = T{};
+            if (m_count == kInline && m_all.empty()) m_all.assign(m_first, m_first + kInline);
+        }
+        ++m_count;
+        return m_all.emplace_back();
     }
-    ElementBuffer(const ElementBuffer&) = delete;
-    ElementBuffer& operator=(const ElementBuffer&) = delete;
-
-    T& add() { return m_elements.emplace_back(); }
-    void dropLast() { m_elements.pop_back(); }
-    std::span<T> elements() noexcept { return m_elements; }
+    void dropLast() {
+        --m_count;
+        if (!m_all.empty()) m_all.pop_back();
+    }
+    std::span<T> elements() noexcept {
+        return m_all.empty() && kInline > 0 ? std::span<T>(m_first, m_count) : std::span<T>(m_all);
+    }
 
 private:
-    static constexpr std::size_t kKept = 4096;
-    static std::vector<T>& shared() {
-        static thread_local std::vector<T> elements;
-        return elements;
-    }
+    static constexpr std::size_t kInline = std::is_trivially_copyable_v<T> ? 32 : 0;
 
-    std::vector<T>& m_elements;
+    T m_first[kInline > 0 ? kInline : 1];
+    std::size_t m_count = 0;
+    std::vector<T> m_all;
 };
 
 template <class T>

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <new>
 #include <vector>
 
 namespace VN_SDAI {
@@ -16,6 +16,7 @@ enum class VnStorage : std::uint32_t { kHeap = 0, kStatic = 1, kArena = 2 };
 class VNIFC_API VnIfcArena {
 public:
     VnIfcArena() = default;
+    ~VnIfcArena();
     VnIfcArena(const VnIfcArena&) = delete;
     VnIfcArena& operator=(const VnIfcArena&) = delete;
 
@@ -32,11 +33,16 @@ public:
 
 private:
     void* allocateSlow(std::size_t size);
+    char* newChunk(std::size_t size);
 
     char* m_next = nullptr;
     char* m_end = nullptr;
     std::size_t m_capacity = 0;
-    std::vector<std::unique_ptr<char[]>> m_chunks;
+    struct Chunk {
+        char* memory;
+        std::size_t size;
+    };
+    std::vector<Chunk> m_chunks;
 };
 
 /// While it lives, instances, strings and aggregates made by this thread are taken from the arena.

@@ -5,6 +5,7 @@
 #include <VnIfcCore/VnIfcTypes.h>
 
 #include <cstddef>
+#include <span>
 #include <string_view>
 
 namespace VN_SDAI {
@@ -29,7 +30,12 @@ enum class VnSpfProblem : std::uint8_t {
 class VNIFC_API VnSpfReadHelper {
 public:
     /// Looks ahead: true, and the character consumed, when it is the next significant one.
-    bool skipUntilRet(char character);
+    bool skipUntilRet(char character) noexcept {
+        if (*next != character && peek() != character) return false;
+        if (next >= end) return false;
+        ++next;
+        return true;
+    }
     /// Discards the rest of a malformed parameter, up to the comma or parenthesis that ends it; with `before` it is the
     /// comma in front of the parameter that is missing.
     void ignoreParamter(bool before);
@@ -140,6 +146,8 @@ protected:
     /// A position of the list begins, while the filer is watched.
     virtual void watchField(unsigned position);
 
+    /// Slots by number; numbers beyond or without a slot are asked for through slotOf.
+    void lookUpIn(std::span<VnIfcInstanceSlot* const> slots) noexcept { m_slots = slots; }
     void startReading(const char* begin, const char* end) noexcept;
     /// Ends the list; true when everything up to the closing parenthesis was read, else the rest is [first, second).
     bool finishReading(const char*& surplusBegin, const char*& surplusEnd);
@@ -163,8 +171,8 @@ private:
     Token beginField(bool separated);
     bool separatorMissing();
     bool failField(VnSpfProblem problem);
-    const char* parameterEnd(const char* from) noexcept;
-    bool atDelimiter() noexcept;
+    bool atDelimiter() const noexcept;
+    bool readPlainText(std::string_view& text) noexcept;
     bool readReal(double& value, VnSpfProblem& problem);
     bool readInteger(std::int64_t& value, VnSpfProblem& problem);
     bool readReference(VnDbObjectId& value);
@@ -193,6 +201,7 @@ private:
     void writeInteger(std::int64_t value);
 
     VnSpfReadHelper m_helper;
+    std::span<VnIfcInstanceSlot* const> m_slots;
     const char* m_fieldBegin = nullptr;
     unsigned m_seen = 0;
     bool m_failed = false;

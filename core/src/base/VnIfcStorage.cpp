@@ -1,9 +1,15 @@
 #include <VnIfcCore/VnIfcStorage.h>
 
+#include "PageMemory.h"
+
 namespace VN_SDAI {
 
 namespace {
 
+#if defined(__GNUC__)
+// Asked for with every string and list that is read; this model of access costs one load.
+__attribute__((tls_model("initial-exec")))
+#endif
 thread_local VnIfcArena* currentArena = nullptr;
 
 // Small models stay small, large ones ask the system rarely.
@@ -12,17 +18,22 @@ constexpr std::size_t kLargestChunk = 4 * 1024 * 1024;
 
 }  // namespace
 
+VnIfcArena::~VnIfcArena() {
+    for (const Chunk& chunk : m_chunks) PageAllocator<char>().deallocate(chunk.memory, chunk.size);
+}
+
+char* VnIfcArena::newChunk(std::size_t size) {
+    m_chunks.reserve(m_chunks.size() + 1);
+    m_chunks.push_back({PageAllocator<char>().allocate(size), size});
+    m_capacity += size;
+    return m_chunks.back().memory;
+}
+
 void* VnIfcArena::allocateSlow(std::size_t size) {
     const std::size_t wanted = m_capacity < kFirstChunk ? kFirstChunk : m_capacity < kLargestChunk ? m_capacity : kLargestChunk;
     // A block of its own must not end the chunk that small ones are taken from.
-    if (size > wanted / 4) {
-        m_chunks.emplace_back(new char[size]);
-        m_capacity += size;
-        return m_chunks.back().get();
-    }
-    m_chunks.emplace_back(new char[wanted]);
-    m_capacity += wanted;
-    m_next = m_chunks.back().get();
+    if (size > wanted / 4) return newChunk(size);
+    m_next = newChunk(wanted);
     m_end = m_next + wanted;
     return allocate(size);
 }

@@ -1,5 +1,7 @@
 #include "SpfDiagnostics.h"
 
+#include "SpfScan.h"
+
 #include <VnIfcCore/VnIfcEntityType.h>
 #include <VnIfcCore/VnIfcExplicitAttributeDefinition.h>
 
@@ -97,7 +99,6 @@ const VnIfcAttributeDefinition* attributeAt(const VnIfcEntityType* type, unsigne
 SpfDiagnostics::SpfDiagnostics(std::string file, const char* begin, const char* end, const VnIfcDiagnosticSink& sink,
                                VnIfcFileResult& result)
     : m_file(std::move(file)),
-      m_begin(begin),
       m_end(end),
       m_sink(sink),
       m_result(result),
@@ -105,19 +106,15 @@ SpfDiagnostics::SpfDiagnostics(std::string file, const char* begin, const char* 
       m_lineBegin(begin) {}
 
 /// Lines end with LF, CR LF or a lone CR.
-void SpfDiagnostics::locate(const char* at, VnIfcDiagnostic& diagnostic) {
-    if (at < m_counted) {
-        m_counted = m_lineBegin = m_begin;
-        m_line = 1;
-    }
-    for (; m_counted < at; ++m_counted) {
-        const bool ends = *m_counted == '\n' || (*m_counted == '\r' && m_counted[1] != '\n');
+void SpfDiagnostics::pass(const char* position) {
+    if (!m_sink) return;
+    while ((m_counted = spf::findLineEnd(m_counted, position)) < position) {
+        const bool ends = *m_counted == '\n' || m_counted[1] != '\n';
+        ++m_counted;
         if (!ends) continue;
         ++m_line;
-        m_lineBegin = m_counted + 1;
+        m_lineBegin = m_counted;
     }
-    diagnostic.line = m_line;
-    diagnostic.column = static_cast<std::uint64_t>(at - m_lineBegin) + 1;
 }
 
 void SpfDiagnostics::send(VnIfcDiagnostic diagnostic, const char* at) {
@@ -125,7 +122,11 @@ void SpfDiagnostics::send(VnIfcDiagnostic diagnostic, const char* at) {
     if (diagnostic.severity == kWarning) ++m_result.warnings;
     if (!m_sink) return;
     diagnostic.file = m_file;
-    if (at) locate(std::min(at, m_end), diagnostic);
+    if (at) {
+        pass(std::min(at, m_end));
+        diagnostic.line = m_line;
+        diagnostic.column = static_cast<std::uint64_t>(std::min(at, m_end) - m_lineBegin) + 1;
+    }
     m_sink(diagnostic);
 }
 

@@ -16,12 +16,13 @@ public:
     void report(VnIfcDiagnostic::Severity severity, const char* code, const char* at, std::string found,
                 std::string expected);
 
+    /// Counts lines up to a position, because the text before it will be gone.
+    void pass(const char* position);
+
 private:
     void send(VnIfcDiagnostic diagnostic, const char* at);
-    void locate(const char* at, VnIfcDiagnostic& diagnostic);
 
     std::string m_file;
-    const char* m_begin;
     const char* m_end;
     const VnIfcDiagnosticSink& m_sink;
     VnIfcFileResult& m_result;

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <new>
 #include <system_error>
@@ -33,28 +32,14 @@ std::FILE* openForReading(const std::filesystem::path& path) {
 
 }  // namespace
 
-SpfInput::~SpfInput() { std::free(m_data); }
-
-bool SpfInput::reserve(std::size_t capacity) {
-    if (capacity <= m_capacity) return true;
-    char* grown = static_cast<char*>(std::realloc(m_data, capacity + spf::kPadding));
-    if (!grown) return false;
-    m_data = grown;
-    m_capacity = capacity;
-    return true;
-}
-
-void SpfInput::finish() noexcept { std::memset(m_data + m_size, 0, spf::kPadding); }
-
+// Fresh pages are zeroed, so that the padding needs no writing.
 void SpfInput::copyFrom(std::string_view text) {
-    if (!reserve(text.size())) throw std::bad_alloc();
-    if (!m_data && !reserve(1)) throw std::bad_alloc();
-    std::copy(text.begin(), text.end(), m_data);
+    m_memory = PageMemory(text.size() + spf::kPadding);
+    std::copy(text.begin(), text.end(), m_memory.data());
     m_size = text.size();
-    finish();
 }
 
-VN::ErrorStatus SpfInput::readFile(const std::filesystem::path& path, std::string& message) {
+VN::ErrorStatus SpfInput::readFile(const std::filesystem::path& path, std::string& message) try {
     std::error_code error;
     const bool isStandardInput = path == "-";
     const std::filesystem::file_status status = std::filesystem::status(path, error);
@@ -79,22 +64,21 @@ VN::ErrorStatus SpfInput::readFile(const std::filesystem::path& path, std::strin
     }
     std::setvbuf(file.get(), nullptr, _IONBF, 0);
     while (true) {
-        if (!reserve(capacity)) {
-            message = "it does not fit into memory";
-            return VN::eCannotRead;
-        }
-        const std::size_t wanted = m_capacity - m_size;
-        const std::size_t read = std::fread(m_data + m_size, 1, wanted, file.get());
+        m_memory.grow(capacity + spf::kPadding);
+        const std::size_t wanted = capacity - m_size;
+        const std::size_t read = std::fread(m_memory.data() + m_size, 1, wanted, file.get());
         m_size += read;
         if (read < wanted) break;
-        capacity = 2 * m_capacity;
+        capacity *= 2;
     }
     if (std::ferror(file.get())) {
         message = std::strerror(errno);
         return VN::eCannotRead;
     }
-    finish();
     return VN::eOk;
+} catch (const std::bad_alloc&) {
+    message = "it does not fit into memory";
+    return VN::eCannotRead;
 }
 
 }  // namespace VN_SDAI

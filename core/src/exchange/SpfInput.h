@@ -1,4 +1,6 @@
 #pragma once
+#include "../base/PageMemory.h"
+
 #include <VnIfcCore/VnIfcModel.h>
 
 #include <filesystem>
@@ -14,23 +16,25 @@ public:
     SpfInput() = default;
     SpfInput(const SpfInput&) = delete;
     SpfInput& operator=(const SpfInput&) = delete;
-    ~SpfInput();
 
     /// Reads a file, pipe or device to its end; "-" is the standard input. A status other than 0 comes with a message.
     VN::ErrorStatus readFile(const std::filesystem::path& path, std::string& message);
     void copyFrom(std::string_view text);
 
-    const char* begin() const noexcept { return m_data; }
-    const char* end() const noexcept { return m_data + m_size; }
+    const char* begin() const noexcept { return m_memory.data(); }
+    const char* end() const noexcept { return begin() + m_size; }
     std::size_t size() const noexcept { return m_size; }
 
-private:
-    bool reserve(std::size_t capacity);
-    void finish() noexcept;
+    /// Gives back the memory of what stands before `position`; nobody must look there any more.
+    void release(const char* position) noexcept {
+        m_memory.discard(m_released ? m_released : begin(), position);
+        m_released = position;
+    }
 
-    char* m_data = nullptr;
+private:
+    PageMemory m_memory;
     std::size_t m_size = 0;
-    std::size_t m_capacity = 0;
+    const char* m_released = nullptr;
 };
 
 }  // namespace VN_SDAI

@@ -35,24 +35,36 @@ VnIfcInstanceSlot* SpfInstanceReader::slotOf(std::uint64_t number) {
     return m_data.danglingSlot(number);
 }
 
-void SpfInstanceReader::read(const SpfInstance& instance, VnIfcInstanceSlot* slot) {
+const VnIfcEntityType* SpfInstanceReader::typeOf(std::string_view keyword) {
+    // A file has few keywords, and each many times.
+    const std::size_t length = keyword.size();
+    const auto at = [&](std::size_t i) { return static_cast<std::size_t>(static_cast<unsigned char>(keyword[i])); };
+    const std::size_t hash = length < 6 ? 0 : (length * 7 + at(3) * 31 + at(length / 2) * 5 + at(length - 2) * 3 + at(length - 1)) % 256;
+    const VnIfcEntityType*& cached = m_types[hash];
+    if (cached && cached->name() == keyword) return cached;
+    const VnIfcEntityType* type = m_data.schema->entity(keyword);
+    if (type) cached = type;
+    return type;
+}
+
+void SpfInstanceReader::read(std::string_view text, VnIfcInstanceSlot* slot) {
     m_slot = slot;
     m_type = nullptr;
     m_position = 0;
-    const char* p = instance.begin;
+    const char* const end = text.data() + text.size();
+    const char* p = text.data();
     while (spf::isNameCharacter(*p) || *p == '-' || *p == '!') ++p;
-    const std::string_view keyword(instance.begin, static_cast<std::size_t>(p - instance.begin));
-    const char* open = *p == '(' ? p : spf::skipBlanks(p, instance.end);
-    if (keyword.empty() || open >= instance.end || *open != '(') return readForeign(instance, keyword, open);
-    m_type = m_data.schema->entity(keyword);
-    if (!m_type) return readForeign(instance, keyword, open);
-    const VnIfcArenaScope scope(m_arena);
+    const std::string_view keyword(text.data(), static_cast<std::size_t>(p - text.data()));
+    const char* open = *p == '(' ? p : spf::skipBlanks(p, end);
+    if (keyword.empty() || open >= end || *open != '(') return readForeign(text, keyword, open);
+    m_type = typeOf(keyword);
+    if (!m_type) return readForeign(text, keyword, open);
     VnIfcEntityBase* object = m_type->create();
     m_data.place(slot, object, true);
-    readFields(*m_type, *object, open + 1, instance.end);
+    readFields(*object, open + 1, end);
 }
 
-void SpfInstanceReader::readFields(const VnIfcEntityType&, VnIfcEntityBase& instance, const char* begin, const char* end) {
+void SpfInstanceReader::readFields(VnIfcEntityBase& instance, const char* begin, const char* end) {
     startReading(begin, end);
     instance._inFields(this);
     const char* surplus = nullptr;
@@ -78,17 +90,16 @@ void SpfInstanceReader::keep(VnIfcEntityBase& instance) {
     m_current = {};
 }
 
-void SpfInstanceReader::readForeign(const SpfInstance& instance, std::string_view keyword, const char* open) {
-    const char* const end = instance.end;
+void SpfInstanceReader::readForeign(std::string_view text, std::string_view keyword, const char* open) {
+    const char* const end = text.data() + text.size();
     const char* close = end;
     while (close > open && close[-1] != ')') --close;
     const bool hasList = open < end && *open == '(' && close > open + 1;
     const std::string_view parameters =
         hasList ? std::string_view(open + 1, static_cast<std::size_t>(close - open - 2))
-                : std::string_view(instance.begin, static_cast<std::size_t>(end - instance.begin));
+                : text;
     remark(!hasList ? SpfRemark::kNoKeyword : keyword.empty() ? SpfRemark::kComplex : SpfRemark::kUnknownKeyword,
-           instance.begin, open);
-    const VnIfcArenaScope scope(m_arena);
+           text.data(), open);
     m_data.place(m_slot, new VnIfcForeignInstance(hasList ? VnAnsiString(keyword) : VnAnsiString(), parameters, hasList),
                  true);
 }

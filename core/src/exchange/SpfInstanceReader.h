@@ -5,6 +5,7 @@
 
 #include <VnIfcCore/VnSpfFilerBase.h>
 
+#include <array>
 #include <vector>
 
 namespace VN_SDAI {
@@ -55,10 +56,10 @@ private:
 /// disjoint instances of one model; each has an arena, remarks and kept texts of its own.
 class SpfInstanceReader final : public VnSpfFilerBase {
 public:
-    SpfInstanceReader(VnIfcModel::Data& data, VnIfcArena& arena) noexcept : m_data(data), m_arena(arena) {}
+    explicit SpfInstanceReader(VnIfcModel::Data& data) noexcept : m_data(data) { lookUpIn(data.slots.dense()); }
 
-    /// Makes the instance of a slot.
-    void read(const SpfInstance& instance, VnIfcInstanceSlot* slot);
+    /// Makes the instance of a slot from what stands behind its "=". Call it within the scope of an arena.
+    void read(std::string_view text, VnIfcInstanceSlot* slot);
 
     std::vector<SpfRemark>& remarks() noexcept { return m_remarks; }
     std::vector<std::pair<VnIfcInstanceSlot*, KeptParameters>>& kept() noexcept { return m_kept; }
@@ -70,17 +71,18 @@ protected:
     void notify(int what, int how) override;
 
 private:
-    void readForeign(const SpfInstance& instance, std::string_view keyword, const char* open);
-    void readFields(const VnIfcEntityType& type, VnIfcEntityBase& instance, const char* begin, const char* end);
+    const VnIfcEntityType* typeOf(std::string_view keyword);
+    void readForeign(std::string_view text, std::string_view keyword, const char* open);
+    void readFields(VnIfcEntityBase& instance, const char* begin, const char* end);
     void keep(VnIfcEntityBase& instance);
     void remark(SpfRemark::Kind kind, const char* begin, const char* end);
 
     VnIfcModel::Data& m_data;
-    VnIfcArena& m_arena;
     VnIfcInstanceSlot* m_slot = nullptr;
     const VnIfcEntityType* m_type = nullptr;
     KeptParameters m_current;
     SpfFieldWriter m_writer;
+    std::array<const VnIfcEntityType*, 256> m_types{};  // those looked up last
     std::vector<SpfRemark> m_remarks;
     std::vector<std::pair<VnIfcInstanceSlot*, KeptParameters>> m_kept;
 };

@@ -7,6 +7,8 @@
 #include <VnIfcCore/VnIfcSchema.h>
 
 #include <algorithm>
+#include <atomic>
+#include <iterator>
 
 namespace VN_SDAI {
 
@@ -18,7 +20,7 @@ constexpr std::size_t kBlock = 2048;
 /// Reads one exchange file into one empty model.
 class Loader {
 public:
-    Loader(VnIfcModel& model, const SpfInput& input, const VnIfcReadOptions& options, VnIfcFileResult& result)
+    Loader(VnIfcModel& model, SpfInput& input, const VnIfcReadOptions& options, VnIfcFileResult& result)
         : m_model(model),
           m_data(model.data()),
           m_input(input),
@@ -32,6 +34,8 @@ public:
             return;
         }
         m_data.header = std::move(m_structure.header);
+        std::ranges::stable_sort(m_structure.findings, {}, &SpfFinding::begin);
+        checkSchema();
         makeSlots();
         if (!readInstances()) {
             m_model.clear();
@@ -39,63 +43,97 @@ public:
             m_result.message = "cancelled";
             return;
         }
-        m_data.count = m_slots.size();
-        finish();
+        report();
+        reportFindings(nullptr);
+        m_data.count = m_structure.instances.size();
+        for (const auto& reader : m_readers)
+            for (auto& [slot, kept] : reader->kept()) m_data.kept.emplace(slot, std::move(kept));
         if (m_options.inverses) m_model.setInverseCounterParts();
     }
 
 private:
+    struct Block {
+        std::vector<SpfRemark> remarks;
+        std::atomic<bool> done = false;
+    };
+
+    /// Gives each instance its slot. The first instance of a number has it; later ones, and those whose number does not
+    /// fit, are kept under numbers that nobody uses.
     void makeSlots() {
-        const std::vector<SpfInstance>& instances = m_structure.instances;
+        auto& instances = m_structure.instances;
+        m_blocks = std::vector<Block>((instances.size() + kBlock - 1) / kBlock);
         m_data.slots.reserve(instances.size(), m_structure.largestNumber);
-        m_slots.reserve(instances.size());
         std::vector<std::size_t> homeless;
         for (std::size_t i = 0; i < instances.size(); ++i) {
             const std::uint64_t number = instances[i].number;
-            const bool taken = number == 0 || m_data.slots.find(number);
-            if (taken) homeless.push_back(i);
-            m_slots.push_back(taken ? nullptr : m_data.slotForInstance(number));
+            if (number == 0 || m_data.slots.find(number)) homeless.push_back(i);
+            else setSlot(i, m_data.slotForInstance(number));
         }
-        // The first instance of a number has it; later ones are kept under numbers that nobody uses.
         for (const std::size_t i : homeless) {
-            const std::uint64_t before = instances[i].number;
-            m_slots[i] = m_data.slotForInstance(m_data.nextNumber());
-            SpfRemark remark{before ? SpfRemark::kDuplicate : SpfRemark::kRenumbered};
-            remark.number = m_slots[i]->number;
-            remark.begin = instances[i].begin;
-            m_remarks.push_back(remark);
+            const bool isDuplicate = instances[i].number != 0;
+            setSlot(i, m_data.slotForInstance(m_data.nextNumber()));
+            SpfRemark remark{isDuplicate ? SpfRemark::kDuplicate : SpfRemark::kRenumbered};
+            remark.number = slotOf(i)->number;
+            remark.begin = m_structure.textOf(instances[i]).data();
+            m_blocks[i / kBlock].remarks.push_back(remark);
         }
+    }
+
+    // From here on a record's number is in its slot, and the record holds the slot.
+    void setSlot(std::size_t i, VnIfcInstanceSlot* slot) noexcept {
+        m_structure.instances[i].number = reinterpret_cast<std::uintptr_t>(slot);
+    }
+    VnIfcInstanceSlot* slotOf(std::size_t i) const noexcept {
+        return reinterpret_cast<VnIfcInstanceSlot*>(static_cast<std::uintptr_t>(m_structure.instances[i].number));
     }
 
     bool readInstances() {
-        const std::vector<SpfInstance>& instances = m_structure.instances;
-        const std::size_t blocks = (instances.size() + kBlock - 1) / kBlock;
-        const unsigned threads = threadsFor(m_options.threads, blocks);
+        const unsigned threads = threadsFor(m_options.threads, m_blocks.size());
         for (unsigned i = 0; i < threads; ++i) {
             m_data.arenas.push_back(std::make_unique<VnIfcArena>());
-            m_readers.push_back(std::make_unique<SpfInstanceReader>(m_data, *m_data.arenas.back()));
+            m_readers.push_back(std::make_unique<SpfInstanceReader>(m_data));
         }
-        return shareWork(blocks, threads, m_options.progress, [&](unsigned worker, std::size_t block) {
-            const std::size_t last = std::min(instances.size(), (block + 1) * kBlock);
-            for (std::size_t i = block * kBlock; i < last; ++i) m_readers[worker]->read(instances[i], m_slots[i]);
+        return shareWork(m_blocks.size(), threads, m_options.progress, [&](unsigned worker, std::size_t block) {
+            readBlock(*m_readers[worker], *m_data.arenas[worker], block);
+            if (worker == 0) report();
         });
     }
 
-    void finish() {
-        for (const auto& reader : m_readers) {
-            std::ranges::move(reader->remarks(), std::back_inserter(m_remarks));
-            for (auto& [slot, kept] : reader->kept()) m_data.kept.emplace(slot, std::move(kept));
+    void readBlock(SpfInstanceReader& reader, VnIfcArena& arena, std::size_t block) {
+        const VnIfcArenaScope scope(arena);
+        const std::size_t last = std::min(m_structure.instances.size(), (block + 1) * kBlock);
+        for (std::size_t i = block * kBlock; i < last; ++i) reader.read(m_structure.textOf(m_structure.instances[i]), slotOf(i));
+        std::vector<SpfRemark>& remarks = m_blocks[block].remarks;
+        std::ranges::move(reader.remarks(), std::back_inserter(remarks));
+        reader.remarks().clear();
+        std::ranges::stable_sort(remarks, {}, &SpfRemark::begin);
+        m_blocks[block].done.store(true, std::memory_order_release);
+    }
+
+    /// Reports what is known up to the first block that is not done, in the order of the text, whose part before is then
+    /// given back. Called by the first worker only.
+    void report() {
+        for (; m_reported < m_blocks.size() && m_blocks[m_reported].done.load(std::memory_order_acquire); ++m_reported) {
+            std::vector<SpfRemark>& remarks = m_blocks[m_reported].remarks;
+            for (const SpfRemark& remark : remarks) {
+                reportFindings(remark.begin);
+                m_diagnostics.report(remark);
+            }
+            remarks = {};
         }
-        std::ranges::stable_sort(m_remarks, {}, &SpfRemark::begin);
-        std::ranges::stable_sort(m_structure.findings, {}, &SpfFinding::begin);
-        checkSchema();
-        auto finding = m_structure.findings.begin();
-        for (const SpfRemark& remark : m_remarks) {
-            for (; finding != m_structure.findings.end() && finding->begin <= remark.begin; ++finding)
-                m_diagnostics.report(*finding);
-            m_diagnostics.report(remark);
-        }
-        for (; finding != m_structure.findings.end(); ++finding) m_diagnostics.report(*finding);
+        const std::size_t next = m_reported * kBlock;
+        if (next >= m_structure.instances.size()) return;
+        const char* const position = m_structure.textOf(m_structure.instances[next]).data();
+        reportFindings(position);
+        m_diagnostics.pass(position);
+        m_input.release(position);
+    }
+
+    /// Reports the findings up to a position of the text; null stands for its end.
+    void reportFindings(const char* position) {
+        const auto& findings = m_structure.findings;
+        for (; m_finding < findings.size() && (!position || findings[m_finding].begin <= position); ++m_finding)
+            m_diagnostics.report(findings[m_finding]);
     }
 
     void checkSchema() {
@@ -114,14 +152,15 @@ private:
 
     VnIfcModel& m_model;
     VnIfcModel::Data& m_data;
-    const SpfInput& m_input;
+    SpfInput& m_input;
     const VnIfcReadOptions& m_options;
     VnIfcFileResult& m_result;
     SpfDiagnostics m_diagnostics;
     SpfStructure m_structure;
-    std::vector<VnIfcInstanceSlot*> m_slots;
     std::vector<std::unique_ptr<SpfInstanceReader>> m_readers;
-    std::vector<SpfRemark> m_remarks;
+    std::vector<Block> m_blocks;
+    std::size_t m_reported = 0;  // blocks
+    std::size_t m_finding = 0;   // the next one to report
 };
 
 bool refuseUsedModel(const VnIfcModel& model, VnIfcFileResult& result) {

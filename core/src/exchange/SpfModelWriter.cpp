@@ -100,7 +100,7 @@ template <class Sink>
 bool writeModel(const VnIfcModel& model, const VnIfcWriteOptions& options, Sink sink) {
     std::vector<const VnIfcInstanceSlot*> slots;
     slots.reserve(model.count());
-    for (const VnIfcInstanceSlot* slot : model.data().slots.ordered())
+    for (const VnIfcInstanceSlot* slot : model.data().ordered())
         if (slot->object() && !slot->has(VnIfcInstanceSlot::kErased)) slots.push_back(slot);
     if (!sink(headerText(model))) return false;
     const std::size_t blocks = (slots.size() + kBlock - 1) / kBlock;

@@ -46,12 +46,6 @@ const char* scanExponent(const char* p, int& exponent) noexcept {
 
 void VnSpfReadHelper::skipBlanks() noexcept { next = spf::skipBlanks(next, end); }
 
-bool VnSpfReadHelper::skipUntilRet(char character) {
-    if (peek() != character || next >= end) return false;
-    ++next;
-    return true;
-}
-
 void VnSpfReadHelper::ignoreParamter(bool before) {
     if (before) return;  // the comma is missing, the parameter itself may still be there
     next = spf::parameterEnd(next, end);
@@ -155,7 +149,7 @@ void VnSpfFilerBase::closeAggregate(bool read) {
     if (!read) failField(m_failed ? m_problem : VnSpfProblem::kWrongKind);
 }
 
-bool VnSpfFilerBase::atDelimiter() noexcept {
+bool VnSpfFilerBase::atDelimiter() const noexcept {
     const char c = *m_helper.next;
     return c == ',' || c == ')' || m_helper.next >= m_helper.end || spf::isBlank(c) || c == '/';
 }
@@ -232,20 +226,32 @@ bool VnSpfFilerBase::readReference(VnDbObjectId& value) {
         m_helper.next = first;
         return false;
     }
-    value = VnDbObjectId(slotOf(number));
+    VnIfcInstanceSlot* slot = number < m_slots.size() ? m_slots[number] : nullptr;
+    value = VnDbObjectId(slot ? slot : slotOf(number));
+    return true;
+}
+
+/// A string in which there is nothing to undouble or to take as a directive, in place.
+bool VnSpfFilerBase::readPlainText(std::string_view& text) noexcept {
+    const char* const open = m_helper.next;
+    const char* const end = m_helper.end;
+    const char* const close = spf::findInString(open + 1, end);
+    if (close >= end || *close != '\'' || close[1] == '\'') return false;
+    text = {open + 1, static_cast<std::size_t>(close - open - 1)};
+    m_helper.next = close + 1;
     return true;
 }
 
 /// Text in memory is what stands in the file, but for doubled apostrophes.
 bool VnSpfFilerBase::readText(VnAnsiString& value) {
+    std::string_view plain;
+    if (readPlainText(plain)) {
+        value = plain;
+        return true;
+    }
     const char* const open = m_helper.next;
     const char* const end = m_helper.end;
     const char* p = spf::findInString(open + 1, end);
-    if (p < end && *p == '\'' && p[1] != '\'') {
-        value = std::string_view(open + 1, static_cast<std::size_t>(p - open - 1));
-        m_helper.next = p + 1;
-        return true;
-    }
     std::size_t doubled = 0;
     while (true) {
         if (p >= end) return false;
@@ -297,11 +303,18 @@ std::string_view VnSpfFilerBase::readLiteral() {
 // ---- attributes ----------------------------------------------------------------------------------------------------------
 
 bool VnSpfFilerBase::rdLimitedString(char* buffer, std::size_t length, bool, bool separated) {
-    VnAnsiString text{VnUnsetText};
-    const bool read = rdVnAnsiString(text, true, separated);
-    if (text.length() > length) misfit(VnSpfProblem::kOutOfRange);
-    const std::size_t taken = std::min<std::size_t>(text.length(), length);
-    std::copy_n(text.constStr(), taken, buffer);
+    std::string_view text = VnUnsetText.text;
+    VnAnsiString special;
+    bool read = false;
+    if (beginField(separated) == Token::kValue) {
+        read = *m_helper.next == '\'';
+        if (read && !readPlainText(text) && (read = readText(special))) text = special.view();
+        if (!read) failField(VnSpfProblem::kWrongKind);
+        else if (text == VnUnsetText.text) failField(VnSpfProblem::kReservedValue);
+        else if (text.size() > length) failField(VnSpfProblem::kOutOfRange);
+    }
+    const std::size_t taken = std::min(text.size(), length);
+    std::copy_n(text.data(), taken, buffer);
     std::fill_n(buffer + taken, length - taken, '\0');
     return read;
 }

@@ -51,6 +51,26 @@ inline const char* findInString(const char* p, const char* end) noexcept {
 #endif
 }
 
+/// The first CR or LF, or `end`.
+inline const char* findLineEnd(const char* p, const char* end) noexcept {
+#if VN_SPF_SSE2
+    const __m128i lf = _mm_set1_epi8('\n');
+    const __m128i cr = _mm_set1_epi8('\r');
+    for (; p < end; p += 16) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        const auto mask =
+            static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(bytes, lf), _mm_cmpeq_epi8(bytes, cr))));
+        if (mask == 0) continue;
+        p += std::countr_zero(mask);
+        return p < end ? p : end;
+    }
+    return end;
+#else
+    while (p < end && *p != '\n' && *p != '\r') ++p;
+    return p;
+#endif
+}
+
 /// Behind the closing apostrophe of the string whose opening one is at `open`; null when it is not closed before `end`.
 inline const char* stringEnd(const char* open, const char* end) noexcept {
     const char* p = open + 1;

@@ -298,12 +298,7 @@ private:
         blank();
         const char* const begin = m_p;
         const char* const end = *m_p == '&' ? scopeEnd(number) : instanceEnd(number);
-        if (hasNumber) {
-            m_structure.instances.push_back({number, begin, end});
-            m_structure.largestNumber = std::max(m_structure.largestNumber, number);
-        } else {
-            m_structure.instances.push_back({kNoNumber, begin, end});
-        }
+        m_structure.add(hasNumber ? number : kNoNumber, begin, end);
     }
 
     /// A scope holds instances of its own (an early edition of the format); it is kept whole.
@@ -393,9 +388,22 @@ private:
 
 }  // namespace
 
+void SpfStructure::add(std::uint64_t number, const char* begin, const char* end) {
+    const auto offset = static_cast<std::uint64_t>(begin - text);
+    const auto length = static_cast<std::uint64_t>(end - begin);
+    largestNumber = std::max(largestNumber, number);
+    if (length < kLargeLength) {
+        instances.push_back({number, length << kOffsetBits | offset});
+    } else {
+        instances.push_back({number, kLargeLength << kOffsetBits | large.size()});
+        large.emplace_back(offset, length);
+    }
+}
+
 bool SpfStructure::scan(const char* begin, const char* end, std::string& reason) {
-    // One allocation for most files; an instance seldom takes less than fifty bytes.
-    instances.reserve(static_cast<std::size_t>(end - begin) / 64 + 16);
+    text = begin;
+    // Room that is not used costs nothing, moving the records would.
+    instances.reserve(static_cast<std::size_t>(end - begin) / 16 + 16);
     return Scanner(*this, begin, end).scan(reason);
 }
 

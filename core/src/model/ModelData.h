@@ -28,6 +28,8 @@ struct VnIfcModel::Data {
         model->adopt(slot, instance, inArena);
     }
     void destroyInstances() noexcept;
+    /// All slots in ascending order of numbers. Several threads may read a model at once, hence the lock.
+    const std::vector<VnIfcInstanceSlot*>& ordered();
 
     VnIfcModel* model;
     const VnIfcSchema* schema;
@@ -37,6 +39,7 @@ struct VnIfcModel::Data {
     std::uint64_t firstFree = 1;
     std::vector<std::unique_ptr<VnIfcArena>> arenas;
 
+    std::mutex orderMutex;
     std::mutex danglingMutex;
     SlotTable dangling{model};
     std::unordered_map<const VnIfcInstanceSlot*, KeptParameters> kept;

@@ -25,15 +25,20 @@ VnIfcModel* SlotTable::modelOf(const VnIfcInstanceSlot* slot) noexcept {
     return reinterpret_cast<const PageHead*>(address & ~(std::uintptr_t{kPageSize} - 1))->model;
 }
 
+// Blocks grow with the table, so that small models stay small; each loses up to a page to alignment.
+void SlotTable::newBlock() {
+    const std::size_t pages = std::size_t{1} << std::min<std::size_t>(m_blocks.size(), 9);
+    PageMemory memory((pages + 1) * kPageSize);
+    const auto address = reinterpret_cast<std::uintptr_t>(memory.data());
+    char* const first = memory.data() + ((kPageSize - address % kPageSize) % kPageSize);
+    m_nextPage = first;
+    m_blockEnd = first + pages * kPageSize;
+    m_blocks.push_back({std::move(memory), first, pages});
+}
+
 VnIfcInstanceSlot* SlotTable::newSlot() {
     if (m_next == m_pageEnd) {
-        if (m_nextPage == m_blockEnd) {
-            // Blocks of several pages, because each block loses up to a page to alignment.
-            const std::size_t pages = std::min<std::size_t>(std::size_t{1} << std::min<std::size_t>(m_blocks.size(), 6), 64);
-            m_blocks.emplace_back(static_cast<char*>(::operator new(pages * kPageSize, std::align_val_t(kPageSize))));
-            m_nextPage = m_blocks.back().get();
-            m_blockEnd = m_nextPage + pages * kPageSize;
-        }
+        if (m_nextPage == m_blockEnd) newBlock();
         new (m_nextPage) PageHead{m_model, 0};
         m_next = reinterpret_cast<VnIfcInstanceSlot*>(m_nextPage + sizeof(PageHead));
         m_nextPage += kPageSize;
@@ -43,28 +48,28 @@ VnIfcInstanceSlot* SlotTable::newSlot() {
 }
 
 void SlotTable::reserve(std::size_t count, std::uint64_t largest) {
-    m_slots.reserve(m_slots.size() + count);
-    if (largest < denseLimit(m_slots.size() + count)) {
-        if (m_dense.size() <= largest && m_slots.empty()) m_dense.resize(static_cast<std::size_t>(largest) + 1);
-    } else {
-        rehash(2 * (m_hashedCount + count));
-    }
+    if (largest >= denseLimit(m_count + count)) return rehash(2 * (m_hashedCount + count));
+    if (m_count == 0 && m_dense.size() <= largest) m_dense.resize(static_cast<std::size_t>(largest) + 1);
 }
 
 VnIfcInstanceSlot* SlotTable::insert(std::uint64_t number) {
-    VnIfcInstanceSlot* slot = newSlot();
-    slot->number = number;
-    if (number >= m_dense.size() && number < denseLimit(m_slots.size())) {
+    if (number >= m_dense.size() && number < denseLimit(m_count)) {
         const std::size_t before = m_dense.size();
         m_dense.resize(std::max<std::size_t>(static_cast<std::size_t>(number) + 1, before + before / 2));
-        for (VnIfcInstanceSlot* other : m_slots)
-            if (other->number >= before && other->number < m_dense.size()) m_dense[other->number] = other;
+        if (m_hashedCount > 0) {
+            forEachSlot([&](VnIfcInstanceSlot* other) {
+                if (other->number >= before && other->number < m_dense.size()) m_dense[other->number] = other;
+            });
+        }
     }
+    VnIfcInstanceSlot* slot = newSlot();
+    slot->number = number;
     if (number < m_dense.size()) m_dense[number] = slot;
     else insertHashed(slot);
-    if (!m_slots.empty() && number < m_slots.back()->number) m_sorted = false;
     m_largest = std::max(m_largest, number);
-    m_slots.push_back(slot);
+    // An order that was asked for stays good as long as new instances come last.
+    if (m_ordered.size() == m_count && !m_ordered.empty() && number > m_ordered.back()->number) m_ordered.push_back(slot);
+    ++m_count;
     return slot;
 }
 
@@ -88,7 +93,7 @@ void SlotTable::rehash(std::size_t capacity) {
     std::size_t size = 16;
     while (size < capacity) size *= 2;
     if (size <= m_hashed.size()) return;
-    std::vector<VnIfcInstanceSlot*> before(size);
+    Slots before(size);
     before.swap(m_hashed);
     m_hashedCount = 0;
     for (VnIfcInstanceSlot* slot : before)
@@ -96,14 +101,13 @@ void SlotTable::rehash(std::size_t capacity) {
 }
 
 const std::vector<VnIfcInstanceSlot*>& SlotTable::ordered() {
-    if (!m_sorted) std::sort(m_slots.begin(), m_slots.end(), byNumber);
-    m_sorted = true;
-    return m_slots;
-}
-
-void SlotTable::clear() noexcept {
-    SlotTable empty(m_model);
-    *this = std::move(empty);
+    if (m_ordered.size() == m_count) return m_ordered;
+    m_ordered.clear();
+    m_ordered.reserve(m_count);
+    forEachSlot([&](VnIfcInstanceSlot* slot) { m_ordered.push_back(slot); });
+    if (!std::is_sorted(m_ordered.begin(), m_ordered.end(), byNumber))
+        std::sort(m_ordered.begin(), m_ordered.end(), byNumber);
+    return m_ordered;
 }
 
 }  // namespace VN_SDAI

@@ -1,9 +1,10 @@
 #pragma once
 #include <VnIfcCore/VnDbObjectId.h>
 
+#include "../base/PageMemory.h"
+
 #include <cstdint>
-#include <memory>
-#include <new>
+#include <span>
 #include <vector>
 
 namespace VN_SDAI {
@@ -24,9 +25,13 @@ public:
     VnIfcInstanceSlot* insert(std::uint64_t number);
     /// All slots in ascending order of numbers.
     const std::vector<VnIfcInstanceSlot*>& ordered();
+    /// Calls `visit` for all slots in the order in which they were made.
+    template <class Visit>
+    void forEachSlot(Visit visit) const;
     std::uint64_t largest() const noexcept { return m_largest; }
-    std::size_t size() const noexcept { return m_slots.size(); }
-    void clear() noexcept;
+    std::size_t size() const noexcept { return m_count; }
+    /// The vector that dense numbers index, for readers that look up many.
+    std::span<VnIfcInstanceSlot* const> dense() const noexcept { return m_dense; }
 
     static VnIfcModel* modelOf(const VnIfcInstanceSlot* slot) noexcept;
 
@@ -37,28 +42,49 @@ private:
         VnIfcModel* model;
         std::uint64_t padding;
     };
-    struct BlockDeleter {
-        void operator()(char* block) const noexcept { ::operator delete(block, std::align_val_t(kPageSize)); }
+    /// Several pages at once; the first aligned one begins at `pages`.
+    struct Block {
+        PageMemory memory;
+        char* pages;
+        std::size_t count;
     };
+    using Slots = std::vector<VnIfcInstanceSlot*, PageAllocator<VnIfcInstanceSlot*>>;
 
     VnIfcInstanceSlot* newSlot();
     VnIfcInstanceSlot* findHashed(std::uint64_t number) const noexcept;
     void insertHashed(VnIfcInstanceSlot* slot);
     void rehash(std::size_t capacity);
 
+    void newBlock();
+
     VnIfcModel* m_model;
-    std::vector<std::unique_ptr<char, BlockDeleter>> m_blocks;
+    std::vector<Block> m_blocks;
     VnIfcInstanceSlot* m_next = nullptr;
     VnIfcInstanceSlot* m_pageEnd = nullptr;
     char* m_nextPage = nullptr;
     char* m_blockEnd = nullptr;
 
-    std::vector<VnIfcInstanceSlot*> m_slots;
-    bool m_sorted = true;
+    std::size_t m_count = 0;
     std::uint64_t m_largest = 0;
-    std::vector<VnIfcInstanceSlot*> m_dense;
-    std::vector<VnIfcInstanceSlot*> m_hashed;
+    Slots m_dense;
+    Slots m_hashed;
     std::size_t m_hashedCount = 0;
+    std::vector<VnIfcInstanceSlot*> m_ordered;  // of the first slots made, when somebody asked last
 };
+
+template <class Visit>
+void SlotTable::forEachSlot(Visit visit) const {
+    for (const Block& block : m_blocks) {
+        for (std::size_t i = 0; i < block.count; ++i) {
+            char* const page = block.pages + i * kPageSize;
+            auto* slot = reinterpret_cast<VnIfcInstanceSlot*>(page + sizeof(PageHead));
+            auto* const end = reinterpret_cast<VnIfcInstanceSlot*>(page + kPageSize);
+            for (; slot < end; ++slot) {
+                if (slot == m_next) return;
+                visit(slot);
+            }
+        }
+    }
+}
 
 }  // namespace VN_SDAI

@@ -29,12 +29,17 @@ std::uint64_t VnIfcModel::Data::nextNumber() noexcept {
 }
 
 void VnIfcModel::Data::destroyInstances() noexcept {
-    for (VnIfcInstanceSlot* slot : slots.ordered()) {
+    slots.forEachSlot([](const VnIfcInstanceSlot* slot) {
         VnIfcEntityBase* instance = slot->object();
-        if (!instance) continue;
+        if (!instance) return;
         if (slot->has(VnIfcInstanceSlot::kInArena)) instance->~VnIfcEntityBase();
         else delete instance;
-    }
+    });
+}
+
+const std::vector<VnIfcInstanceSlot*>& VnIfcModel::Data::ordered() {
+    const std::lock_guard lock(orderMutex);
+    return slots.ordered();
 }
 
 // ---- Life ------------------------------------------------------------------------------------------------------------------
@@ -87,7 +92,7 @@ VnDbObjectId VnIfcModel::find(std::uint64_t number) const noexcept {
 }
 
 VnDbObjectId VnIfcModel::findByGlobalId(const VnIfcGUID& globalId) const {
-    for (VnIfcInstanceSlot* slot : m_data->slots.ordered()) {
+    for (VnIfcInstanceSlot* slot : m_data->ordered()) {
         const VnIfcEntityBase* instance = VnDbObjectId(slot).openObject();
         const VnIfcGUID* own = instance ? instance->globalId() : nullptr;
         if (own && *own == globalId) return VnDbObjectId(slot);
@@ -97,9 +102,9 @@ VnDbObjectId VnIfcModel::findByGlobalId(const VnIfcGUID& globalId) const {
 
 void VnIfcModel::forEach(const std::function<void(VnIfcEntityBase&)>& visit) const {
     // By index, because visitors may create instances, which move the vector or come behind the last one.
-    const std::size_t count = m_data->slots.ordered().size();
+    const std::size_t count = m_data->ordered().size();
     for (std::size_t i = 0; i < count; ++i)
-        if (VnIfcEntityBase* instance = VnDbObjectId(m_data->slots.ordered()[i]).openObject()) visit(*instance);
+        if (VnIfcEntityBase* instance = VnDbObjectId(m_data->ordered()[i]).openObject()) visit(*instance);
 }
 
 void VnIfcModel::forEach(const VnIfcEntityType* type, bool withSubtypes,

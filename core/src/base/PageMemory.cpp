@@ -1,0 +1,69 @@
+#include "PageMemory.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+
+#if !defined(_WIN32)
+#include <sys/mman.h>
+#endif
+
+namespace VN_SDAI {
+
+#if defined(__linux__)
+
+char* pages::map(std::size_t size) {
+    void* memory = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED) throw std::bad_alloc();
+    ::madvise(memory, size, MADV_HUGEPAGE);  // a wish; without it all is the same, only slower
+    return static_cast<char*>(memory);
+}
+
+void pages::unmap(char* memory, std::size_t size) noexcept {
+    if (memory) ::munmap(memory, size);
+}
+
+void PageMemory::discard(const char* from, const char* to) noexcept {
+    constexpr std::uintptr_t kPage = 2 * 1024 * 1024;
+    const auto base = reinterpret_cast<std::uintptr_t>(m_data);
+    const std::uintptr_t first = std::max(base, (reinterpret_cast<std::uintptr_t>(from) + kPage - 1) & ~(kPage - 1));
+    const std::uintptr_t last = reinterpret_cast<std::uintptr_t>(to) & ~(kPage - 1);
+    if (first < last) ::madvise(reinterpret_cast<void*>(first), last - first, MADV_DONTNEED);
+}
+
+void PageMemory::grow(std::size_t size) {
+    if (!m_data) {
+        *this = PageMemory(size);
+        return;
+    }
+    void* memory = ::mremap(m_data, m_size, size, MREMAP_MAYMOVE);
+    if (memory == MAP_FAILED) throw std::bad_alloc();
+    m_data = static_cast<char*>(memory);
+    m_size = size;
+}
+
+#else
+
+char* pages::map(std::size_t size) {
+    void* memory = std::calloc(size, 1);
+    if (!memory) throw std::bad_alloc();
+    return static_cast<char*>(memory);
+}
+
+void pages::unmap(char* memory, std::size_t) noexcept { std::free(memory); }
+
+void PageMemory::discard(const char*, const char*) noexcept {}
+
+void PageMemory::grow(std::size_t size) {
+    PageMemory larger(size);
+    std::copy_n(m_data, m_size, larger.m_data);
+    *this = std::move(larger);
+}
+
+#endif
+
+PageMemory::PageMemory(std::size_t size) : m_data(pages::map(size)), m_size(size) {}
+
+PageMemory::~PageMemory() { pages::unmap(m_data, m_size); }
+
+}  // namespace VN_SDAI
