@@ -1,5 +1,6 @@
 #pragma once
 #include "SpfInstanceReader.h"
+#include "SpfStructure.h"
 
 #include <string>
 

@@ -7,22 +7,6 @@
 
 namespace VN_SDAI {
 
-void SpfFieldWriter::write(const VnIfcEntityBase& instance) {
-    clearOutput();
-    m_starts.clear();
-    m_watched = true;
-    instance._outFields(this);
-}
-
-std::string_view SpfFieldWriter::parameter(unsigned position) const noexcept {
-    if (position >= m_starts.size()) return {};
-    const std::string_view all = output();
-    const std::size_t end = position + 1 < m_starts.size() ? m_starts[position + 1] : all.size();
-    // Each field but the first begins with the comma that separates it.
-    const std::size_t begin = m_starts[position] + (position > 0 ? 1 : 0);
-    return begin <= end ? all.substr(begin, end - begin) : std::string_view();
-}
-
 void SpfInstanceReader::remark(SpfRemark::Kind kind, const char* begin, const char* end) {
     m_remarks.push_back({kind, VnSpfProblem::kNone, m_position, m_slot->number, m_type, begin, end});
 }
@@ -60,7 +44,7 @@ void SpfInstanceReader::read(std::string_view text, VnIfcInstanceSlot* slot) {
     m_type = typeOf(keyword);
     if (!m_type) return readForeign(text, keyword, open);
     VnIfcEntityBase* object = m_type->create();
-    m_data.place(slot, object, true);
+    m_data.place(slot, object, VnIfcArenaScope::current() != nullptr);
     readFields(*object, open + 1, end);
 }
 
@@ -100,8 +84,8 @@ void SpfInstanceReader::readForeign(std::string_view text, std::string_view keyw
                 : text;
     remark(!hasList ? SpfRemark::kNoKeyword : keyword.empty() ? SpfRemark::kComplex : SpfRemark::kUnknownKeyword,
            text.data(), open);
-    m_data.place(m_slot, new VnIfcForeignInstance(hasList ? VnAnsiString(keyword) : VnAnsiString(), parameters, hasList),
-                 true);
+    auto* object = new VnIfcForeignInstance(hasList ? VnAnsiString(keyword) : VnAnsiString(), parameters, hasList);
+    m_data.place(m_slot, object, VnIfcArenaScope::current() != nullptr);
 }
 
 void SpfInstanceReader::onMisfit(unsigned position, VnSpfProblem problem, const char* begin, const char* end) {

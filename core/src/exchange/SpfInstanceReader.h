@@ -1,7 +1,5 @@
 #pragma once
-#include "SpfStructure.h"
-
-#include "../model/ModelData.h"
+#include "SpfInstanceWriter.h"
 
 #include <VnIfcCore/VnSpfFilerBase.h>
 
@@ -35,30 +33,16 @@ struct SpfRemark {
     const char* end = nullptr;
 };
 
-/// Writes single parameters into memory, and says where each begins.
-class SpfFieldWriter final : public VnSpfFilerBase {
-public:
-    /// Writes the parameter list of an instance.
-    void write(const VnIfcEntityBase& instance);
-    /// The text of a position of the list written last; empty beyond its end.
-    std::string_view parameter(unsigned position) const noexcept;
-    unsigned count() const noexcept { return static_cast<unsigned>(m_starts.size()); }
-
-protected:
-    VnIfcInstanceSlot* slotOf(std::uint64_t) override { return nullptr; }
-    void watchField(unsigned) override { m_starts.push_back(output().size()); }
-
-private:
-    std::vector<std::size_t> m_starts;
-};
-
 /// Makes instances of a range of a file's instances and reads their parameters. Several readers may work at once on
 /// disjoint instances of one model; each has an arena, remarks and kept texts of its own.
 class SpfInstanceReader final : public VnSpfFilerBase {
 public:
-    explicit SpfInstanceReader(VnIfcModel::Data& data) noexcept : m_data(data) { lookUpIn(data.slots.dense()); }
+    explicit SpfInstanceReader(VnIfcModel::Data& data) noexcept : m_data(data) {}
+    /// Lets references be looked up faster; no slot may be made any more.
+    void slotsAreMade() noexcept { lookUpIn(m_data.slots.dense()); }
 
-    /// Makes the instance of a slot from what stands behind its "=". Call it within the scope of an arena.
+    /// Makes the instance of a slot from what stands behind its "=". Within the scope of an arena the
+    /// instance lives there.
     void read(std::string_view text, VnIfcInstanceSlot* slot);
 
     std::vector<SpfRemark>& remarks() noexcept { return m_remarks; }

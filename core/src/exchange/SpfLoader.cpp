@@ -92,6 +92,7 @@ private:
         for (unsigned i = 0; i < threads; ++i) {
             m_data.arenas.push_back(std::make_unique<VnIfcArena>());
             m_readers.push_back(std::make_unique<SpfInstanceReader>(m_data));
+            m_readers.back()->slotsAreMade();
         }
         return shareWork(m_blocks.size(), threads, m_options.progress, [&](unsigned worker, std::size_t block) {
             readBlock(*m_readers[worker], *m_data.arenas[worker], block);

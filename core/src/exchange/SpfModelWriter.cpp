@@ -1,7 +1,6 @@
-#include "SpfInstanceReader.h"
+#include "SpfInstanceWriter.h"
 #include "WorkSharing.h"
 
-#include <VnIfcCore/VnIfcEntityType.h>
 #include <VnIfcCore/VnIfcSchema.h>
 
 #include <cerrno>
@@ -22,66 +21,6 @@ namespace VN_SDAI {
 namespace {
 
 constexpr std::size_t kBlock = 4096;
-
-/// Writes instances into memory.
-class InstanceWriter final : public VnSpfFilerBase {
-public:
-    explicit InstanceWriter(const VnIfcModel::Data& data) noexcept : m_data(data) {}
-
-    void write(const VnIfcInstanceSlot* slot) {
-        const VnIfcEntityBase* instance = slot->object();
-        wrChar('#');
-        writeNumber(slot->number);
-        wrChar('=');
-        const VnIfcEntityType* type = instance->getInstanceType();
-        if (!type) {
-            writeForeign(*dynamic_cast<const VnIfcForeignInstance*>(instance));
-        } else {
-            VnSpfFilerBase::write(type->name());
-            wrChar('(');
-            if (slot->has(VnIfcInstanceSlot::kHasKept)) writeWithKept(*instance, m_data.kept.at(slot));
-            else instance->_outFields(this);
-            wrChar(')');
-        }
-        VnSpfFilerBase::write(";\n");
-    }
-    std::string_view text() const noexcept { return output(); }
-    void clear() noexcept { clearOutput(); }
-
-protected:
-    VnIfcInstanceSlot* slotOf(std::uint64_t) override { return nullptr; }
-
-private:
-    void writeForeign(const VnIfcForeignInstance& instance) {
-        VnSpfFilerBase::write(instance.keyword().view());
-        if (instance.isList()) wrChar('(');
-        VnSpfFilerBase::write(instance.parameters().view());
-        if (instance.isList()) wrChar(')');
-    }
-
-    /// Puts the texts that were kept from the file in place of what the instance writes where nobody has changed it.
-    void writeWithKept(const VnIfcEntityBase& instance, const KeptParameters& kept) {
-        m_fields.write(instance);
-        unsigned count = m_fields.count();
-        while (kept.absentFrom && count > *kept.absentFrom && isUnset(m_fields.parameter(count - 1))) --count;
-        for (unsigned position = 0; position < count; ++position) {
-            if (position > 0) wrChar(',');
-            const std::string_view written = m_fields.parameter(position);
-            const KeptParameters::Parameter* parameter = kept.find(position);
-            VnSpfFilerBase::write(parameter && parameter->writtenAs == written ? std::string_view(parameter->text) : written);
-        }
-        if (kept.surplus.empty()) return;
-        if (count > 0) wrChar(',');
-        VnSpfFilerBase::write(kept.surplus);
-    }
-
-    static bool isUnset(std::string_view text) noexcept {
-        return text == "$" || text == "()" || text == "*" || text == "\"\"";
-    }
-
-    const VnIfcModel::Data& m_data;
-    SpfFieldWriter m_fields;
-};
 
 std::string headerText(const VnIfcModel& model) {
     std::string text = "ISO-10303-21;\nHEADER;\n";
@@ -105,13 +44,13 @@ bool writeModel(const VnIfcModel& model, const VnIfcWriteOptions& options, Sink 
     if (!sink(headerText(model))) return false;
     const std::size_t blocks = (slots.size() + kBlock - 1) / kBlock;
     const unsigned threads = threadsFor(options.threads, blocks);
-    std::vector<std::unique_ptr<InstanceWriter>> writers;
-    for (unsigned i = 0; i < threads; ++i) writers.push_back(std::make_unique<InstanceWriter>(model.data()));
+    std::vector<std::unique_ptr<SpfInstanceWriter>> writers;
+    for (unsigned i = 0; i < threads; ++i) writers.push_back(std::make_unique<SpfInstanceWriter>(model.data()));
     // A round formats one block per thread, then the blocks go out in order.
     for (std::size_t first = 0; first < blocks; first += threads) {
         const std::size_t round = std::min<std::size_t>(threads, blocks - first);
         shareWork(round, static_cast<unsigned>(round), {}, [&](unsigned, std::size_t block) {
-            InstanceWriter& writer = *writers[block];
+            SpfInstanceWriter& writer = *writers[block];
             writer.clear();
             const std::size_t last = std::min(slots.size(), (first + block + 1) * kBlock);
             for (std::size_t i = (first + block) * kBlock; i < last; ++i) writer.write(slots[i]);
