@@ -29,9 +29,10 @@ void printRow(std::string_view label, const std::string& value) { fmt::print("{:
 
 void printHeader(const VN_SDAI::VnIfcHeader& header) {
     for (const HeaderField& field : kHeaderFields) {
-        const std::string value = fmt::format("{}", fmt::join(header.strings(field.keyword, field.index), ", "));
-        if (!value.empty())
-            printRow(field.label, printable(value));
+        std::vector<std::string> values = header.strings(field.keyword, field.index);
+        std::erase(values, ""); // how a list says that there is nothing to say
+        if (!values.empty())
+            printRow(field.label, printable(fmt::format("{}", fmt::join(values, ", "))));
     }
 }
 

@@ -98,8 +98,8 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
     try {
         const int exitCode = vnifc::run(argc, argv);
-        // A full disk shows when the last of the output goes there.
-        if (std::fflush(stdout) == 0)
+        // A full disk may not show before the last of the output goes there.
+        if (std::fflush(stdout) == 0 && !std::ferror(stdout))
             return exitCode;
         vnifc::say("vnifc: cannot write standard output");
     } catch (const vnifc::Failure& failure) {

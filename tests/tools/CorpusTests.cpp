@@ -1,0 +1,71 @@
+#include "Process.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <cstdlib>
+#include <fstream>
+#include <regex>
+
+namespace vnifc::test {
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+/// Files of other programs, which are not part of this project.
+fs::path corpus() {
+    const char* place = std::getenv("VNIFC_CORPUS");
+    return place ? fs::path(place) : fs::path(VNIFC_TEST_DATA "/../../../shared/corpus");
+}
+
+/// What a file is known to hold.
+struct Known {
+    fs::path file;
+    std::uint64_t instances;
+    std::uint64_t types;
+};
+
+std::vector<Known> knownFiles() {
+    static const std::regex row("(\\S+)\t.*, (\\d+) instances of (\\d+) classes.*");
+    std::vector<Known> known;
+    std::ifstream index(corpus() / "INDEX.tsv");
+    std::smatch match;
+    for (std::string line; std::getline(index, line);)
+        if (std::regex_match(line, match, row))
+            known.push_back({corpus() / match.str(1), std::stoull(match.str(2)), std::stoull(match.str(3))});
+    return known;
+}
+
+json infoOf(const fs::path& file) {
+    const Outcome outcome = runTool({"info", "--json", "--quiet", file.string()});
+    const json info = json::parse(outcome.out);
+    EXPECT_EQ(outcome.exitCode, info["diagnostics"]["error"] == 0 ? 0 : 1);
+    return info;
+}
+
+TEST(Corpus, EveryInstanceIsReadAndWritten) {
+    if (!fs::exists(corpus()))
+        GTEST_SKIP() << "no files of other programs here";
+    const std::vector<Known> files = knownFiles();
+    ASSERT_FALSE(files.empty());
+    const fs::path copy = scratch() / "copy.ifc";
+    const fs::path copyOfCopy = scratch() / "copy2.ifc";
+    for (const Known& known : files) {
+        SCOPED_TRACE(known.file.filename());
+        const json info = infoOf(known.file);
+        EXPECT_EQ(info["instances"], known.instances);
+        EXPECT_EQ(info["types"].size(), known.types);
+
+        const int errors = info["diagnostics"]["error"] == 0 ? 0 : 1;
+        EXPECT_EQ(runTool({"rewrite", "--threads", "3", known.file.string(), copy.string()}).exitCode, errors);
+        EXPECT_EQ(infoOf(copy)["types"], info["types"]);
+        runTool({"rewrite", "--threads", "1", copy.string(), copyOfCopy.string()});
+        EXPECT_EQ(contentOf(copy), contentOf(copyOfCopy));
+    }
+}
+
+} // namespace
+
+} // namespace vnifc::test

@@ -1,0 +1,81 @@
+#include "Process.h"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+namespace fs = std::filesystem;
+
+namespace vnifc::test {
+
+namespace {
+
+struct ScratchDirectory {
+    fs::path path = fs::temp_directory_path() / ("vnifc-tests-" + std::to_string(::getpid()));
+
+    ScratchDirectory() { fs::create_directories(path); }
+    ~ScratchDirectory() {
+        std::error_code ignored;
+        fs::remove_all(path, ignored);
+    }
+};
+
+int waitFor(pid_t process) {
+    int status = 0;
+    if (::waitpid(process, &status, 0) != process)
+        throw std::runtime_error("the tool is gone");
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+} // namespace
+
+const fs::path& scratch() {
+    static const ScratchDirectory directory;
+    return directory.path;
+}
+
+Outcome runTool(const std::vector<std::string>& arguments, const Streams& streams) {
+    const fs::path out = streams.out.empty() ? scratch() / "stdout" : streams.out;
+    const fs::path err = scratch() / "stderr";
+    std::vector<char*> argv{const_cast<char*>(VNIFC_TOOL)};
+    for (const std::string& argument : arguments)
+        argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t files;
+    ::posix_spawn_file_actions_init(&files);
+    ::posix_spawn_file_actions_addopen(&files, 0, streams.in.c_str(), O_RDONLY, 0);
+    ::posix_spawn_file_actions_addopen(&files, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    ::posix_spawn_file_actions_addopen(&files, 2, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    pid_t process = 0;
+    const int failure = ::posix_spawn(&process, VNIFC_TOOL, &files, nullptr, argv.data(), environ);
+    ::posix_spawn_file_actions_destroy(&files);
+    if (failure != 0)
+        throw std::runtime_error("the tool does not start");
+    const int exitCode = waitFor(process);
+    return {exitCode, streams.out.empty() ? contentOf(out) : std::string(), contentOf(err)};
+}
+
+std::string contentOf(const fs::path& file) {
+    std::ostringstream content;
+    content << std::ifstream(file, std::ios::binary).rdbuf();
+    return content.str();
+}
+
+fs::path makeFile(const std::string& name, std::string_view content) {
+    const fs::path file = scratch() / name;
+    std::ofstream(file, std::ios::binary) << content;
+    return file;
+}
+
+fs::path makeModel(const std::string& name, std::string_view instances) {
+    return makeFile(name, "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\n"
+                          "FILE_NAME('','',(''),(''),'','','');\nFILE_SCHEMA(('IFC4X3'));\nENDSEC;\nDATA;\n" +
+                              std::string(instances) + "ENDSEC;\nEND-ISO-10303-21;\n");
+}
+
+} // namespace vnifc::test

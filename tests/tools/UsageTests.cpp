@@ -1,0 +1,95 @@
+#include "Process.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdio>
+#include <sys/wait.h>
+
+namespace vnifc::test {
+
+namespace {
+
+using testing::IsSubstring;
+
+const std::string house = dataFile("house.ifc");
+
+TEST(Usage, ExitCodeSaysWhoIsAtFault) {
+    const std::string broken = makeModel("broken.ifc", "#1=IFCWALL(;\n");
+    const std::string noModel = makeFile("letter.txt", "Dear reader,\n");
+    const std::string nowhere = (scratch() / "missing" / "x.ifc").string();
+    const struct {
+        std::vector<std::string> arguments;
+        int exitCode;
+        std::string message;
+    } cases[] = {
+        {{}, 2, "subcommand"},
+        {{"bogus"}, 2, "subcommand"},
+        {{"info"}, 2, "FILE"},
+        {{"info", house, "extra"}, 2, "extra"},
+        {{"info", house, "--bogus"}, 2, "--bogus"},
+        {{"info", house, "--threads", "0"}, 2, "--threads"},
+        {{"rewrite", house}, 2, "OUT"},
+        {{"schema", "IfcGardenGnome"}, 2, "IfcGardenGnome"},
+        {{"info", nowhere}, 3, nowhere},
+        {{"info", scratch().string()}, 3, "directory"},
+        {{"info", "--json", noModel}, 3, noModel},
+        {{"rewrite", house, nowhere}, 3, nowhere},
+        {{"rewrite", house, scratch().string()}, 3, "cannot write"},
+        {{"rewrite", broken, (scratch() / "mended.ifc").string()}, 1, "unclosed-list"},
+    };
+    for (const auto& [arguments, exitCode, message] : cases) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const Outcome outcome = runTool(arguments);
+        EXPECT_EQ(outcome.exitCode, exitCode);
+        EXPECT_PRED_FORMAT2(IsSubstring, message, outcome.err);
+        EXPECT_EQ(outcome.out, "");
+    }
+    EXPECT_EQ(runTool({"info", broken}).exitCode, 1);
+}
+
+TEST(Usage, HelpHasAnExampleEverywhere) {
+    for (const std::string command : {"", "info", "rewrite", "schema"}) {
+        std::vector<std::string> arguments{"--help"};
+        if (!command.empty())
+            arguments.insert(arguments.begin(), command);
+        const Outcome outcome = runTool(arguments);
+        EXPECT_EQ(outcome.exitCode, 0) << command;
+        EXPECT_PRED_FORMAT2(IsSubstring, "Example:\n  vnifc " + command, outcome.out) << command;
+        EXPECT_EQ(outcome.err, "") << command;
+    }
+}
+
+TEST(Usage, VersionNamesTheSchemaThatIsLoaded) {
+    const Outcome outcome = runTool({"--version"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_TRUE(outcome.out.starts_with("vnifc ")) << outcome.out;
+    EXPECT_PRED_FORMAT2(IsSubstring, "schema IFC4X3 version 4.3\n", outcome.out);
+}
+
+TEST(Usage, FullDiskIsNoSuccess) {
+    if (!std::filesystem::exists("/dev/full"))
+        GTEST_SKIP() << "no device that is always full";
+    const std::vector<std::string> cases[] = {
+        {"--version"}, {"info", house}, {"schema", "--json"}, {"rewrite", house, "-"}};
+    for (const std::vector<std::string>& arguments : cases) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const Outcome outcome = runTool(arguments, {.out = "/dev/full"});
+        EXPECT_EQ(outcome.exitCode, 3);
+        EXPECT_PRED_FORMAT2(IsSubstring, "cannot write", outcome.err);
+    }
+}
+
+TEST(Usage, ReaderThatLeavesEndsTheToolQuietly) {
+    std::FILE* pipe = ::popen("exec " VNIFC_TOOL " schema --json 2>&1", "r");
+    ASSERT_NE(pipe, nullptr);
+    char line[64];
+    ASSERT_NE(std::fgets(line, sizeof line, pipe), nullptr);
+    const int status = ::pclose(pipe);
+    EXPECT_TRUE((WIFSIGNALED(status) && WTERMSIG(status) == SIGPIPE) || (WIFEXITED(status) && WEXITSTATUS(status) == 3))
+        << status;
+}
+
+} // namespace
+
+} // namespace vnifc::test
