@@ -97,6 +97,7 @@ private:
         return shareWork(m_blocks.size(), threads, m_options.progress, [&](unsigned worker, std::size_t block) {
             readBlock(*m_readers[worker], *m_data.arenas[worker], block);
             if (worker == 0) report();
+            return true;
         });
     }
 

@@ -4,6 +4,7 @@
 #include <VnIfcCore/VnIfcSchema.h>
 
 #include <cerrno>
+#include <condition_variable>
 #include <cstdio>
 #include <cstring>
 #include <system_error>
@@ -13,6 +14,7 @@
 #include <io.h>
 #include <process.h>
 #else
+#include <fcntl.h>
 #include <unistd.h>
 #endif
 
@@ -20,7 +22,7 @@ namespace VN_SDAI {
 
 namespace {
 
-constexpr std::size_t kBlock = 4096;
+constexpr std::size_t kBlock = 16384;
 
 std::string headerText(const VnIfcModel& model) {
     std::string text = "ISO-10303-21;\nHEADER;\n";
@@ -34,6 +36,49 @@ std::string headerText(const VnIfcModel& model) {
 
 constexpr std::string_view kEnd = "ENDSEC;\nEND-ISO-10303-21;\n";
 
+/// Lets pieces that several threads make go out in order.
+template <class Sink>
+class OrderedSink {
+public:
+    explicit OrderedSink(Sink& sink) noexcept : m_sink(sink) {}
+
+    /// Makes and writes a piece as soon as all earlier ones are out. False when this or an earlier one failed.
+    template <class Make>
+    bool write(std::size_t piece, Make make) try {
+        return writeText(piece, make());
+    } catch (...) {
+        fail();  // or others would wait for this piece for ever
+        throw;
+    }
+
+private:
+    bool writeText(std::size_t piece, std::string_view text) {
+        std::unique_lock lock(m_mutex);
+        m_moved.wait(lock, [&] { return m_next == piece || m_failed; });
+        if (m_failed) return false;
+        // Nobody else gets past the wait until the next piece is announced.
+        lock.unlock();
+        const bool written = m_sink(text);
+        lock.lock();
+        m_failed = !written;
+        m_next = piece + 1;
+        m_moved.notify_all();
+        return written;
+    }
+
+    void fail() {
+        const std::lock_guard lock(m_mutex);
+        m_failed = true;
+        m_moved.notify_all();
+    }
+
+    Sink& m_sink;
+    std::mutex m_mutex;
+    std::condition_variable m_moved;
+    std::size_t m_next = 0;
+    bool m_failed = false;
+};
+
 /// Writes the model piece by piece, in order. `sink` answers false to stop. False when it or the host stopped.
 template <class Sink>
 bool writeModel(const VnIfcModel& model, const VnIfcWriteOptions& options, Sink sink) {
@@ -46,21 +91,18 @@ bool writeModel(const VnIfcModel& model, const VnIfcWriteOptions& options, Sink 
     const unsigned threads = threadsFor(options.threads, blocks);
     std::vector<std::unique_ptr<SpfInstanceWriter>> writers;
     for (unsigned i = 0; i < threads; ++i) writers.push_back(std::make_unique<SpfInstanceWriter>(model.data()));
-    // A round formats one block per thread, then the blocks go out in order.
-    for (std::size_t first = 0; first < blocks; first += threads) {
-        const std::size_t round = std::min<std::size_t>(threads, blocks - first);
-        shareWork(round, static_cast<unsigned>(round), {}, [&](unsigned, std::size_t block) {
-            SpfInstanceWriter& writer = *writers[block];
+    // Each worker formats a block of its own and then waits for its turn, so that one formats while another writes.
+    OrderedSink<Sink> ordered(sink);
+    const bool done = shareWork(blocks, threads, options.progress, [&](unsigned worker, std::size_t block) {
+        return ordered.write(block, [&] {
+            SpfInstanceWriter& writer = *writers[worker];
             writer.clear();
-            const std::size_t last = std::min(slots.size(), (first + block + 1) * kBlock);
-            for (std::size_t i = (first + block) * kBlock; i < last; ++i) writer.write(slots[i]);
+            const std::size_t last = std::min(slots.size(), (block + 1) * kBlock);
+            for (std::size_t i = block * kBlock; i < last; ++i) writer.write(slots[i]);
+            return writer.text();
         });
-        for (std::size_t i = 0; i < round; ++i)
-            if (!sink(writers[i]->text())) return false;
-        const double done = static_cast<double>(first + round) / static_cast<double>(blocks);
-        if (options.progress && !options.progress(done)) return false;
-    }
-    return sink(kEnd);
+    });
+    return done && sink(kEnd);
 }
 
 /// A file that takes its name only when it is complete.
@@ -75,6 +117,7 @@ public:
         m_path += ".part" + std::to_string(::getpid());
         m_file = std::fopen(m_path.string().c_str(), "wb");
         m_error = m_file ? 0 : errno;
+        if (m_file) std::setvbuf(m_file, nullptr, _IONBF, 0);  // pieces are large
     }
     ~PendingFile() {
         if (!m_file) return;
@@ -85,9 +128,18 @@ public:
     PendingFile& operator=(const PendingFile&) = delete;
 
     bool write(std::string_view text) {
-        if (!m_file || std::fwrite(text.data(), 1, text.size(), m_file) == text.size()) return m_file != nullptr;
-        m_error = errno;
-        return false;
+        if (!m_file) return false;
+        if (std::fwrite(text.data(), 1, text.size(), m_file) != text.size()) {
+            m_error = errno;
+            return false;
+        }
+#if defined(__linux__)
+        // Begins to bring it to the disk while the rest is being made, so that little is left to wait for at the end.
+        ::sync_file_range(::fileno(m_file), static_cast<off_t>(m_written), static_cast<off_t>(text.size()),
+                          SYNC_FILE_RANGE_WRITE);
+#endif
+        m_written += text.size();
+        return true;
     }
     bool commit() {
         std::FILE* file = std::exchange(m_file, nullptr);
@@ -117,6 +169,7 @@ private:
     std::filesystem::path m_target;
     std::filesystem::path m_path;
     std::FILE* m_file = nullptr;
+    std::uint64_t m_written = 0;
     int m_error = 0;
 };
 

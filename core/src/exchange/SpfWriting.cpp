@@ -3,9 +3,11 @@
 #include <VnIfcCore/VnIfcSelect.h>
 #include <VnIfcCore/VnSpfFilerBase.h>
 
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 namespace VN_SDAI {
@@ -14,6 +16,17 @@ namespace {
 
 // Longer than any number that to_chars makes: sign, 17 digits, point, exponent.
 constexpr std::size_t kNumberSpace = 40;
+
+constexpr std::array<char, 200> makeTwoDigits() {
+    std::array<char, 200> digits{};
+    for (std::size_t i = 0; i < 100; ++i) {
+        digits[2 * i] = static_cast<char>('0' + i / 10);
+        digits[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return digits;
+}
+
+constexpr std::array<char, 200> kTwoDigits = makeTwoDigits();
 
 }  // namespace
 
@@ -38,8 +51,25 @@ void VnSpfFilerBase::write(std::string_view text) {
 }
 
 void VnSpfFilerBase::writeNumber(std::uint64_t number) {
-    char* to = reserve(kNumberSpace);
-    m_out = std::to_chars(to, to + kNumberSpace, number).ptr;
+    char* const to = reserve(kNumberSpace);
+    if (number >= 100'000'000) {
+        m_out = std::to_chars(to, to + kNumberSpace, number).ptr;
+        return;
+    }
+    // Nearly all instance numbers are short: two digits at a time, from the end.
+    char digits[8];
+    char* first = digits + sizeof digits;
+    auto rest = static_cast<std::uint32_t>(number);
+    for (; rest >= 100; rest /= 100) {
+        first -= 2;
+        std::memcpy(first, kTwoDigits.data() + 2 * (rest % 100), 2);
+    }
+    first -= 2;
+    std::memcpy(first, kTwoDigits.data() + 2 * rest, 2);
+    first += rest < 10;
+    const auto length = static_cast<std::size_t>(digits + sizeof digits - first);
+    std::memcpy(to, first, length);
+    m_out = to + length;
 }
 
 void VnSpfFilerBase::writeInteger(std::int64_t value) {

@@ -17,8 +17,8 @@ inline unsigned threadsFor(unsigned wanted, std::size_t blocks) {
 }
 
 /// Calls work(worker, block) for each block, on `threads` threads of which the caller's is number 0, in ascending order as
-/// far as each worker goes. The progress callback is called on the caller's thread. False when it cancelled. An exception
-/// of any worker is raised again here.
+/// far as each worker goes. The progress callback is called on the caller's thread. False when it, or a piece of work by
+/// answering false, stopped. An exception of any worker is raised again here.
 template <class Work>
 bool shareWork(std::size_t blocks, unsigned threads, const VnIfcProgress& progress, Work work) {
     std::atomic<std::size_t> next{0};
@@ -28,7 +28,7 @@ bool shareWork(std::size_t blocks, unsigned threads, const VnIfcProgress& progre
     const auto serve = [&](unsigned worker) {
         try {
             for (std::size_t block; !stop && (block = next.fetch_add(1)) < blocks;) {
-                work(worker, block);
+                if (!work(worker, block)) stop = true;
                 if (worker == 0 && progress && !progress(static_cast<double>(block + 1) / static_cast<double>(blocks)))
                     stop = true;
             }
