@@ -41,7 +41,7 @@ enum class VnIfcRawBytes : std::uint8_t {
     kReplace, ///< each broken character becomes U+FFFD, so that the text is valid UTF-8
 };
 
-/// Decodes the directives `\\`, `\S\`, `\P?\` (the parts 1 to 9 of ISO 8859), `\X\`, `\X2\` (with surrogate pairs) and
+/// Decodes the directives `\\`, `\S\`, `\P?\` (ISO 8859-1 to -9), `\X\`, `\X2\` (with surrogate pairs) and
 /// `\X4\`, each taken whole from the left; hexadecimal digits of either case. A malformed directive stays in the text
 /// as it stands, and so do `\N\` and `\F\`, which separate tokens and mean nothing in a string, `\T\`, and a `\X0\`
 /// that closes nothing. Bytes of 0x80 and above are taken as UTF-8, control characters as they are. Never fails; linear

@@ -15,7 +15,8 @@ using FaultKind = VnIfcDecodedText::FaultKind;
 /// Stands in the tables for positions that a part of ISO 8859 leaves empty.
 constexpr char16_t kNone = 0xFFFD;
 
-/// The upper halves, 0xA0 to 0xFF, of the parts of ISO 8859 that `\PB\` to `\PI\` choose; part 1 is Unicode's own.
+/// The upper halves, 0xA0 to 0xFF, of the parts of ISO 8859 that `\PB\` to `\PI\` choose; that of ISO 8859-1 is
+/// Unicode's own.
 constexpr char16_t kUpperHalves[][97] = {
     // clang-format off
     // ISO 8859-2
