@@ -6,6 +6,7 @@
 #include <IFC4X3/IfcWall.h>
 #include <IFC4X3/Module.h>
 #include <VnIfcCore/VnIfcModel.h>
+#include <VnIfcCore/VnIfcText.h>
 
 #include <iostream>
 
@@ -14,7 +15,9 @@ using namespace VN_SDAI;
 
 namespace {
 
-std::string_view nameOf(const IfcRoot& root) { return root.getName().isUnset() ? "(no name)" : root.getName().view(); }
+std::string nameOf(const IfcRoot& root) {
+    return root.getName().isUnset() ? "(no name)" : vnDecodeText(root.getName()).text;
+}
 
 /// The dictionary knows the attributes of whatever subtype of IfcWall it is.
 void printWall(const IfcWall& wall) {
