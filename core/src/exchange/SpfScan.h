@@ -21,12 +21,17 @@ constexpr bool isLetter(char c) noexcept { return (c >= 'A' && c <= 'Z') || (c >
 constexpr bool isNameCharacter(char c) noexcept { return isLetter(c) || isDigit(c); }
 constexpr bool isBlank(char c) noexcept { return static_cast<unsigned char>(c) <= ' '; }
 
-/// Length of the directive or escaped backslash that begins at the backslash `at` (ISO 10303-21, 6.4.3), as far as it can
-/// hide an apostrophe: `\\`, and `\S\` with the character that follows; 1 for all others, whose insides hide none.
+/// Length of the directive or escaped backslash that begins at the backslash `at` (ISO 10303-21, 6.4.3): `\\`, `\S\` with
+/// the character that follows, `\P?\`, `\X0\`, `\X2\`, `\X4\`. Taken whole, so that neither an apostrophe that belongs to
+/// a directive nor two backslashes of adjacent ones are mistaken. 1 for all else.
 inline std::size_t backslashLength(const char* at, const char* end) noexcept {
     if (end - at >= 2 && at[1] == '\\') return 2;
-    if (end - at >= 4 && at[1] == 'S' && at[2] == '\\') return 4;
-    return 1;
+    if (end - at < 4) return 1;
+    if (at[1] == 'S' && at[2] == '\\') return 4;
+    if (at[3] != '\\') return 1;
+    const bool isPage = at[1] == 'P' && at[2] >= 'A' && at[2] <= 'Z';
+    const bool isWide = at[1] == 'X' && (at[2] == '0' || at[2] == '2' || at[2] == '4');
+    return isPage || isWide ? 4 : 1;
 }
 
 /// The first apostrophe or backslash, or `end`.
