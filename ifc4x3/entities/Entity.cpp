@@ -39,18 +39,27 @@ const VnIfcGUID* Entity::globalId() const noexcept {
 
 namespace {
 
-void enter(const VnDbObjectId& own, const VnDbObjectId& target, std::span<const InverseTarget> targets) {
+/// Calls `act(instance, row)` for the inverse member of a target in which the attribute is mirrored, if there is one.
+template <class Act>
+void withInverse(const VnDbObjectId& target, std::span<const InverseTarget> candidates, Act act) {
     VnIfcEntityBase* instance = target.openObject(kForWrite, false);
     if (!instance) return;
-    for (const InverseTarget& candidate : targets) {
+    for (const InverseTarget& candidate : candidates) {
         if (!instance->isKindOf(*candidate.entity)) continue;
-        const AttributeRow& row = candidate.inverse->attribute;
-        auto& entity = static_cast<Entity&>(*instance);
-        if (row.kind == AttributeKind::kReference) member<VnDbObjectId>(entity, row) = own;
-        else member<VnIfcSetAggr<VnDbObjectId>>(entity, row).add(own);
+        act(static_cast<Entity&>(*instance), candidate.inverse->attribute);
         break;
     }
     target.close();
+}
+
+void enter(Entity& target, const AttributeRow& inverse, const VnDbObjectId& own) {
+    if (inverse.kind == AttributeKind::kReference) member<VnDbObjectId>(target, inverse) = own;
+    else member<VnIfcSetAggr<VnDbObjectId>>(target, inverse).add(own);
+}
+
+void leave(Entity& target, const AttributeRow& inverse, const VnDbObjectId& own) {
+    if (inverse.kind != AttributeKind::kReference) member<VnIfcSetAggr<VnDbObjectId>>(target, inverse).remove(own);
+    else if (member<VnDbObjectId>(target, inverse) == own) member<VnDbObjectId>(target, inverse).setNull();
 }
 
 /// The forward attribute's targets, whatever holds them.
@@ -75,18 +84,26 @@ void forEachTarget(const Entity& instance, const AttributeRow& row, Visit visit)
     }
 }
 
-void setCounterParts(const Entity& instance, const EntityClass& type, const VnDbObjectId& own) {
-    if (type.supertype) setCounterParts(instance, *type.supertype, own);
+/// Calls `act(target, row)` for each inverse member that mirrors an attribute of the class or its supertypes.
+template <class Act>
+void forEachCounterPart(const Entity& instance, const EntityClass& type, Act act) {
+    if (type.supertype) forEachCounterPart(instance, *type.supertype, act);
     for (const InverseLink& link : type.links)
-        forEachTarget(instance, *link.forward, [&](const VnDbObjectId& target) {
-            if (!target.isNull()) enter(own, target, link.targets);
-        });
+        forEachTarget(instance, *link.forward, [&](const VnDbObjectId& target) { withInverse(target, link.targets, act); });
 }
 
 }  // namespace
 
-void Entity::setInverseCounterParts() { setCounterParts(*this, entityClass(), objectId()); }
+void Entity::setInverseCounterParts() {
+    forEachCounterPart(*this, entityClass(),
+                       [&](Entity& target, const AttributeRow& inverse) { enter(target, inverse, objectId()); });
+}
 
 void Entity::resetInverseCounterParts() {}
+
+void Entity::leaveInverseCounterParts() {
+    forEachCounterPart(*this, entityClass(),
+                       [&](Entity& target, const AttributeRow& inverse) { leave(target, inverse, objectId()); });
+}
 
 }  // namespace IFC4X3

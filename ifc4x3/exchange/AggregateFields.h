@@ -92,11 +92,20 @@ bool readElements(VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase& filer)
     return good;
 }
 
+/// Erased instances leave the lists that they were in.
+template <class T>
+bool isErased(const T& element) noexcept {
+    if constexpr (std::is_same_v<T, VN_SDAI::VnDbObjectId>) return element.isErased();
+    else if constexpr (std::is_base_of_v<VN_SDAI::VnIfcSelect, T>) return element.getHandle().isErased();
+    else return false;
+}
+
 template <class T>
 void writeElements(const VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase& filer, bool isBinary) {
     filer.wrChar('(');
     bool separated = false;
     for (const T& element : static_cast<const VN_SDAI::VnIfcAggrOf<T>&>(aggregate)) {
+        if (isErased(element)) continue;
         if (separated) filer.wrChar(',');
         separated = true;
         if constexpr (isList<T>) {

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <compare>
 #include <cstring>
+#include <string>
 #include <string_view>
 
 namespace VN_SDAI {
@@ -43,6 +44,7 @@ public:
     VnAnsiString(std::string_view text) : m_text(VnEmptyText.text) {
         if (!text.empty()) m_text = copyOf(text);
     }
+    VnAnsiString(const std::string& text) : VnAnsiString(std::string_view(text)) {}
     VnAnsiString(const VnAnsiString& other) : m_text(other.head().storage == VnStorage::kStatic ? other.m_text : copyOf(other)) {}
     constexpr VnAnsiString(VnAnsiString&& other) noexcept : m_text(other.m_text) { other.m_text = VnEmptyText.text; }
     constexpr ~VnAnsiString() {
@@ -61,6 +63,7 @@ public:
         VnAnsiString(text).swap(*this);
         return *this;
     }
+    VnAnsiString& operator=(const std::string& text) { return *this = std::string_view(text); }
     VnAnsiString& operator=(const char* text) { return *this = VnAnsiString(text); }
     template <std::size_t N>
     VnAnsiString& operator=(const VnStaticText<N>& text) noexcept {

@@ -48,6 +48,9 @@ public:
     /// Ends an opening.
     void close() const noexcept {}
 
+    /// True when the instance was there and has been erased.
+    bool isErased() const noexcept { return m_slot && m_slot->has(VnIfcInstanceSlot::kErased); }
+
     constexpr VnIfcInstanceSlot* slot() const noexcept { return m_slot; }
 
     friend constexpr bool operator==(const VnDbObjectId&, const VnDbObjectId&) noexcept = default;

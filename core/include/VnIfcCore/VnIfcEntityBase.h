@@ -47,6 +47,8 @@ public:
     /// Of this type or a subtype of it.
     virtual bool isKindOf(const VnIfcEntityType* type) const = 0;
     virtual bool isKindOf(const char* name) const = 0;
+    /// Takes this instance out of the inverse attributes that it was entered into.
+    virtual void leaveInverseCounterParts();
     /// The globally unique identifier; null for classes that have none.
     virtual const VnIfcGUID* globalId() const noexcept;
 

@@ -27,7 +27,7 @@ public:
     std::vector<std::string> schemas() const { return strings("FILE_SCHEMA", 0); }
     /// Replaces or adds an entry.
     void set(std::string_view keyword, std::string parameters);
-    /// The three entries that the standard requires, for a new model.
+    /// The three entries that the standard requires, for a new model; names are UTF-8, the time stamp is ISO 8601.
     static VnIfcHeader standard(std::string_view schema, std::string_view fileName, std::string_view timeStamp);
 
 private:

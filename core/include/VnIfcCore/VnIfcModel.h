@@ -74,7 +74,8 @@ public:
     /// already; it is extended. Entities are matched by name. Null when the source's entity is not in this schema.
     VnDbObjectId copy(const VnDbObjectId& source);
     VnDbObjectId copy(const VnDbObjectId& source, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies);
-    /// Erases an instance: it is no longer found or written, and its handle opens to null. False if it is not of this model.
+    /// Erases an instance: it is no longer found or written, its handle opens to null, and it leaves the inverse attributes
+    /// of others. References to it stay where they are; they are written as unset. False if it is not of this model.
     bool erase(const VnDbObjectId& handle);
     /// Gives back all instances and the header.
     void clear();

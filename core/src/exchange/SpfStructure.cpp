@@ -37,15 +37,11 @@ const char* instanceBegin(const char* p, const char* end) noexcept {
     return q < end && *q == '=' ? q + 1 : nullptr;
 }
 
-/// The "#" of an instance that begins a line in (p, end); null when there is none.
-const char* nextLineWithInstance(const char* p, const char* end) noexcept {
-    while (p < end) {
-        p = static_cast<const char*>(std::memchr(p, '#', static_cast<std::size_t>(end - p)));
-        if (!p) return nullptr;
-        const char* before = p - 1;
-        while (*before == ' ' || *before == '\t') --before;
-        if ((*before == '\n' || *before == '\r') && instanceBegin(p, end)) return p;
-        ++p;
+/// The first line in (p, end) that begins with an instance or with the end of the section; null when there is none.
+const char* nextLine(const char* p, const char* end) noexcept {
+    while ((p = spf::findLineEnd(p, end)) < end) {
+        while (p < end && spf::isBlank(*p)) ++p;
+        if (p < end && (instanceBegin(p, end) || isWord(p, end, "ENDSEC"sv))) return p;
     }
     return nullptr;
 }
@@ -83,25 +79,23 @@ public:
 
 private:
     void report(SpfFinding::Kind kind, const char* begin, const char* end, std::uint64_t number = 0) {
-        m_structure.findings.push_back({kind, begin, std::min(end, m_end), number});
+        std::vector<SpfFinding>& findings = m_structure.findings;
+        end = std::min(end, m_end);
+        const bool goesOn = kind == SpfFinding::kGarbage && !findings.empty() && findings.back().kind == kind &&
+                            spf::skipBlanks(findings.back().end, begin) == begin;
+        if (goesOn) findings.back().end = end;
+        else findings.push_back({kind, begin, end, number});
     }
 
-    /// Moves to the next significant character. A comment that is never closed counts as garbage of two characters,
-    /// because taking it by the letter would lose the rest of the file.
+    /// Moves to the next significant character; false at the end of the text.
     bool blank() {
         while (m_p < m_end) {
             if (spf::isBlank(*m_p)) {
                 ++m_p;
             } else if (startsWith(m_p, m_end, "/*"sv)) {
-                const char* behind = m_commentsEnd ? nullptr : spf::commentEnd(m_p, m_end);
-                if (!behind) {
-                    m_commentsEnd = true;
-                    report(SpfFinding::kOpenComment, m_p, m_p + 2);
-                    behind = m_p + 2;
-                    const char* line = nextLineWithInstance(behind, m_end);
-                    if (line) behind = line;
-                }
-                m_p = behind;
+                m_p = commentEndIn(m_p);
+                const char* line = m_commentsEnd ? nextLineFrom(m_p) : nullptr;
+                if (line) m_p = line;
             } else {
                 return true;
             }
@@ -152,50 +146,32 @@ private:
         }
         m_p += 6;
         skipSemicolon();
-        while (blank() && !isWord(m_p, m_end, "ENDSEC"sv) && !isWord(m_p, m_end, "DATA"sv)) {
-            if (!scanHeaderEntry()) return;
-        }
-        if (m_p < m_end && isWord(m_p, m_end, "ENDSEC"sv)) {
-            m_p += 6;
-            skipSemicolon();
-        }
+        while (blank() && *m_p != '#' && !isWord(m_p, m_end, "ENDSEC"sv) && !isWord(m_p, m_end, "DATA"sv))
+            scanHeaderEntry();
+        if (m_p < m_end && isWord(m_p, m_end, "ENDSEC"sv)) skipSectionWord(6);
     }
 
-    bool scanHeaderEntry() {
+    void scanHeaderEntry() {
         const char* const first = m_p;
         while (spf::isNameCharacter(*m_p) || *m_p == '!') ++m_p;
         const std::string_view keyword(first, static_cast<std::size_t>(m_p - first));
-        if (keyword.empty() || !blank() || *m_p != '(') {
-            report(SpfFinding::kHeaderEntry, first, first + 40);
-            // The data must not be lost to a broken header.
-            const char* data = nextWord("DATA"sv, std::max(m_p, first + 1));
-            m_p = data ? data : m_end;
-            return data != nullptr;
-        }
+        if (keyword.empty() || !blank() || *m_p != '(') return leaveHeader(first);
         const char* const open = m_p + 1;
-        const char* close = spf::parameterEnd(open, m_end);
-        while (close < m_end && *close == ',') close = spf::parameterEnd(close + 1, m_end);
-        if (close == m_end) {
-            report(SpfFinding::kHeaderEntry, first, first + 40);
-            const char* data = nextWord("DATA"sv, open);
-            m_p = data ? data : m_end;
-            return data != nullptr;
-        }
+        const char* const close = spf::listEnd(open, m_end);
+        // A string that is not closed swallows what follows, up to an apostrophe anywhere in the data.
+        if (close == m_end || nextLine(open, close)) return leaveHeader(first);
         m_structure.header.entries().push_back({std::string(keyword), std::string(open, close)});
         m_p = close + 1;
         if (blank() && *m_p == ';') ++m_p;
         else report(SpfFinding::kHeaderEntry, first, m_p);
-        return true;
     }
 
-    /// The word that stands at the beginning of a line, or null.
-    const char* nextWord(std::string_view word, const char* from) const noexcept {
-        for (const char* p = from; p < m_end; ++p) {
-            p = static_cast<const char*>(std::memchr(p, '\n', static_cast<std::size_t>(m_end - p)));
-            if (!p) return nullptr;
-            if (isWord(p + 1, m_end, word)) return p + 1;
-        }
-        return nullptr;
+    /// The data must not be lost to a broken header.
+    void leaveHeader(const char* first) {
+        report(SpfFinding::kHeaderEntry, first, first + 40);
+        m_p = std::max(m_p, first + 1);
+        const char* const line = nextLineFrom(m_p);
+        m_p = line ? line : m_end;
     }
 
     // ---- sections
@@ -208,7 +184,7 @@ private:
         }
         const char* const first = m_p;
         if (isWord(m_p, m_end, "DATA"sv)) {
-            skipStatement();
+            skipSectionWord(4);
             scanData();
         } else if (startsWith(m_p, m_end, "END-ISO-10303-21"sv)) {
             m_p += 16;
@@ -235,17 +211,24 @@ private:
         return false;
     }
 
+    /// Moves behind the word that opens or ends a section, its parameters (edition 3) and its semicolon.
+    void skipSectionWord(std::ptrdiff_t length) {
+        m_p += length;
+        const char* const behind = m_p;
+        if (blank() && *m_p == '(') return skipStatement();
+        if (m_p < m_end && *m_p == ';') ++m_p;
+        else report(SpfFinding::kNoSemicolon, behind, behind);
+    }
+
     /// Moves behind the semicolon of the statement at hand.
     void skipStatement() {
         m_p = statementEnd(m_p);
         if (m_p < m_end) ++m_p;
     }
 
-    const char* statementEnd(const char* p) const noexcept {
+    const char* statementEnd(const char* p) {
         while ((p = findStructural(p, m_end)) < m_end && *p != ';') {
-            const char* behind = *p == '\'' ? spf::stringEnd(p, m_end)
-                                 : startsWith(p, m_end, "/*"sv) ? spf::commentEnd(p, m_end)
-                                                                : p + 1;
+            const char* behind = *p == '\'' ? stringEnd(p) : startsWith(p, m_end, "/*"sv) ? commentEndIn(p) : p + 1;
             p = behind ? behind : p + 1;
         }
         return p;
@@ -255,7 +238,7 @@ private:
         while (m_p < m_end) {
             skipStatement();
             if (!blank()) return;
-            if (isWord(m_p, m_end, "ENDSEC"sv)) return skipStatement();
+            if (isWord(m_p, m_end, "ENDSEC"sv)) return skipSectionWord(6);
             if (isWord(m_p, m_end, "DATA"sv) || startsWith(m_p, m_end, "END-ISO-10303-21"sv)) return;
         }
     }
@@ -264,8 +247,7 @@ private:
     void skipGarbage() {
         const char* const first = m_p;
         while (m_p < m_end && *m_p != ';' && *m_p != '#' && *m_p != '\n') ++m_p;
-        if (m_p < m_end && *m_p != '#') ++m_p;
-        if (m_p == first) ++m_p;
+        if (m_p < m_end && *m_p == ';') ++m_p;
         report(SpfFinding::kGarbage, first, m_p);
     }
 
@@ -276,7 +258,7 @@ private:
             if (*m_p == '#') {
                 scanInstance();
             } else if (isWord(m_p, m_end, "ENDSEC"sv)) {
-                return skipStatement();
+                return skipSectionWord(6);
             } else if (isWord(m_p, m_end, "DATA"sv) || startsWith(m_p, m_end, "END-ISO-10303-21"sv)) {
                 return;
             } else {
@@ -288,23 +270,26 @@ private:
     void scanInstance() {
         const char* const first = m_p++;
         std::uint64_t number = 0;
-        const bool hasNumber = spf::readNumber(m_p, number);
-        if (!blank() || *m_p != '=') {
-            skipGarbage();
-            return report(SpfFinding::kNoNumber, first, m_p);
-        }
+        const bool hasNumber = spf::readNumber(m_p, number) && number != 0;
+        if (!blank() || *m_p != '=') return report(SpfFinding::kGarbage, first, m_p);
         if (!hasNumber) report(SpfFinding::kNoNumber, first, m_p);
         ++m_p;
         blank();
         const char* const begin = m_p;
         const char* const end = *m_p == '&' ? scopeEnd(number) : instanceEnd(number);
-        m_structure.add(hasNumber ? number : kNoNumber, begin, end);
+        // Where the instance is missing altogether, the blanks before the next one are none of it.
+        m_structure.add(hasNumber ? number : kNoNumber, begin, std::max(begin, end));
     }
 
     /// A scope holds instances of its own (an early edition of the format); it is kept whole.
     const char* scopeEnd(std::uint64_t number) {
         report(SpfFinding::kScope, m_p, m_p + 6, number);
-        while (m_p < m_end && !isWord(m_p, m_end, "ENDSCOPE"sv)) skipStatement(), blank();
+        const char* const begin = m_p;
+        while (!m_scopesEnd && !isWord(m_p, m_end, "ENDSCOPE"sv)) {
+            skipStatement();
+            m_scopesEnd = !blank() || isWord(m_p, m_end, "ENDSEC"sv);
+        }
+        if (m_scopesEnd) m_p = begin;
         return instanceEnd(number);
     }
 
@@ -313,40 +298,85 @@ private:
         const char* p = m_p;
         while ((p = findStructural(p, m_end)) < m_end) {
             if (*p == ';') {
+                if (endsSection(p)) return resume(p - 6, number);
                 m_p = p + 1;
                 return p;
             }
             if (*p == '\'') {
-                const char* behind = stringEndIn(p, number);
-                if (!behind) return m_p;
+                const char* behind = stringEndIn(p);
+                if (!behind) return brokenString(p, number);
                 p = behind;
             } else if (*p == '=') {
-                if (const char* other = startOf(p)) return resume(SpfFinding::kNoSemicolon, other, number);
+                if (const char* other = startOf(p)) return resume(other, number);
                 ++p;
             } else {
                 p = p[1] == '*' ? commentEndIn(p) : p + 1;
             }
         }
-        m_p = m_end;
-        report(SpfFinding::kNoSemicolon, m_end, m_end, number);
-        return m_end;
+        return resume(m_end, number);
     }
 
-    /// Behind the string at `open`; null when it is broken and the text was resumed at the next instance.
-    const char* stringEndIn(const char* open, std::uint64_t number) {
-        const char* behind = spf::stringEnd(open, m_end);
-        if (behind) {
-            const char* next = *behind == ',' || *behind == ')' ? behind : spf::skipBlanks(behind, m_end);
-            if (next < m_end && (*next == ',' || *next == ')')) return behind;
-        }
-        // Not closed, or something else than a string follows its closing apostrophe: then the string may have swallowed
-        // the next instance.
-        const char* line = nextLineWithInstance(open, behind ? behind : m_end);
-        if (!line && behind) return behind;
-        resume(SpfFinding::kBrokenString, line ? line : m_end, number);
+    /// True when the semicolon at `p` is the one of the section's end, which a missing semicolon made part of an instance.
+    bool endsSection(const char* p) const noexcept {
+        return (p[-1] == 'C' || p[-1] == 'c') && p - m_p > 6 && spf::isBlank(p[-7]) && startsWith(p - 6, m_end, "ENDSEC"sv);
+    }
+
+    /// Behind the string at `open`; null when it is broken: not closed, or what follows is nothing that can follow a
+    /// string, and there is an instance inside that it may have swallowed.
+    const char* stringEndIn(const char* open) {
+        const char* const behind = stringEnd(open);
+        if (!behind) return nullptr;
+        const char* next = behind;
+        while (next < m_end && (spf::isBlank(*next) || startsWith(next, m_end, "/*"sv)))
+            next = spf::isBlank(*next) ? next + 1 : commentEndIn(next);
+        if (next < m_end && (*next == ',' || *next == ')')) return behind;
+        if (!nextLine(open, behind)) return behind;
+        m_inVain += behind - open;
         return nullptr;
     }
 
+    /// Behind the string at `open`; null when it is not closed. What was looked at in vain may be looked at again, so a
+    /// hostile text that makes it too much gets no more than a glance.
+    const char* stringEnd(const char* open) {
+        const bool paid = m_inVain <= kVainLooks * (m_end - m_begin);
+        const char* const limit = paid ? m_end : std::min(m_end, open + kGlance);
+        const char* const behind = spf::stringEnd(open, limit);
+        if (!behind) m_inVain += limit - open;
+        return behind;
+    }
+
+    /// Ends the instance before the next line that seems to be none of the string at `open`.
+    const char* brokenString(const char* open, std::uint64_t number) {
+        const char* const line = nextLineFrom(open);
+        m_p = line ? line : m_end;
+        const char* const end = trimmed(m_p);
+        report(SpfFinding::kBrokenString, open, end, number);
+        return end;
+    }
+
+    /// Ends the instance, which has no semicolon, where the next one begins.
+    const char* resume(const char* at, std::uint64_t number) {
+        m_p = at;
+        const char* const end = trimmed(at);
+        report(SpfFinding::kNoSemicolon, end, end, number);
+        return end;
+    }
+
+    const char* trimmed(const char* end) const noexcept {
+        while (end > m_begin && spf::isBlank(end[-1])) --end;
+        return end;
+    }
+
+    /// As nextLine up to the end of the text, which is looked through in vain only once.
+    const char* nextLineFrom(const char* p) {
+        if (m_noLineFrom && p >= m_noLineFrom) return nullptr;
+        const char* const line = nextLine(p, m_end);
+        if (!line) m_noLineFrom = p;
+        return line;
+    }
+
+    /// Behind the comment at `p`. The mark of one that is never closed counts as two characters of garbage, because taking
+    /// it by the letter would lose the rest of the file.
     const char* commentEndIn(const char* p) {
         const char* behind = m_commentsEnd ? nullptr : spf::commentEnd(p, m_end);
         if (behind) return behind;
@@ -364,25 +394,23 @@ private:
         return q < digits && q > m_p && q[-1] == '#' ? q - 1 : nullptr;
     }
 
-    const char* resume(SpfFinding::Kind kind, const char* at, std::uint64_t number) {
-        report(kind, at, at, number);
-        m_p = at;
-        while (at > m_begin && spf::isBlank(at[-1])) --at;
-        return at;
-    }
-
 public:
     // Stands for "#" without a number that fits; the loader gives such instances a fresh one.
     static constexpr std::uint64_t kNoNumber = 0;
 
 private:
     static constexpr std::string_view kMagic = "ISO-10303-21;";
+    static constexpr std::ptrdiff_t kVainLooks = 8;  // times the size of the text
+    static constexpr std::ptrdiff_t kGlance = 1024;
 
     SpfStructure& m_structure;
     const char* m_p;
     const char* m_begin;
     const char* m_end;
     bool m_commentsEnd = false;  // a comment was never closed, so none behind it is
+    bool m_scopesEnd = false;    // likewise
+    const char* m_noLineFrom = nullptr;
+    std::ptrdiff_t m_inVain = 0;
     bool m_ended = false;
 };
 

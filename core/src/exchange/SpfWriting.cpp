@@ -191,7 +191,7 @@ void VnSpfFilerBase::wrPrimitive(const int& value) {
 }
 
 void VnSpfFilerBase::wrPrimitive(const VnDbObjectId& value) {
-    if (value.isNull()) return wrChar('$');
+    if (value.isNull() || value.isErased()) return wrChar('$');
     wrChar('#');
     writeNumber(value.number());
 }

@@ -1,6 +1,7 @@
 #include "SpfScan.h"
 
 #include <VnIfcCore/VnIfcHeader.h>
+#include <VnIfcCore/VnIfcText.h>
 
 #include <algorithm>
 
@@ -13,10 +14,11 @@ bool equalNoCase(std::string_view left, std::string_view right) noexcept {
     return std::ranges::equal(left, right, [&](char a, char b) { return upper(a) == upper(b); });
 }
 
+/// UTF-8 text as a string of the exchange form.
 std::string quoted(std::string_view text) {
     std::string result = "'";
-    for (const char c : text) {
-        if (c == '\'' || c == '\\') result += c;
+    for (const char c : vnEncodeText(text)) {
+        if (c == '\'') result += c;
         result += c;
     }
     return result + '\'';
@@ -77,7 +79,7 @@ void VnIfcHeader::set(std::string_view keyword, std::string parameters) {
 
 VnIfcHeader VnIfcHeader::standard(std::string_view schema, std::string_view fileName, std::string_view timeStamp) {
     VnIfcHeader header;
-    header.set("FILE_DESCRIPTION", "('ViewDefinition [ReferenceView]'),'2;1'");
+    header.set("FILE_DESCRIPTION", "(''),'2;1'");
     header.set("FILE_NAME", quoted(fileName) + ',' + quoted(timeStamp) + ",(''),(''),'vnifc','vnifc',''");
     header.set("FILE_SCHEMA", '(' + quoted(schema) + ')');
     return header;

@@ -30,6 +30,7 @@ VN::ErrorStatus VnIfcEntityBase::_inFields(VnSpfFilerBase* filer) { return inFie
 VN::ErrorStatus VnIfcEntityBase::_outFields(VnSpfFilerBase* filer) const { return outFields(filer); }
 void VnIfcEntityBase::setInverseCounterParts() {}
 void VnIfcEntityBase::resetInverseCounterParts() {}
+void VnIfcEntityBase::leaveInverseCounterParts() {}
 bool VnIfcEntityBase::testAttrCaseInsensitive(const VnAnsiString& name) const { return testAttr(name); }
 void VnIfcEntityBase::unsetAttrCaseInsensitive(const VnAnsiString& name) { unsetAttr(name); }
 bool VnIfcEntityBase::_getAttr(const VnAnsiString& name, VnIfcVariant& value) const { return getAttr(name, value); }

@@ -79,6 +79,7 @@ VnDbObjectId VnIfcModel::append(std::unique_ptr<VnIfcEntityBase> instance) {
 
 bool VnIfcModel::erase(const VnDbObjectId& handle) {
     if (handle.isNull() || handle.model() != this || !handle.openObject()) return false;
+    handle.openObject()->leaveInverseCounterParts();
     handle.slot()->set(VnIfcInstanceSlot::kErased);
     --m_data->count;
     return true;

@@ -108,6 +108,7 @@ public:
     void setInverseCounterParts() override;
     /// Leaves inverse attributes as they are; what removes entries is the model.
     void resetInverseCounterParts() override;
+    void leaveInverseCounterParts() override;
     bool isInstanceOf(const VN_SDAI::VnIfcEntityType* type) const override;
     bool isInstanceOf(const char* name) const override;
     bool isKindOf(const VN_SDAI::VnIfcEntityType* type) const override;
