@@ -26,9 +26,10 @@ void readEnumeration(std::uint32_t& value, const EnumerationClass& type, VnSpfFi
     if (!literal.empty() && value == type.literals.size()) filer.misfit(VnSpfProblem::kUnknownLiteral);
 }
 
-void readAggregate(VnIfcAggr& value, const AggregateOperations& type, VnSpfFilerBase& filer, bool separated) {
+void readAggregate(VnIfcAggr& value, const AttributeRow& row, VnSpfFilerBase& filer, bool separated) {
     value.clear();
-    if (filer.openAggregate(separated)) filer.closeAggregate(type.read(value, filer));
+    if (filer.openAggregate(separated, row.isBinary))
+        filer.closeAggregate(typeOf<AggregateOperations>(row).read(value, filer));
 }
 
 void readField(Entity& instance, const AttributeRow& row, VnSpfFilerBase& filer, bool separated) {
@@ -47,7 +48,7 @@ void readField(Entity& instance, const AttributeRow& row, VnSpfFilerBase& filer,
             break;
         case AttributeKind::kSelect: filer.rdSelect(member<VnIfcSelect>(instance, row), optional, separated); break;
         case AttributeKind::kAggregate:
-            readAggregate(member<VnIfcAggr>(instance, row), typeOf<AggregateOperations>(row), filer, separated);
+            readAggregate(member<VnIfcAggr>(instance, row), row, filer, separated);
             break;
         case AttributeKind::kDerived: filer.rdDerive(separated); break;
     }

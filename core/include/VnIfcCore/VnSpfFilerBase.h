@@ -87,8 +87,8 @@ public:
     /// Passes over a binary value.
     void rdBinary(bool separated);
 
-    /// Begins an aggregate; false when it is unset or absent.
-    bool openAggregate(bool separated);
+    /// Begins an aggregate; false when it is unset or absent. Strings in it are texts, or binary values.
+    bool openAggregate(bool separated, bool isBinary);
     /// Ends it; what could not be `read` does not fit.
     void closeAggregate(bool read);
 
@@ -149,8 +149,11 @@ protected:
     /// Slots by number; numbers beyond or without a slot are asked for through slotOf.
     void lookUpIn(std::span<VnIfcInstanceSlot* const> slots) noexcept { m_slots = slots; }
     void startReading(const char* begin, const char* end) noexcept;
-    /// Ends the list; true when everything up to the closing parenthesis was read, else the rest is [first, second).
+    /// Ends the list; true when everything was read. Otherwise [first, second) is what the list still holds, and `second`
+    /// stands at its closing parenthesis, or at the end of the bytes where there is none.
     bool finishReading(const char*& surplusBegin, const char*& surplusEnd);
+    /// The text of the parameter at hand.
+    std::string_view parameterText() const noexcept;
     /// Number of parameters that were there, as far as they were asked for.
     unsigned parametersSeen() const noexcept { return m_seen; }
     /// True when more were asked for than there are.
@@ -207,6 +210,7 @@ private:
     bool m_failed = false;
     bool m_nested = false;
     bool m_short = false;
+    char m_elementQuote = '\'';
     VnSpfProblem m_problem = VnSpfProblem::kNone;
 
     char* m_outBegin = nullptr;

@@ -33,7 +33,7 @@ Wording wordingOf(SpfFinding::Kind kind) noexcept {
         case SpfFinding::kNoEnd: return {kError, "no-end", "END-ISO-10303-21; the file seems to be cut off"};
         case SpfFinding::kGarbage: return {kError, "garbage", "an instance: #1=KEYWORD(...);"};
         case SpfFinding::kNoNumber: return {kError, "instance-number", "an instance number of at most 64 bits, and ="};
-        case SpfFinding::kNoSemicolon: return {kError, "no-semicolon", "; behind the instance"};
+        case SpfFinding::kNoSemicolon: return {kError, "no-semicolon", "a semicolon"};
         case SpfFinding::kBrokenString: return {kError, "open-string", "an apostrophe that closes the string"};
         case SpfFinding::kOpenComment: return {kError, "open-comment", "*/ that closes the comment"};
         case SpfFinding::kScope: return {kError, "scope", "no &SCOPE, which is kept as text and not read"};
@@ -65,9 +65,9 @@ Wording wordingOf(const SpfRemark& remark) noexcept {
         case SpfRemark::kUnknownKeyword: return {kWarning, "unknown-keyword", "an entity of the schema"};
         case SpfRemark::kNoKeyword: return {kError, "no-keyword", "KEYWORD(...)"};
         case SpfRemark::kComplex: return {kWarning, "complex-instance", "a simple instance: KEYWORD(...)"};
-        case SpfRemark::kDuplicate: return {kError, "duplicate-id", "a number that no earlier instance has"};
-        case SpfRemark::kRenumbered: return {kError, "instance-number", "an instance number of at most 64 bits"};
+        case SpfRemark::kDuplicate: return {kError, "duplicate-id", "a number that no earlier instance has; it gets one"};
         case SpfRemark::kUnclosedList: return {kError, "unclosed-list", ") that closes the parameter list"};
+        case SpfRemark::kBehindList: return {kError, "behind-list", "a semicolon behind the parameter list"};
         case SpfRemark::kBareList: return {kWarning, "bare-list", "a list in parentheses"};
         case SpfRemark::kDangling: return {kWarning, "dangling-reference", "the number of an instance of this file"};
         case SpfRemark::kProblem: return wordingOf(remark.problem);
@@ -158,7 +158,8 @@ void SpfDiagnostics::report(const SpfRemark& remark) {
     diagnostic.code = wording.code;
     if (m_sink) {
         diagnostic.expected = wording.expected;
-        diagnostic.found = shown(remark.begin, remark.end);
+        const bool isDuplicate = remark.kind == SpfRemark::kDuplicate;
+        diagnostic.found = isDuplicate ? '#' + std::to_string(remark.number) : shown(remark.begin, remark.end);
         diagnostic.instance = remark.number;
         if (remark.type) diagnostic.keyword = remark.type->name();
         const bool ofAttribute = remark.kind == SpfRemark::kProblem || remark.kind == SpfRemark::kBareList ||

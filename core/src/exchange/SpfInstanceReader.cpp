@@ -53,16 +53,23 @@ void SpfInstanceReader::readFields(VnIfcEntityBase& instance, const char* begin,
     instance._inFields(this);
     const char* surplus = nullptr;
     const char* surplusEnd = nullptr;
-    if (!finishReading(surplus, surplusEnd)) {
-        const bool more = surplus < end && *surplus == ',';
-        remark(more ? SpfRemark::kTooMany : SpfRemark::kUnclosedList, surplus, surplusEnd);
-        if (more) m_current.surplus.assign(surplus + 1, surplusEnd);
-    }
+    if (!finishReading(surplus, surplusEnd)) keepSurplus(surplus, surplusEnd, end);
     if (ranShort()) {
         remark(SpfRemark::kTooFew, helper().next, helper().next);
         m_current.absentFrom = parametersSeen();
     }
     if (!m_current.isEmpty()) keep(instance);
+}
+
+void SpfInstanceReader::keepSurplus(const char* begin, const char* close, const char* end) {
+    if (begin < close) {
+        const bool needsComma = *begin != ',' && parametersSeen() > 0;
+        m_current.surplus = (needsComma ? "," : "") + spf::closed({begin, static_cast<std::size_t>(close - begin)});
+        remark(SpfRemark::kTooMany, *begin == ',' ? begin + 1 : begin, close);
+    }
+    if (close == end) return remark(SpfRemark::kUnclosedList, end, end);
+    const char* const behind = spf::skipBlanks(close + 1, end);
+    if (behind < end) remark(SpfRemark::kBehindList, behind, end);
 }
 
 void SpfInstanceReader::keep(VnIfcEntityBase& instance) {
@@ -76,12 +83,10 @@ void SpfInstanceReader::keep(VnIfcEntityBase& instance) {
 
 void SpfInstanceReader::readForeign(std::string_view text, std::string_view keyword, const char* open) {
     const char* const end = text.data() + text.size();
-    const char* close = end;
-    while (close > open && close[-1] != ')') --close;
-    const bool hasList = open < end && *open == '(' && close > open + 1;
-    const std::string_view parameters =
-        hasList ? std::string_view(open + 1, static_cast<std::size_t>(close - open - 2))
-                : text;
+    const char* const close = open < end && *open == '(' ? spf::listEnd(open + 1, end) : end;
+    const bool hasList = close < end && spf::skipBlanks(close + 1, end) == end;
+    const std::string parameters =
+        hasList ? std::string(open + 1, close) : spf::closed(text);
     remark(!hasList ? SpfRemark::kNoKeyword : keyword.empty() ? SpfRemark::kComplex : SpfRemark::kUnknownKeyword,
            text.data(), open);
     auto* object = new VnIfcForeignInstance(hasList ? VnAnsiString(keyword) : VnAnsiString(), parameters, hasList);
@@ -92,11 +97,15 @@ void SpfInstanceReader::onMisfit(unsigned position, VnSpfProblem problem, const 
     remark(SpfRemark::kProblem, begin, end);
     m_remarks.back().problem = problem;
     if (problem == VnSpfProblem::kMissingComma) return;
-    m_current.parameters.push_back({position, std::string(begin, end), {}});
+    m_current.parameters.push_back({position, spf::closed({begin, static_cast<std::size_t>(end - begin)}), {}});
 }
 
 void SpfInstanceReader::watchField(unsigned) {}
 
-void SpfInstanceReader::notify(int, int) { remark(SpfRemark::kBareList, helper().next, helper().next); }
+void SpfInstanceReader::notify(int, int) {
+    const std::string_view text = parameterText();
+    remark(SpfRemark::kBareList, text.data(), text.data() + text.size());
+    m_current.parameters.push_back({m_position, spf::closed(text), {}});
+}
 
 }  // namespace VN_SDAI

@@ -18,8 +18,8 @@ struct SpfRemark {
         kNoKeyword,
         kComplex,
         kDuplicate,
-        kRenumbered,
         kUnclosedList,
+        kBehindList,
         kBareList,
         kDangling,
     };
@@ -58,6 +58,7 @@ private:
     const VnIfcEntityType* typeOf(std::string_view keyword);
     void readForeign(std::string_view text, std::string_view keyword, const char* open);
     void readFields(VnIfcEntityBase& instance, const char* begin, const char* end);
+    void keepSurplus(const char* begin, const char* close, const char* end);
     void keep(VnIfcEntityBase& instance);
     void remark(SpfRemark::Kind kind, const char* begin, const char* end);
 

@@ -65,8 +65,6 @@ void SpfInstanceWriter::writeWithKept(const VnIfcEntityBase& instance, const Kep
         const KeptParameters::Parameter* parameter = kept.find(position);
         VnSpfFilerBase::write(parameter && parameter->writtenAs == written ? std::string_view(parameter->text) : written);
     }
-    if (kept.surplus.empty()) return;
-    if (count > 0) wrChar(',');
     VnSpfFilerBase::write(kept.surplus);
 }
 

@@ -1,6 +1,7 @@
 #include "SpfDiagnostics.h"
 #include "SpfInput.h"
 #include "SpfInstanceReader.h"
+#include "SpfScan.h"
 #include "SpfStructure.h"
 #include "WorkSharing.h"
 
@@ -69,13 +70,22 @@ private:
             if (number == 0 || m_data.slots.find(number)) homeless.push_back(i);
             else setSlot(i, m_data.slotForInstance(number));
         }
+        if (!homeless.empty()) reserveReferences();
         for (const std::size_t i : homeless) {
-            const bool isDuplicate = instances[i].number != 0;
-            setSlot(i, m_data.slotForInstance(m_data.nextNumber()));
-            SpfRemark remark{isDuplicate ? SpfRemark::kDuplicate : SpfRemark::kRenumbered};
-            remark.number = slotOf(i)->number;
+            SpfRemark remark{SpfRemark::kDuplicate};
+            remark.number = instances[i].number;
             remark.begin = m_structure.textOf(instances[i]).data();
-            m_blocks[i / kBlock].remarks.push_back(remark);
+            if (remark.number != 0) m_blocks[i / kBlock].remarks.push_back(remark);
+            setSlot(i, m_data.slotForInstance(m_data.nextNumber()));
+        }
+    }
+
+    /// An instance under a fresh number must not become what a reference to nothing refers to.
+    void reserveReferences() {
+        const char* const end = m_input.end();
+        for (const char* p = m_input.begin(); (p = std::find(p, end, '#')) < end;) {
+            std::uint64_t number = 0;
+            if (spf::readNumber(++p, number)) m_data.slotForReference(number);
         }
     }
 

@@ -72,14 +72,11 @@ void VnSpfFilerBase::startReading(const char* begin, const char* end) noexcept {
 }
 
 bool VnSpfFilerBase::finishReading(const char*& surplusBegin, const char*& surplusEnd) {
-    surplusBegin = surplusEnd = nullptr;
-    const char* end = m_helper.end;
-    if (m_helper.peek() == ')' && spf::skipBlanks(m_helper.next + 1, end) == end) return true;
+    const char* const end = m_helper.end;
+    const bool closes = m_helper.peek() == ')' && m_helper.next < end;
     surplusBegin = m_helper.next;
-    const char* last = end;
-    while (last > surplusBegin && last[-1] != ')') --last;
-    surplusEnd = last > surplusBegin ? last - 1 : end;
-    return false;
+    surplusEnd = closes ? surplusBegin : spf::listEnd(surplusBegin, end);
+    return closes && spf::skipBlanks(m_helper.next + 1, end) == end;
 }
 
 VnSpfFilerBase::Token VnSpfFilerBase::beginField(bool separated) {
@@ -126,19 +123,25 @@ bool VnSpfFilerBase::failField(VnSpfProblem problem) {
     m_failed = true;
     m_problem = problem;
     if (m_nested) return false;  // the whole parameter is dealt with once its reader gives up
-    const char* end = spf::parameterEnd(m_fieldBegin, m_helper.end);
-    m_helper.next = end;
-    while (end > m_fieldBegin && spf::isBlank(end[-1])) --end;
-    onMisfit(m_position, problem, m_fieldBegin, end);
+    const std::string_view text = parameterText();
+    m_helper.next = spf::parameterEnd(m_fieldBegin, m_helper.end);
+    onMisfit(m_position, problem, text.data(), text.data() + text.size());
     return false;
+}
+
+std::string_view VnSpfFilerBase::parameterText() const noexcept {
+    const char* end = spf::parameterEnd(m_fieldBegin, m_helper.end);
+    while (end > m_fieldBegin && spf::isBlank(end[-1])) --end;
+    return {m_fieldBegin, static_cast<std::size_t>(end - m_fieldBegin)};
 }
 
 void VnSpfFilerBase::onMisfit(unsigned, VnSpfProblem, const char*, const char*) {}
 void VnSpfFilerBase::watchField(unsigned) {}
 void VnSpfFilerBase::notify(int, int) {}
 
-bool VnSpfFilerBase::openAggregate(bool separated) {
+bool VnSpfFilerBase::openAggregate(bool separated, bool isBinary) {
     m_nested = false;
+    m_elementQuote = isBinary ? '"' : '\'';
     if (beginField(separated) != Token::kValue) return false;
     m_nested = true;
     return true;
@@ -151,7 +154,9 @@ void VnSpfFilerBase::closeAggregate(bool read) {
 
 bool VnSpfFilerBase::atDelimiter() const noexcept {
     const char c = *m_helper.next;
-    return c == ',' || c == ')' || m_helper.next >= m_helper.end || spf::isBlank(c) || c == '/';
+    if (c == ',' || c == ')' || m_helper.next >= m_helper.end || spf::isBlank(c)) return true;
+    // A comment, or another value, where the comma between them was forgotten.
+    return c == '/' || c == '$' || c == '#' || c == '*' || c == '(' || c == '\'' || c == '"';
 }
 
 // ---- tokens ------------------------------------------------------------------------------------------------------------
@@ -200,6 +205,7 @@ bool VnSpfFilerBase::readInteger(std::int64_t& value, VnSpfProblem& problem) {
     const char* p = first;
     const bool negative = *p == '-';
     if (*p == '-' || *p == '+') ++p;
+    while (*p == '0' && spf::isDigit(p[1])) ++p;
     Digits digits;
     p = digits.scan(p);
     m_helper.next = p;
@@ -311,7 +317,7 @@ bool VnSpfFilerBase::rdLimitedString(char* buffer, std::size_t length, bool, boo
         if (read && !readPlainText(text) && (read = readText(special))) text = special.view();
         if (!read) failField(VnSpfProblem::kWrongKind);
         else if (text == VnUnsetText.text) failField(VnSpfProblem::kReservedValue);
-        else if (text.size() > length) failField(VnSpfProblem::kOutOfRange);
+        else if (text.size() > length || text.find('\0') != text.npos) failField(VnSpfProblem::kOutOfRange);
     }
     const std::size_t taken = std::min(text.size(), length);
     std::copy_n(text.data(), taken, buffer);
@@ -450,11 +456,13 @@ bool VnSpfFilerBase::readSelectField(VnIfcSelect& value, std::string_view name) 
     const char* const begin = m_fieldBegin;
     const unsigned seen = m_seen;
     const bool nested = m_nested;
+    const bool ranShort = m_short;
     m_nested = true;
     const VN::ErrorStatus status = value.readTypedField(VnAnsiString(name), this);
     m_fieldBegin = begin;
     m_seen = seen;
     m_nested = nested;
+    m_short = ranShort;
     if (status == VN::eUnknownLiteral && !m_failed) return failValue(VnSpfProblem::kUnknownLiteral);
     return status == VN::eOk && !m_failed;
 }
@@ -521,7 +529,7 @@ bool VnSpfFilerBase::rdPrimitive(double& value, bool separated) {
         VnSpfProblem problem;
         if (readReal(value, problem)) return true;
         value = Consts::VnRealUnset;
-        return m_helper.skipUntilRet('$');
+        return m_helper.skipUntilRet('$') || failValue(problem);
     });
 }
 
@@ -530,7 +538,7 @@ bool VnSpfFilerBase::rdPrimitive(int& value, bool separated) {
         VnSpfProblem problem;
         std::int64_t number = 0;
         value = Consts::VnIntUnset;
-        if (!readInteger(number, problem)) return m_helper.skipUntilRet('$');
+        if (!readInteger(number, problem)) return m_helper.skipUntilRet('$') || failValue(problem);
         if (number != static_cast<int>(number)) return failValue(VnSpfProblem::kOutOfRange);
         if (number == Consts::VnIntUnset) return failValue(VnSpfProblem::kReservedValue);
         value = static_cast<int>(number);
@@ -548,8 +556,7 @@ bool VnSpfFilerBase::rdPrimitive(VnDbObjectId& value, bool separated) {
 
 bool VnSpfFilerBase::rdPrimitive(VnAnsiString& value, bool separated) {
     return readElement(separated, [&] {
-        if (readString(value, *m_helper.next == '"' ? '"' : '\''))
-            return !value.isUnset() || failValue(VnSpfProblem::kReservedValue);
+        if (readString(value, m_elementQuote)) return !value.isUnset() || failValue(VnSpfProblem::kReservedValue);
         value = VnUnsetText;
         return m_helper.skipUntilRet('$');
     });

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <string>
 #include <string_view>
 
 #if defined(__SSE2__) || defined(_M_X64)
@@ -132,6 +133,47 @@ inline const char* parameterEnd(const char* p, const char* end) noexcept {
         }
     }
     return end;
+}
+
+/// The closing parenthesis of the list whose first parameter begins at `p`, or `end`.
+inline const char* listEnd(const char* p, const char* end) noexcept {
+    p = parameterEnd(p, end);
+    while (p < end && *p == ',') p = parameterEnd(p + 1, end);
+    return p;
+}
+
+/// A text with what it takes to close the string, the comment and the lists that are open at its end, so that it can
+/// stand among others. Behind `text` there must be padding.
+inline std::string closed(std::string_view text) {
+    const char* p = text.data();
+    const char* const end = p + text.size();
+    std::string closing;
+    std::size_t depth = 0;
+    while (p < end) {
+        const char* behind = p + 1;
+        if (*p == '\'') {
+            behind = stringEnd(p, end);
+            if (!behind) closing = "'";
+        } else if (*p == '/' && p + 1 < end && p[1] == '*') {
+            behind = commentEnd(p, end);
+            if (!behind) closing = "*/";
+        } else if (*p == '(') {
+            ++depth;
+        } else if (*p == ')' && depth > 0) {
+            --depth;
+        }
+        if (!behind) break;
+        p = behind;
+    }
+    std::string result = std::string(text) + closing;
+    if (closing == "'") {
+        // A directive at the end takes the apostrophe as its own.
+        std::string again(result, static_cast<std::size_t>(p - text.data()));
+        const std::size_t length = again.size();
+        again.append(kPadding, '\0');
+        if (!stringEnd(again.data(), again.data() + length)) result += '\'';
+    }
+    return result.append(depth, ')');
 }
 
 /// Reads an instance number; moves `p` behind its digits. False when it has no digit or exceeds 64 bits.

@@ -16,7 +16,7 @@ struct KeptParameters {
     };
 
     std::vector<Parameter> parameters;   ///< ascending positions
-    std::string surplus;                 ///< parameters beyond those of the class, with the commas between them
+    std::string surplus;                 ///< what follows the class's parameters, with the comma before it
     std::optional<unsigned> absentFrom;  ///< the list ended before this position
 
     bool isEmpty() const noexcept { return parameters.empty() && surplus.empty() && !absentFrom; }
