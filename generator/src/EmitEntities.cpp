@@ -115,6 +115,19 @@ std::string header(const Entity& entity, const InputNames& inputs) {
     return out.take();
 }
 
+// What the values must fulfil beyond their kind: the entity that they refer to, and the levels on which they differ.
+std::string constraints(const Type& type) {
+    unsigned unique = 0;
+    for (std::size_t level = 0; level < type.layers.size(); ++level) {
+        unique |= type.layers[level].isUnique ? 1u << level : 0u;
+    }
+    if (type.kind != Kind::kEntity && unique == 0) {
+        return "";
+    }
+    const std::string target = type.kind == Kind::kEntity ? ", &" + type.name + "::g_pEntityType" : ", nullptr";
+    return unique == 0 ? target : target + ", " + std::to_string(unique);
+}
+
 void writeRows(Writer& out, const Entity& entity) {
     if (entity.explicits.empty()) {
         return;
@@ -125,7 +138,7 @@ void writeRows(Writer& out, const Entity& entity) {
         const bool isBinary = attribute.type.kind == Kind::kBinary && !attribute.type.isAggregate();
         out.line("    ", isBinary ? "binaryRow" : "explicitRow<decltype(" + member + ")>", "(\"", attribute.name,
                  "\", \"", attributeTypeText(attribute.type), "\", offsetof(", entity.name, ", m_", attribute.name,
-                 "), ", attribute.isOptional ? "kOptional" : "kMandatory", "),");
+                 "), ", attribute.isOptional ? "kOptional" : "kMandatory", constraints(attribute.type), "),");
     }
     out.line("};");
 }
@@ -206,6 +219,24 @@ void writeLinks(Writer& out, const Entity& entity) {
     out.line("};");
 }
 
+void writeUniques(Writer& out, const Entity& entity) {
+    if (entity.uniques.empty()) {
+        return;
+    }
+    for (const UniqueRule& rule : entity.uniques) {
+        out.line("constexpr const AttributeRow* unique_", entity.name, "_", rule.label, "[] = {");
+        for (const Field& field : rule.attributes) {
+            out.line("    &", field.owner->name, "::s_rows[", field.index, "],");
+        }
+        out.line("};");
+    }
+    out.line("constexpr UniqueRule uniques_", entity.name, "[] = {");
+    for (const UniqueRule& rule : entity.uniques) {
+        out.line("    {\"", rule.label, "\", unique_", entity.name, "_", rule.label, "},");
+    }
+    out.line("};");
+}
+
 // The nearest class that has a table for the parameter list.
 const Entity* ownerOfFields(const Entity& entity) {
     const Entity* owner = &entity;
@@ -233,6 +264,7 @@ void writeClass(Writer& out, const Entity& entity) {
     out.line("    .fields = ", fields ? fields->name + "::s_fields" : "{}", ",");
     out.line("    .chain = chain_", name, ",");
     out.line("    .links = ", orNone(!entity.links.empty(), "links_" + name), ",");
+    out.line("    .uniques = ", orNone(!entity.uniques.empty(), "uniques_" + name), ",");
     out.line("    .isAbstract = ", entity.isAbstract ? "true" : "false", "};");
 }
 
@@ -257,6 +289,7 @@ void writeDefinitions(Writer& out, const Entity& entity) {
     out.line("namespace {");
     writeChain(out, entity);
     writeLinks(out, entity);
+    writeUniques(out, entity);
     out.line("} // namespace");
     writeClass(out, entity);
     writeFunctions(out, entity);
@@ -267,7 +300,7 @@ std::set<std::string> classesFor(std::span<const Entity> entities) {
     for (const Entity& entity : entities) {
         names.insert(entity.name);
         for (const ExplicitAttribute& attribute : entity.explicits) {
-            if (isReference(attribute.type)) {
+            if (attribute.type.kind == Kind::kEntity) {
                 names.insert(attribute.type.name);
             }
         }

@@ -100,6 +100,12 @@ struct Link {
     std::vector<LinkTarget> targets; ///< in the text's order
 };
 
+/// No two instances have the same values in all of these attributes.
+struct UniqueRule {
+    std::string label;
+    std::vector<Field> attributes;
+};
+
 struct Entity {
     std::string name;
     bool isAbstract = false;
@@ -109,6 +115,7 @@ struct Entity {
     std::vector<InverseAttribute> inverses;
     std::vector<Field> fields; ///< the whole parameter list, inherited positions first
     std::vector<Link> links;   ///< by attribute
+    std::vector<UniqueRule> uniques;
 
     /// The root of the inheritance chain, then each entity down to this one.
     std::vector<const Entity*> lineage() const;

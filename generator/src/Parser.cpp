@@ -61,6 +61,7 @@ private:
     void parseSupertypes(EntityDecl& entity);
     void parseExplicits(EntityDecl& entity);
     void parseDerived(EntityDecl& entity);
+    void parseUniques(EntityDecl& entity);
     void parseInverses(EntityDecl& entity);
     AttributeDecl parseAttributeName();
     TypeSpec parseTypeSpec();
@@ -235,7 +236,7 @@ TypeSpec Parser::parseTypeSpec() {
         type.layers.push_back(parseLayer(*kind));
         expect("OF");
         accept("OPTIONAL");
-        accept("UNIQUE");
+        type.layers.back().isUnique = accept("UNIQUE");
     }
     type.name = {std::string(m_token.text), m_token.at};
     type.simple = acceptKeyword(kSimpleTypes);
@@ -305,12 +306,35 @@ EntityDecl Parser::parseEntity() {
     if (accept("INVERSE")) {
         parseInverses(entity);
     }
-    if (at("UNIQUE") || at("WHERE")) {
+    if (accept("UNIQUE")) {
+        parseUniques(entity);
+    }
+    if (at("WHERE")) {
         skipTo({"END_ENTITY"});
     }
     expect("END_ENTITY");
     expect(";");
     return entity;
+}
+
+void Parser::parseUniques(EntityDecl& entity) {
+    while (!at("WHERE") && !at("END_ENTITY")) {
+        UniqueDecl rule;
+        AttributeDecl first = parseAttributeName();
+        if (accept(":")) {
+            rule.label = first.name.text;
+            first = parseAttributeName();
+        }
+        const auto add = [&](const AttributeDecl& each) {
+            rule.attributes.push_back(each.redeclaredOwner.text.empty() ? each.name : each.redeclaredName);
+        };
+        add(first);
+        while (accept(",")) {
+            add(parseAttributeName());
+        }
+        expect(";");
+        entity.uniques.push_back(std::move(rule));
+    }
 }
 
 void Parser::parseSupertypes(EntityDecl& entity) {

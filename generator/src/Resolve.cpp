@@ -80,6 +80,7 @@ private:
     void resolveAttributes();
     void resolveDerived(Entity& entity, const AttributeDecl& decl);
     void resolveInverse(Entity& entity, const InverseDecl& decl);
+    void resolveUnique(Entity& entity, const UniqueDecl& decl);
     void buildFields(Entity& entity) const;
     Entity& mutableEntity(const Entity* entity) { return m_model.entities[indexOf(entity)]; }
     std::size_t indexOf(const Entity* entity) const {
@@ -293,6 +294,9 @@ void Resolver::resolveAttributes() {
         for (const InverseDecl& inverse : m_schema.entities[i].inverses) {
             resolveInverse(m_model.entities[i], inverse);
         }
+        for (const UniqueDecl& unique : m_schema.entities[i].uniques) {
+            resolveUnique(m_model.entities[i], unique);
+        }
     }
 }
 
@@ -355,6 +359,21 @@ void Resolver::resolveInverse(Entity& entity, const InverseDecl& decl) {
     }
     link->targets.push_back({&entity, entity.inverses.size()});
     entity.inverses.push_back(std::move(inverse));
+}
+
+// A rule over derived or inverse attributes is left out: their values are not stored.
+void Resolver::resolveUnique(Entity& entity, const UniqueDecl& decl) {
+    UniqueRule rule{decl.label, {}};
+    for (const Name& name : decl.attributes) {
+        const auto found = std::find_if(entity.fields.begin(), entity.fields.end(), [&](const Field& field) {
+            return !field.isDerived && equalNoCase(field.owner->explicits[field.index].name, name.text);
+        });
+        if (found == entity.fields.end()) {
+            return;
+        }
+        rule.attributes.push_back(*found);
+    }
+    entity.uniques.push_back(std::move(rule));
 }
 
 void Resolver::readOrder() {

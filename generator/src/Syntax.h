@@ -27,6 +27,7 @@ struct Layer {
     AggregateKind kind = AggregateKind::kList;
     Bound lower{"0", 0};
     Bound upper;
+    bool isUnique = false; ///< elements must differ
 };
 
 enum class SimpleType { kBinary, kBoolean, kInteger, kLogical, kNumber, kReal, kString };
@@ -56,6 +57,12 @@ struct InverseDecl {
     Name attribute;
 };
 
+/// A rule of the UNIQUE clause: no two instances have the same values in all of these attributes.
+struct UniqueDecl {
+    std::string label;
+    std::vector<Name> attributes;
+};
+
 struct EntityDecl {
     Name name;
     bool isAbstract = false;
@@ -63,6 +70,7 @@ struct EntityDecl {
     std::vector<AttributeDecl> explicits;
     std::vector<AttributeDecl> derived;
     std::vector<InverseDecl> inverses;
+    std::vector<UniqueDecl> uniques;
 };
 
 /// ENUMERATION or SELECT: a name and its items.

@@ -42,9 +42,11 @@ constexpr const void* typeOf() noexcept {
 }
 
 template <class Member>
-constexpr AttributeRow explicitRow(const char* name, const char* typeText, std::size_t offset, Mark mark) noexcept {
+constexpr AttributeRow explicitRow(const char* name, const char* typeText, std::size_t offset, Mark mark,
+                                   VN_SDAI::VnIfcEntityType* const* target = nullptr, std::uint8_t unique = 0) noexcept {
     const bool isBinary = std::is_base_of_v<VN_SDAI::VnIfcAggr, Member> && std::string_view(typeText).ends_with("IFCBINARY");
-    return {name, typeText, typeOf<Member>(), static_cast<std::uint32_t>(offset), kindOf<Member>(), mark, isBinary};
+    return {name,   typeText, typeOf<Member>(), static_cast<std::uint32_t>(offset), kindOf<Member>(), mark, isBinary,
+            unique, target};
 }
 
 constexpr AttributeRow binaryRow(const char* name, const char* typeText, std::size_t offset, Mark mark) noexcept {

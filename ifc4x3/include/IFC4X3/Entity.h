@@ -44,6 +44,8 @@ struct AttributeRow {
     AttributeKind kind;
     Mark mark;
     bool isBinary = false;   ///< aggregates of BINARY, whose elements stand in double quotes
+    std::uint8_t unique = 0; ///< bit i: the elements of nesting level i must differ
+    VN_SDAI::VnIfcEntityType* const* target = nullptr;  ///< the entity that references must be of
 };
 
 /// An inverse attribute; `attribute.typeText` is the entity on the other side in lower case.
@@ -74,6 +76,12 @@ struct InverseLink {
     std::span<const InverseTarget> targets;
 };
 
+/// A rule of the schema: no two instances have the same values in all of these attributes.
+struct UniqueRule {
+    const char* label;
+    std::span<const AttributeRow* const> attributes;
+};
+
 using EntityFactory = VN_SDAI::VnIfcEntityBase* (*)();
 using PropertyCallback = void (*)(VN_SDAI::VnIfcPropertyCollection*, const VN_SDAI::VnIfcEntityType*);
 
@@ -91,6 +99,7 @@ struct EntityClass {
     std::span<const AttributeRow* const> fields;          ///< the whole parameter list, from the root down
     std::span<VN_SDAI::VnIfcEntityType** const> chain;    ///< the class, then its root, then down towards it
     std::span<const InverseLink> links;                   ///< own
+    std::span<const UniqueRule> uniques;                  ///< own
     bool isAbstract;
 };
 
