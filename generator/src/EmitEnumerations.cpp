@@ -29,6 +29,8 @@ std::string header(const Enumeration& enumeration, const InputNames& inputs) {
 
 std::string source(const Model& model, const InputNames& inputs) {
     Writer out(inputs.schema);
+    out.include("types/Descriptors.h");
+    out.line();
     for (const Enumeration& enumeration : model.enumerations) {
         out.includeClass(enumeration.name);
     }

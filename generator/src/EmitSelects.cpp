@@ -78,7 +78,21 @@ void writeMembers(Writer& out, const Select& select) {
     }
 }
 
-std::string header(const Select& select, const InputNames& inputs) {
+/// The aggregate of the select that entities have as members; empty when there is none.
+std::string aggregateOf(const Model& model, const Select& select) {
+    for (const Entity& entity : model.entities) {
+        for (const ExplicitAttribute& attribute : entity.explicits) {
+            if (attribute.type.select == &select && attribute.type.isAggregate()) {
+                const AggregateKind kind = attribute.type.layers.back().kind;
+                const bool isSet = kind == AggregateKind::kSet || kind == AggregateKind::kBag;
+                return std::string(isSet ? "VN_SDAI::VnIfcSetAggr<" : "VN_SDAI::VnIfcListAggr<") + select.name + ">";
+            }
+        }
+    }
+    return {};
+}
+
+std::string header(const Select& select, const std::string& aggregate, const InputNames& inputs) {
     const std::string& name = select.name;
     Writer out(inputs.schema);
     writeIncludes(out, select);
@@ -96,6 +110,10 @@ std::string header(const Select& select, const InputNames& inputs) {
         out.line("        k", leaf.name, ",");
     }
     out.line("        kUnset,\n        kPending\n    };\n");
+    if (!aggregate.empty()) {
+        out.line("    /// What members of entities hold this select in.");
+        out.line("    using Aggregate = ", aggregate, ";\n");
+    }
     out.line("    ", name, "() noexcept : Select(kUnset) {}");
     out.line("    using Select::_d;");
     out.line("    void _d(e", name, " code) noexcept { setDiscriminator(code); }");
@@ -165,6 +183,8 @@ std::string source(std::span<const Select> selects, const InputNames& inputs) {
         }
     }
     Writer out(inputs.schema);
+    out.include("types/Descriptors.h");
+    out.line();
     for (const std::string& name : classes) {
         out.includeClass(name);
     }
@@ -185,7 +205,7 @@ std::string source(std::span<const Select> selects, const InputNames& inputs) {
 
 void emitSelects(Files& files, const Model& model, const InputNames& inputs) {
     for (const Select& select : model.selects) {
-        files["include/IFC4X3/" + select.name + ".h"] = header(select, inputs);
+        files["include/IFC4X3/" + select.name + ".h"] = header(select, aggregateOf(model, select), inputs);
     }
     const std::span<const Select> selects(model.selects);
     const std::size_t size = (selects.size() + kUnits - 1) / kUnits;

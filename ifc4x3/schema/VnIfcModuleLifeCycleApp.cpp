@@ -3,6 +3,7 @@
 #include "VnIFC4X3SchemaBuilder.h"
 
 #include <IFC4X3/Module.h>
+#include <types/Descriptors.h>
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -29,6 +30,9 @@ bool VnIfcModuleLifeCycleApp::initApp() {
 void VnIfcModuleLifeCycleApp::uninitApp() {
     delete schema;
     schema = nullptr;
+    releaseEnumerationDescriptors();
+    releaseSelectDescriptors();
+    releaseAggregateDescriptors();
 }
 
 } // namespace IFC4X3

@@ -133,6 +133,11 @@ bool Select::chosenKind(VnTypeCodeKind& kind) const noexcept {
     return chosenMember != nullptr;
 }
 
+const VnIfcVariantType* Select::chosenEnumeration() const {
+    const SelectMember* chosenMember = chosen();
+    return chosenMember && chosenMember->enumeration ? &chosenMember->enumeration->descriptor->value() : nullptr;
+}
+
 VN::ErrorStatus Select::chooseType(std::int32_t code) {
     if (code < 0 || code >= selectClass().memberCount()) return VN::eNotHandled;
     const SelectMember& chosenMember = selectClass().members[static_cast<std::size_t>(code)];

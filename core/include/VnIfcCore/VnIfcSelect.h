@@ -7,7 +7,12 @@
 #include <limits>
 #include <string_view>
 
+class VrString;
+
 namespace VN_SDAI {
+
+class VnIfcVariantType;
+enum class StringFormat : std::uint8_t;
 
 /// Base of the select classes (ISO 10303-11, 8.4.2): holds the chosen value and its kind. Which member of the select is
 /// chosen is the derived class's matter.
@@ -45,6 +50,8 @@ protected:
     virtual bool chooseForReading(std::string_view name) = 0;
     /// The kind of the chosen member's value; false when none is chosen.
     virtual bool chosenKind(VnTypeCodeKind& kind) const noexcept = 0;
+    /// The descriptor of the chosen member's type if that is an enumeration; null otherwise.
+    virtual const VnIfcVariantType* chosenEnumeration() const = 0;
 
 public:
     /// Kind of the value held; kNone when nothing is held.
@@ -80,6 +87,17 @@ public:
     /// The aggregate of an aggregate-valued member; null for other kinds. Owned by the select.
     VnIfcAggr* getAggr() noexcept { return m_kind == VnTypeCodeKind::kAggregation ? &m_value.aggregate : nullptr; }
     const VnIfcAggr* getAggr() const noexcept { return m_kind == VnTypeCodeKind::kAggregation ? &m_value.aggregate : nullptr; }
+
+    // For the descriptors of select types. A null select answers false; a refused conversion leaves `result` as it was.
+
+    /// Prints the value: alone, or in the exchange form of a select (ISO 10303-21).
+    static bool _subToString(VrString& text, const VnIfcSelect* select, StringFormat format);
+    /// Converts the value, or makes a copy of the select, or a pointer to it, where `target` is for its class.
+    static bool _subToValueType(const VnIfcVariantType& target, const VnIfcSelect* select, VnIfcVariant& result);
+    /// Chooses what is chosen in the select that `source` holds, and takes its value; false when there is no such member.
+    static bool _subFromValueType(const VnIfcVariant& source, VnIfcSelect& select);
+    /// The value as one of a core type or an enumeration, an aggregate as a pointer to it; false when nothing is held.
+    bool toVariant(VnIfcVariant& value) const;
 
     /// Same member and same value; handles are compared by instance.
     bool operator==(const VnIfcSelect& other) const noexcept;

@@ -1,6 +1,8 @@
 #pragma once
 #include <IFC4X3/Export.h>
+#include <VnIfcCore/VnIfcVariantType.h>
 
+#include <concepts>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -11,6 +13,7 @@ namespace IFC4X3 {
 struct EnumerationClass {
     const char* name;
     std::span<const char* const> literals;
+    VN_SDAI::VnIfcVariantTypeSlot* descriptor;
 
     /// The literal of a code; null when the code is not below the number of literals.
     const char* toLiteral(int code) const noexcept {
@@ -27,6 +30,7 @@ class Enumeration {
 public:
     using CodeType = Code;
     static constexpr std::uint32_t kLiteralCount = unset;
+    static constexpr const char* kSchemaName = "IFC4X3";
 
     constexpr Enumeration(Code code = unset) noexcept : m_code(code) {}
     /// From a number; whatever is no literal's code becomes unset.
@@ -42,11 +46,16 @@ private:
     std::uint32_t m_code;
 };
 
-/// The class row of the enumeration E.
 template <class E>
-constexpr EnumerationClass enumerationClass(const char* name, std::span<const char* const> literals) noexcept {
-    static_assert(sizeof(E) == 4);
-    return {name, literals};
-}
+concept EnumerationType = requires {
+    { (E::s_class) } -> std::same_as<const EnumerationClass&>;
+};
 
 }  // namespace IFC4X3
+
+/// The descriptor of an enumeration class.
+template <IFC4X3::EnumerationType E>
+struct VN_SDAI::VnIfcVariantType::Desc<E> {
+    static const VnIfcVariantType& value() { return E::s_class.descriptor->value(); }
+    static void release() noexcept { E::s_class.descriptor->release(); }
+};

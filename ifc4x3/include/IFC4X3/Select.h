@@ -3,6 +3,9 @@
 #include <VnIfcCore/VnIfcListAggr.h>
 #include <VnIfcCore/VnIfcSelect.h>
 #include <VnIfcCore/VnIfcSetAggr.h>
+#include <VnIfcCore/VnIfcVariantType.h>
+
+#include <concepts>
 
 namespace IFC4X3 {
 
@@ -15,10 +18,20 @@ struct SelectMember {
     const VN_SDAI::VnIfcAggr* prototype;       ///< aggregate members: a nil aggregate of the member's type
 };
 
+/// The descriptors of a select class, of pointers to it, and of its arrays and pointers to its aggregates if the schema
+/// has such.
+struct SelectDescriptors {
+    VN_SDAI::VnIfcVariantTypeSlot* value;
+    VN_SDAI::VnIfcVariantTypeSlot* pointer;
+    VN_SDAI::VnIfcVariantTypeSlot* array;
+    VN_SDAI::VnIfcVariantTypeSlot* aggregate;
+};
+
 struct SelectClass {
     const char* name;
     std::span<const SelectMember> members;
     VN_SDAI::VnIfcNameType** type;             ///< the select's record in the dictionary
+    SelectDescriptors descriptors;
 
     std::int32_t memberCount() const noexcept { return static_cast<std::int32_t>(members.size()); }
     /// The index of the member of that name, in any case; the number of members when there is none.
@@ -46,6 +59,8 @@ constexpr SelectMember aggregateMember(const VN_SDAI::VnAnsiString& name) noexce
 /// number of members means that none is chosen, one more that an instance was loaded but not yet classified.
 class IFC4X3_API Select : public VN_SDAI::VnIfcSelect {
 public:
+    static constexpr const char* kSchemaName = "IFC4X3";
+
     Select(const Select&) = default;
     Select& operator=(const Select&) = default;
     Select(Select&&) noexcept = default;
@@ -72,6 +87,7 @@ protected:
     VN::ErrorStatus writeTypedField(VN_SDAI::VnSpfFilerBase* filer) const override;
     bool chooseForReading(std::string_view name) override;
     bool chosenKind(VN_SDAI::VnTypeCodeKind& kind) const noexcept override;
+    const VN_SDAI::VnIfcVariantType* chosenEnumeration() const override;
 
     void setDiscriminator(std::int32_t code) noexcept { m_discriminator = code; }
     bool is(std::int32_t code) const noexcept { return discriminatorAfterRefresh() == code; }
@@ -102,11 +118,53 @@ private:
 
 static_assert(sizeof(Select) == 32);
 
-/// The class row of the select S.
 template <class S>
-constexpr SelectClass selectClass(const char* name, std::span<const SelectMember> members) noexcept {
-    static_assert(sizeof(S) == 32);
-    return {name, members, &S::sType};
-}
+concept SelectType = std::derived_from<S, Select> && requires { S::s_class; };
+
+/// The selects that aggregates of class Aggregate hold in the schema.
+template <class S, class Aggregate>
+concept SelectInAggregate = SelectType<S> && std::same_as<typename S::Aggregate, Aggregate>;
 
 }  // namespace IFC4X3
+
+namespace VN_SDAI {
+
+/// The descriptor of the select class S.
+template <IFC4X3::SelectType S>
+struct VnIfcVariantType::Desc<S> {
+    static const VnIfcVariantType& value() { return S::s_class.descriptors.value->value(); }
+    static void release() noexcept { S::s_class.descriptors.value->release(); }
+};
+
+/// The descriptor of pointers to S.
+template <IFC4X3::SelectType S>
+struct VnIfcVariantType::Desc<S*> {
+    static const VnIfcVariantType& value() { return S::s_class.descriptors.pointer->value(); }
+    static void release() noexcept { S::s_class.descriptors.pointer->release(); }
+};
+
+/// The descriptor of arrays of S, for the selects that stand in aggregates.
+template <IFC4X3::SelectType S>
+    requires requires { typename S::Aggregate; }
+struct VnIfcVariantType::Desc<VnIfcArray<S, VnIfcArrayObjectCopyReallocator<S>>> {
+    static const VnIfcVariantType& value() { return S::s_class.descriptors.array->value(); }
+    static void release() noexcept { S::s_class.descriptors.array->release(); }
+};
+
+/// The descriptor of pointers to the SETs of S.
+template <class S>
+    requires IFC4X3::SelectInAggregate<S, VnIfcSetAggr<S>>
+struct VnIfcVariantType::Desc<VnIfcSetAggr<S>*> {
+    static const VnIfcVariantType& value() { return S::s_class.descriptors.aggregate->value(); }
+    static void release() noexcept { S::s_class.descriptors.aggregate->release(); }
+};
+
+/// The descriptor of pointers to the LISTs of S.
+template <class S>
+    requires IFC4X3::SelectInAggregate<S, VnIfcListAggr<S>>
+struct VnIfcVariantType::Desc<VnIfcListAggr<S>*> {
+    static const VnIfcVariantType& value() { return S::s_class.descriptors.aggregate->value(); }
+    static void release() noexcept { S::s_class.descriptors.aggregate->release(); }
+};
+
+}  // namespace VN_SDAI

@@ -1,0 +1,185 @@
+#pragma once
+#include <VnIfcCore/VnAnsiString.h>
+#include <VnRx/VnPlatform.h>
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <string>
+
+class VrString;
+
+namespace VN_SDAI {
+
+class VnIfcObject;
+class VnIfcVariant;
+class VnIfcVariantType;
+
+/// How a value is put into words.
+enum class StringFormat : std::uint8_t {
+    kPlain,    ///< for people: strings decoded and without apostrophes, an unset value as the empty text
+    kExchange, ///< as in an exchange file (ISO 10303-21, 6.4), an unset value as "$"
+};
+
+/// How variants make, copy and destroy payloads that they hold on the heap. The objects are of the descriptor's type.
+class IVnIfcVariantTypeObjectAllocator {
+public:
+    /// A new object in its default state; the caller owns it.
+    virtual void* create() const = 0;
+    virtual void* copy(const void* object) const = 0;
+    virtual void destroy(void* object) const noexcept = 0;
+
+protected:
+    ~IVnIfcVariantTypeObjectAllocator() = default;
+};
+
+/// What a descriptor of an enumeration type tells about its enumerators. The last one stands for "unset".
+class IVnIfcVariantTypeEnumeration {
+public:
+    virtual std::int32_t literalCount() const noexcept = 0;
+    /// The qualified name of an enumerator, owned by the descriptor. The index must be from 0 to below literalCount().
+    virtual const VnAnsiString* literalName(std::int32_t index) const noexcept = 0;
+
+protected:
+    ~IVnIfcVariantTypeEnumeration() = default;
+};
+
+/// How a variant keeps payloads of a type whose bytes cannot simply be copied. Such payloads may be moved to another
+/// place by copying their bytes, if nobody uses the old place any more.
+struct VnIfcVariantStorage {
+    /// Makes a payload from a value of the type; null stands for its default value.
+    void (*emplace)(const VnIfcVariantType& type, void* payload, const void* value);
+    void (*copy)(const VnIfcVariantType& type, void* payload, const void* source);
+    void (*destroy)(const VnIfcVariantType& type, void* payload) noexcept;
+    bool onHeap = false; ///< the payload is a pointer to the value
+};
+
+/// The storage of values of T that stand in the variant itself.
+template <class T>
+inline constexpr VnIfcVariantStorage vnIfcInsideStorage{
+    [](const VnIfcVariantType&, void* payload, const void* value) {
+        value ? ::new (payload) T(*static_cast<const T*>(value)) : ::new (payload) T();
+    },
+    [](const VnIfcVariantType&, void* payload, const void* source) {
+        ::new (payload) T(*static_cast<const T*>(source));
+    },
+    [](const VnIfcVariantType&, void* payload) noexcept { static_cast<T*>(payload)->~T(); }};
+
+/// The storage of values that stand on the heap, by way of the descriptor's allocator.
+VNIFC_API extern const VnIfcVariantStorage vnIfcHeapStorage;
+
+/// Describes one type of payload that a VnIfcVariant can hold: how values of it are printed, compared, made and
+/// converted. There is one descriptor for each type in the whole process, made when first asked for. Descriptors of a
+/// schema module go when the module is uninitialised; no variant of such a type may outlive that.
+class VNIFC_API VnIfcVariantType {
+public:
+    /// The descriptor of T: `static const VnIfcVariantType& value()`, thread-safe, and `static void release()`, which
+    /// takes it away so that the next value() makes a new one. Release only when nobody uses the descriptor any more.
+    /// Defined for the types that the core or a schema module describes.
+    template <class T>
+    struct Desc;
+
+    VnIfcVariantType(const VnIfcVariantType&) = delete;
+    VnIfcVariantType& operator=(const VnIfcVariantType&) = delete;
+
+    virtual bool isSelect() const noexcept { return false; }
+    virtual bool isAggregate() const noexcept { return false; }
+    virtual ~VnIfcVariantType();
+    /// Null for types whose values stand in the variant itself.
+    virtual const IVnIfcVariantTypeObjectAllocator* objectMemAllocator() const noexcept { return nullptr; }
+    /// Null for all but enumeration types.
+    virtual const IVnIfcVariantTypeEnumeration* enumeration() const noexcept { return nullptr; }
+    /// What was given to the constructor; null for all types of the core and the schema.
+    virtual const VnIfcVariantType* reference() const noexcept { return m_reference; }
+    virtual VnIfcObject* rxObjectValue() const noexcept { return m_rxObject; }
+
+    // The sub-operations do the work for values of this type; the operations below them first see whether there is
+    // any. A conversion that is not possible answers false and leaves `result` as it was.
+
+    /// Compares two values of this type.
+    virtual bool subEqualTo(const void* left, const void* right) const;
+    /// Converts a variant of this type to another one.
+    virtual bool subToValueType(const VnIfcVariantType& target, const VnIfcVariant& source, VnIfcVariant& result) const;
+    /// Converts a variant of another type to this one.
+    virtual bool subFromValueType(const VnIfcVariant& source, VnIfcVariant& result) const;
+    /// Prints a value of this type; false for null.
+    virtual bool subToString(VrString& text, const void* value, StringFormat format) const;
+    virtual bool toValueType(const VnIfcVariantType& target, const VnIfcVariant& source, VnIfcVariant& result) const;
+    virtual bool fromValueType(const VnIfcVariant& source, VnIfcVariant& result) const;
+    /// Prints a variant; false when it is not of this type.
+    virtual bool toString(VrString& text, const VnIfcVariant& value, StringFormat format) const;
+    /// The name of the member that is chosen in the select that a variant of this type holds; empty otherwise.
+    virtual VnAnsiString typePath(const VnIfcVariant& value) const;
+    virtual VnAnsiString subTypePath(const VnIfcVariant& value) const;
+    /// Makes `value` hold the unset value of this type; false when the type has none.
+    virtual bool createVariant(VnIfcVariant& value) const;
+
+    /// The qualified name of the type.
+    const wchar_t* name() const noexcept { return m_name.c_str(); }
+    /// Of a value, in bytes.
+    std::uint32_t size() const noexcept { return m_size; }
+    /// Null when copying the bytes of a value is enough.
+    const VnIfcVariantStorage* storage() const noexcept { return m_storage; }
+
+protected:
+    explicit VnIfcVariantType(const wchar_t* name, std::uint32_t size, const VnIfcVariantType* reference = nullptr,
+                              VnIfcObject* rxObject = nullptr, const VnIfcVariantStorage* storage = nullptr)
+        : m_name(name), m_size(size), m_reference(reference), m_rxObject(rxObject), m_storage(storage) {}
+
+private:
+    std::wstring m_name;
+    std::uint32_t m_size;
+    const VnIfcVariantType* m_reference;
+    VnIfcObject* m_rxObject;
+    const VnIfcVariantStorage* m_storage;
+};
+
+/// The place of one descriptor in the process, null until the descriptor is asked for. Owns the descriptor. Has static
+/// storage duration in the library that describes the type.
+class VNIFC_API VnIfcVariantTypeSlot {
+public:
+    /// Makes the descriptor. Its constructor publishes it as soon as its VnIfcVariantType part is there.
+    using Create = VnIfcVariantType* (*)(VnIfcVariantTypeSlot& slot);
+
+    /// `living` counts the descriptors of a library. Without a lock, threads that ask for the same missing descriptor
+    /// at the same time can each make one; the last of them stays.
+    constexpr VnIfcVariantTypeSlot(Create create, bool isLocked, std::atomic<std::size_t>& living) noexcept
+        : m_create(create), m_living(&living), m_isLocked(isLocked) {}
+    VnIfcVariantTypeSlot(const VnIfcVariantTypeSlot&) = delete;
+    VnIfcVariantTypeSlot& operator=(const VnIfcVariantTypeSlot&) = delete;
+
+    /// The descriptor, made if there is none. To threads that come while another one makes it, it may still lack its
+    /// own part, the names of enumerators among it.
+    const VnIfcVariantType& value() {
+        const VnIfcVariantType* type = m_type.load(std::memory_order_acquire);
+        return type ? *type : make();
+    }
+    /// Destroys the descriptor, if there is one.
+    void release() noexcept;
+    /// For constructors of descriptors.
+    void publish(VnIfcVariantType* type) noexcept;
+
+private:
+    const VnIfcVariantType& make();
+    const VnIfcVariantType& createAndPublish();
+
+    std::atomic<VnIfcVariantType*> m_type{nullptr};
+    Create m_create;
+    std::atomic<std::size_t>* m_living;
+    bool m_isLocked;
+};
+
+/// The lock of the whole process under which descriptors are made.
+using VnIfcVariantTypeLocker = std::recursive_mutex;
+VNIFC_API VnIfcVariantTypeLocker& vnifcGetVaraintTypeLocker() noexcept;
+
+/// Holds a lock as long as it lives.
+class VnIfcAutoLocker {
+public:
+    explicit VnIfcAutoLocker(VnIfcVariantTypeLocker& locker) : m_guard(locker) {}
+
+private:
+    std::lock_guard<VnIfcVariantTypeLocker> m_guard;
+};
+
+} // namespace VN_SDAI
