@@ -4,28 +4,42 @@
 
 #include <VnIfcCore/VnIfcException.h>
 #include <VnIfcCore/VnIfcModel.h>
+#include <VnIfcCore/VnIfcVariant.h>
 #include <entities/Members.h>
 
 #include <string>
 
-// Access by name. Testing and unsetting go by the same rows as reading and writing files.
+// Access by name goes by the same rows as reading and writing files.
 namespace IFC4X3 {
 
 using namespace VN_SDAI;
 
+namespace {
+
+/// As _stricmp(...) == 0, for most names at the cost of one byte.
+bool sameName(const char* declared, const char* name) noexcept {
+    for (;; ++declared, ++name) {
+        const auto have = static_cast<unsigned char>(*declared), asked = static_cast<unsigned char>(*name);
+        if (have != asked && ((have ^ asked) != 0x20 || (have | 0x20) < 'a' || (have | 0x20) > 'z')) return false;
+        if (have == 0) return true;
+    }
+}
+
+}  // namespace
+
 const AttributeRow* findExplicit(const EntityClass& type, const char* name) noexcept {
     for (const EntityClass* each = &type; each; each = each->supertype)
         for (const AttributeRow& row : each->attributes)
-            if (_stricmp(row.name, name) == 0) return &row;
+            if (sameName(row.name, name)) return &row;
     return nullptr;
 }
 
 const AttributeRow* findAttribute(const EntityClass& type, const char* name) noexcept {
     for (const EntityClass* each = &type; each; each = each->supertype) {
         for (const AttributeRow& row : each->attributes)
-            if (_stricmp(row.name, name) == 0) return &row;
+            if (sameName(row.name, name)) return &row;
         for (const InverseRow& row : each->inverses)
-            if (_stricmp(row.attribute.name, name) == 0) return &row.attribute;
+            if (sameName(row.attribute.name, name)) return &row.attribute;
     }
     return nullptr;
 }
@@ -54,6 +68,53 @@ void checkWritable(const Entity& instance, const char* operation) {
     const VnIfcModel* model = instance.owningModel();
     if (model && model->mode() != sdaiReadWrite)
         throw VnIfcException(VnIfcException::kNotReadWrite, "SDAI-model access not read-write", placeOf(instance, operation));
+}
+
+VnIfcVariant valueOf(const Entity& instance, const AttributeRow& row) {
+    switch (row.kind) {
+        case AttributeKind::kString:
+        case AttributeKind::kBinary: return member<VnAnsiString>(instance, row).constStr();
+        case AttributeKind::kGuid: return member<VnIfcGUID>(instance, row);
+        case AttributeKind::kReal: return member<double>(instance, row);
+        case AttributeKind::kInteger: return member<int>(instance, row);
+        case AttributeKind::kBoolean: return member<VnIfcBoolean>(instance, row);
+        case AttributeKind::kLogical: return member<VnIfcLogical>(instance, row);
+        case AttributeKind::kReference: return member<VnDbObjectId>(instance, row);
+        case AttributeKind::kEnumeration:
+            return {typeOf<EnumerationClass>(row).descriptor->value(), &member<std::uint32_t>(instance, row)};
+        case AttributeKind::kSelect: {
+            const VnIfcSelect* live = &member<VnIfcSelect>(instance, row);
+            return {typeOf<SelectOperations>(row).selectClass->descriptors.pointer->value(), &live};
+        }
+        case AttributeKind::kAggregate:
+            return typeOf<AggregateOperations>(row).toVariant(member<VnIfcAggr>(instance, row));
+        case AttributeKind::kDerived: break;
+    }
+    return {};
+}
+
+Assigned assign(Entity& instance, const AttributeRow& row, const VnIfcVariant& value) {
+    bool stored = false;
+    switch (row.kind) {
+        case AttributeKind::kString:
+        case AttributeKind::kBinary: stored = value.getAs(member<VnAnsiString>(instance, row)); break;
+        case AttributeKind::kGuid: stored = value.getAs(member<VnIfcGUID>(instance, row)); break;
+        case AttributeKind::kReal: stored = value.getAs(member<double>(instance, row)); break;
+        case AttributeKind::kInteger: stored = value.getAs(member<int>(instance, row)); break;
+        case AttributeKind::kBoolean: stored = value.getAs(member<VnIfcBoolean>(instance, row)); break;
+        case AttributeKind::kLogical: stored = value.getAs(member<VnIfcLogical>(instance, row)); break;
+        case AttributeKind::kReference: stored = value.getAs(member<VnDbObjectId>(instance, row)); break;
+        case AttributeKind::kEnumeration:
+            return assignEnumeration(member<std::uint32_t>(instance, row), typeOf<EnumerationClass>(row), value);
+        case AttributeKind::kSelect:
+            stored = assignSelect(member<VnIfcSelect>(instance, row), *typeOf<SelectOperations>(row).selectClass, value);
+            break;
+        case AttributeKind::kAggregate:
+            stored = typeOf<AggregateOperations>(row).fromVariant(member<VnIfcAggr>(instance, row), value);
+            break;
+        case AttributeKind::kDerived: break;
+    }
+    return stored ? Assigned::kYes : Assigned::kNo;
 }
 
 bool isSet(const Entity& instance, const AttributeRow& row) noexcept {
@@ -92,6 +153,22 @@ void unset(Entity& instance, const AttributeRow& row) noexcept {
         case AttributeKind::kAggregate: member<VnIfcAggr>(instance, row).clear(); break;
         case AttributeKind::kDerived: break;
     }
+}
+
+bool Entity::getAttr(const VnAnsiString& name, VnIfcVariant& value) const {
+    checkReadable(*this, "getAttr");
+    const AttributeRow* row = findAttribute(entityClass(), name.constStr());
+    if (!row) return false;
+    value = valueOf(*this, *row);
+    return true;
+}
+
+bool Entity::putAttr(const VnAnsiString& name, const VnIfcVariant& value) {
+    checkWritable(*this, "putAttr");
+    const AttributeRow* row = findExplicit(entityClass(), name.constStr());
+    const Assigned assigned = row ? assign(*this, *row, value) : Assigned::kNo;
+    if (assigned != Assigned::kNo) touched(positionOf(entityClass(), *row));
+    return assigned == Assigned::kYes;
 }
 
 bool Entity::testAttr(const VnAnsiString& name) const {

@@ -1,5 +1,6 @@
 #pragma once
 #include <IFC4X3/Entity.h>
+#include <types/ValueOperations.h>
 
 namespace IFC4X3 {
 
@@ -14,6 +15,10 @@ unsigned positionOf(const EntityClass& type, const AttributeRow& row) noexcept;
 void checkReadable(const Entity& instance, const char* operation);
 void checkWritable(const Entity& instance, const char* operation);
 
+/// The value as getAttr hands it out: a copy, or live access to a string's text, a select or an aggregate.
+VN_SDAI::VnIfcVariant valueOf(const Entity& instance, const AttributeRow& row);
+/// Converts and stores.
+Assigned assign(Entity& instance, const AttributeRow& row, const VN_SDAI::VnIfcVariant& value);
 bool isSet(const Entity& instance, const AttributeRow& row) noexcept;
 void unset(Entity& instance, const AttributeRow& row) noexcept;
 

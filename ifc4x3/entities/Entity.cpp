@@ -73,7 +73,7 @@ void forEachTarget(const Entity& instance, const AttributeRow& row, Visit visit)
             if (aggregate.elementKind() == VnTypeCodeKind::kEntity) {
                 for (const VnDbObjectId& handle : static_cast<const VnIfcAggrOf<VnDbObjectId>&>(aggregate)) visit(handle);
             } else if (aggregate.elementKind() == VnTypeCodeKind::kSelect) {
-                // Every select class adds the same to its base, so that their arrays have the same stride.
+                // All select classes are of one size.
                 const auto* select = static_cast<const char*>(aggregate.imp().data());
                 for (std::uint32_t i = 0; i < aggregate.count(); ++i, select += aggregate.imp().elementSize())
                     visit(reinterpret_cast<const VnIfcSelect*>(select)->getHandle());

@@ -8,6 +8,7 @@
 namespace VN_SDAI {
 
 class VnIfcAttributeDefinition;
+class VnIfcCheck;
 class VnIfcGUID;
 
 /// Base of every entity class: an instance's identity in its model and the operations that the core calls. One instance
@@ -51,6 +52,8 @@ public:
     virtual void leaveInverseCounterParts();
     /// The globally unique identifier; null for classes that have none.
     virtual const VnIfcGUID* globalId() const noexcept;
+    /// Reports what is wrong with the instance's values.
+    virtual void check(VnIfcCheck& check) const;
 
     /// The instance's own handle; null outside of a model.
     VnDbObjectId objectId() const noexcept { return m_id; }

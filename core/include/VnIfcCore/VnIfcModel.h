@@ -22,6 +22,7 @@ struct VnIfcReadOptions {
     VnIfcProgress progress;
     unsigned threads = 0;             ///< 0: as many as the machine has
     bool inverses = true;             ///< set inverse attributes when the file has been read
+    bool places = false;              ///< remember where each instance stands in the file
     std::string_view name;            ///< how diagnostics call the input; empty: its path
 };
 
@@ -94,6 +95,9 @@ public:
     /// Handles of all instances in ascending order of numbers.
     std::vector<VnDbObjectId> instances() const;
     std::vector<VnDbObjectId> instancesOf(const VnIfcEntityType* type, bool withSubtypes = true) const;
+
+    /// Line and column, from 1, of an instance in the file that it was read from; false when they are not known.
+    bool place(const VnDbObjectId& handle, std::uint64_t& line, std::uint64_t& column) const noexcept;
 
     /// Asks every instance to set its inverse counterparts.
     void setInverseCounterParts();

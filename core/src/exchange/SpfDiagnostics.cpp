@@ -107,7 +107,6 @@ SpfDiagnostics::SpfDiagnostics(std::string file, const char* begin, const char* 
 
 /// Lines end with LF, CR LF or a lone CR.
 void SpfDiagnostics::pass(const char* position) {
-    if (!m_sink) return;
     while ((m_counted = spf::findLineEnd(m_counted, position)) < position) {
         const bool ends = *m_counted == '\n' || m_counted[1] != '\n';
         ++m_counted;
@@ -117,16 +116,19 @@ void SpfDiagnostics::pass(const char* position) {
     }
 }
 
+void SpfDiagnostics::locate(const char* at, std::uint64_t& line, std::uint64_t& column) {
+    at = std::min(at, m_end);
+    pass(at);
+    line = m_line;
+    column = static_cast<std::uint64_t>(at - m_lineBegin) + 1;
+}
+
 void SpfDiagnostics::send(VnIfcDiagnostic diagnostic, const char* at) {
     if (diagnostic.severity == kError) ++m_result.errors;
     if (diagnostic.severity == kWarning) ++m_result.warnings;
     if (!m_sink) return;
     diagnostic.file = m_file;
-    if (at) {
-        pass(std::min(at, m_end));
-        diagnostic.line = m_line;
-        diagnostic.column = static_cast<std::uint64_t>(std::min(at, m_end) - m_lineBegin) + 1;
-    }
+    if (at) locate(at, diagnostic.line, diagnostic.column);
     m_sink(diagnostic);
 }
 

@@ -19,6 +19,8 @@ public:
 
     /// Counts lines up to a position, because the text before it will be gone.
     void pass(const char* position);
+    /// Line and column of a position that is not before one that was passed.
+    void locate(const char* at, std::uint64_t& line, std::uint64_t& column);
 
 private:
     void send(VnIfcDiagnostic diagnostic, const char* at);

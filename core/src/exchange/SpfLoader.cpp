@@ -47,6 +47,7 @@ public:
         report();
         reportFindings(nullptr);
         m_data.count = m_structure.instances.size();
+        std::ranges::stable_sort(m_data.places, {}, &VnIfcModel::Data::Place::number);
         for (const auto& reader : m_readers)
             for (auto& [slot, kept] : reader->kept()) m_data.kept.emplace(slot, std::move(kept));
         if (m_options.inverses) m_model.setInverseCounterParts();
@@ -126,19 +127,36 @@ private:
     /// given back. Called by the first worker only.
     void report() {
         for (; m_reported < m_blocks.size() && m_blocks[m_reported].done.load(std::memory_order_acquire); ++m_reported) {
-            std::vector<SpfRemark>& remarks = m_blocks[m_reported].remarks;
-            for (const SpfRemark& remark : remarks) {
-                reportFindings(remark.begin);
-                m_diagnostics.report(remark);
-            }
-            remarks = {};
+            std::vector<SpfRemark> remarks = std::move(m_blocks[m_reported].remarks);
+            if (m_options.places) takePlaces(m_reported, remarks);
+            for (const SpfRemark& remark : remarks) reportRemark(remark);
         }
         const std::size_t next = m_reported * kBlock;
         if (next >= m_structure.instances.size()) return;
         const char* const position = m_structure.textOf(m_structure.instances[next]).data();
         reportFindings(position);
-        m_diagnostics.pass(position);
+        if (m_options.diagnostics || m_options.places) m_diagnostics.pass(position);
         m_input.release(position);
+    }
+
+    void reportRemark(const SpfRemark& remark) {
+        reportFindings(remark.begin);
+        m_diagnostics.report(remark);
+    }
+
+    /// Remembers where the instances of a block stand. Lines are counted once, hence the remarks on the way are reported.
+    void takePlaces(std::size_t block, std::vector<SpfRemark>& remarks) {
+        const std::size_t last = std::min(m_structure.instances.size(), (block + 1) * kBlock);
+        auto remark = remarks.begin();
+        for (std::size_t i = block * kBlock; i < last; ++i) {
+            const char* position = m_structure.textOf(m_structure.instances[i]).data();
+            while (*position != '#') --position;
+            for (; remark != remarks.end() && remark->begin < position; ++remark) reportRemark(*remark);
+            VnIfcModel::Data::Place place{slotOf(i)->number, 0, 0};
+            m_diagnostics.locate(position, place.line, place.column);
+            m_data.places.push_back(place);
+        }
+        remarks.erase(remarks.begin(), remark);
     }
 
     /// Reports the findings up to a position of the text; null stands for its end.

@@ -39,6 +39,13 @@ struct VnIfcModel::Data {
     std::uint64_t firstFree = 1;
     std::vector<std::unique_ptr<VnIfcArena>> arenas;
 
+    struct Place {
+        std::uint64_t number;
+        std::uint64_t line;
+        std::uint64_t column;
+    };
+    std::vector<Place> places;  // ascending numbers; empty when nobody asked for them
+
     std::mutex orderMutex;
     std::mutex danglingMutex;
     SlotTable dangling{model};

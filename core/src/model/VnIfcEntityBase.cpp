@@ -37,6 +37,7 @@ bool VnIfcEntityBase::_getAttr(const VnAnsiString& name, VnIfcVariant& value) co
 bool VnIfcEntityBase::_putAttr(const VnAnsiString& name, const VnIfcVariant& value) { return putAttr(name, value); }
 bool VnIfcEntityBase::_testAttr(const VnAnsiString& name) const { return testAttr(name); }
 void VnIfcEntityBase::_unsetAttr(const VnAnsiString& name) { unsetAttr(name); }
+void VnIfcEntityBase::check(VnIfcCheck&) const {}
 const VnIfcGUID* VnIfcEntityBase::globalId() const noexcept { return nullptr; }
 
 // ---- VnIfcForeignInstance --------------------------------------------------------------------------------------------------

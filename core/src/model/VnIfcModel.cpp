@@ -128,6 +128,14 @@ std::vector<VnDbObjectId> VnIfcModel::instancesOf(const VnIfcEntityType* type, b
     return result;
 }
 
+bool VnIfcModel::place(const VnDbObjectId& handle, std::uint64_t& line, std::uint64_t& column) const noexcept {
+    const auto found = std::ranges::lower_bound(m_data->places, handle.number(), {}, &Data::Place::number);
+    if (found == m_data->places.end() || found->number != handle.number()) return false;
+    line = found->line;
+    column = found->column;
+    return true;
+}
+
 void VnIfcModel::setInverseCounterParts() {
     forEach([](VnIfcEntityBase& instance) { instance.setInverseCounterParts(); });
 }

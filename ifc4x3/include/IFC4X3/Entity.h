@@ -109,6 +109,8 @@ public:
     /// The rows of the instance's class.
     virtual const EntityClass& entityClass() const noexcept = 0;
 
+    bool getAttr(const VN_SDAI::VnAnsiString& name, VN_SDAI::VnIfcVariant& value) const override;
+    bool putAttr(const VN_SDAI::VnAnsiString& name, const VN_SDAI::VnIfcVariant& value) override;
     using VN_SDAI::VnIfcEntityBase::testAttr;
     bool testAttr(const VN_SDAI::VnAnsiString& name) const override;
     void unsetAttr(const VN_SDAI::VnAnsiString& name) override;
@@ -123,6 +125,7 @@ public:
     bool isKindOf(const VN_SDAI::VnIfcEntityType* type) const override;
     bool isKindOf(const char* name) const override;
     const VN_SDAI::VnIfcGUID* globalId() const noexcept override;
+    void check(VN_SDAI::VnIfcCheck& check) const override;
 
 protected:
     Entity() = default;
