@@ -62,7 +62,7 @@ bool readElement(T& element, VN_SDAI::VnSpfFilerBase& filer, bool separated) {
 template <class T>
 bool readBareElement(VN_SDAI::VnIfcAggrOf<T>& aggregate, VN_SDAI::VnSpfFilerBase& filer) {
     T element{};
-    if (isList<T> || !readElement(element, filer, false) || filer.helper().peek() != ')') return false;
+    if (isList<T> || filer.helper().peek() == '$' || !readElement(element, filer, false) || filer.helper().peek() != ')') return false;
     filer.notify(1, 2);
     aggregate.assignMoved(std::span<T>(&element, 1));
     return true;

@@ -156,7 +156,8 @@ bool VnSpfFilerBase::atDelimiter() const noexcept {
     const char c = *m_helper.next;
     if (c == ',' || c == ')' || m_helper.next >= m_helper.end || spf::isBlank(c)) return true;
     // A comment, or another value, where the comma between them was forgotten.
-    return c == '/' || c == '$' || c == '#' || c == '*' || c == '(' || c == '\'' || c == '"';
+    if (c == '#') return spf::isDigit(m_helper.next[1]);  // not so in 1.#INF
+    return c == '/' || c == '$' || c == '*' || c == '(' || c == '\'' || c == '"';
 }
 
 // ---- tokens ------------------------------------------------------------------------------------------------------------

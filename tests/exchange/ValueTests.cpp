@@ -1,0 +1,251 @@
+// Single values on their way from the file into memory and back.
+#include "Support.h"
+
+#include <IFC4X3/IfcCartesianPoint.h>
+#include <IFC4X3/IfcFaceBound.h>
+#include <IFC4X3/IfcIndexedPolyCurve.h>
+#include <IFC4X3/IfcMaterialLayer.h>
+#include <IFC4X3/IfcOwnerHistory.h>
+#include <IFC4X3/IfcPropertySingleValue.h>
+#include <IFC4X3/IfcSIUnit.h>
+#include <IFC4X3/IfcWall.h>
+
+#include <bit>
+#include <cmath>
+#include <random>
+
+using namespace VN_SDAI;
+using namespace IFC4X3;
+using namespace exchange;
+
+namespace {
+
+std::string layer(std::string_view thickness, std::string_view priority = "$") {
+    return "#1=IFCMATERIALLAYER($," + std::string(thickness) + ",$,$,$,$," + std::string(priority) + ");\n";
+}
+
+std::string property(std::string_view name, std::string_view value) {
+    return "#1=IFCPROPERTYSINGLEVALUE(" + std::string(name) + ",$," + std::string(value) + ",$);\n";
+}
+
+} // namespace
+
+TEST(Values, realsAreTheNearestDoubleOfTheirText) {
+    const struct {
+        std::string text;
+        double value;
+    } cases[] = {
+        {"0.", 0},
+        {"1.", 1},
+        {"+2.5", 2.5},
+        {".5", .5},
+        {"007.50", 7.5},
+        {"1209600", 1209600},
+        {"1.E-05", 1e-5},
+        {"1.e5", 1e5},
+        {"5E-04", 5e-4},
+        {"1.091393642127514E-011", 1.091393642127514e-11},
+        {"0.1", 0.1},
+        {"9007199254740993.", 9007199254740992.},
+        {"1.E23", 1e23},
+        {"8.98846567431158E307", 8.98846567431158e307},
+        {"1.7976931348623157E308", 1.7976931348623157e308},
+        {"4.9406564584124654E-324", 4.9406564584124654e-324},
+        {"2.2250738585072011E-308", 2.2250738585072011e-308},
+        {"0." + std::string(1000, '0') + "1E1001", 1},
+        {"1" + std::string(1000, '0') + ".E-1000", 1},
+        {"3" + std::string(30, '3') + ".", 3.333333333333333333333333333333e30},
+    };
+    for (const auto& test : cases) {
+        Reading reading(fileOf(layer(test.text)));
+        EXPECT_EQ(reading.as<IfcMaterialLayer>(1).getLayerThickness(), test.value) << test.text;
+        EXPECT_EQ(reading.codes(), "") << test.text;
+    }
+    EXPECT_TRUE(std::signbit(Reading(fileOf(layer("-0."))).as<IfcMaterialLayer>(1).getLayerThickness()));
+}
+
+TEST(Values, realsComeBackBitByBitInTheirShortestForm) {
+    const struct {
+        double value;
+        const char* text;
+    } cases[] = {{0, "0."},       {-0., "-0."},    {1, "1."},         {0.1, "0.1"},          {1e22, "1.E+22"},
+                 {1e-7, "1.E-07"}, {1.5e300, "1.5E+300"}, {123456, "123456."}, {5e-324, "5.E-324"}, {-2.5, "-2.5"}};
+    VnIfcModel model(schema());
+    auto* own = model.create<IfcMaterialLayer>();
+    for (const auto& test : cases) {
+        own->setLayerThickness(test.value);
+        EXPECT_EQ(dataOf(fileOf("")), "");
+        EXPECT_NE(model.writeText().find("($," + std::string(test.text) + ",$"), std::string::npos) << test.text;
+    }
+
+    std::mt19937_64 random(1);
+    auto* point = model.create<IfcCartesianPoint>();
+    VnIfcArray<double> values;
+    while (values.length() < 20000) {
+        const auto value = std::bit_cast<double>(random());
+        if (std::isfinite(value)) values.append(value);
+    }
+    point->setCoordinates(values);
+    Reading reading(model.writeText());
+    const auto& read = reading.as<IfcCartesianPoint>(2).getCoordinates();
+    ASSERT_EQ(read.count(), values.length());
+    for (std::uint32_t i = 0; i < read.count(); ++i)
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(read[i]), std::bit_cast<std::uint64_t>(values[i]));
+}
+
+TEST(Values, integersFillTheirRangeAndNoMore) {
+    const struct {
+        const char* text;
+        int value;
+        const char* codes;
+    } cases[] = {
+        {"0", 0, ""},
+        {"-2147483648", std::numeric_limits<int>::min(), ""},
+        {"2147483646", 2147483646, ""},
+        {"+7", 7, ""},
+        {"00000000000000000000000000012", 12, ""},
+        {"2147483647", Consts::VnIntUnset, "reserved-value"},
+        {"2147483648", Consts::VnIntUnset, "out-of-range"},
+        {"-2147483649", Consts::VnIntUnset, "out-of-range"},
+        {"4294967297", Consts::VnIntUnset, "out-of-range"},
+        {"18446744073709551617", Consts::VnIntUnset, "out-of-range"},
+        {"1.", Consts::VnIntUnset, "wrong-kind"},
+        {"1E5", Consts::VnIntUnset, "wrong-kind"},
+    };
+    for (const auto& test : cases) {
+        Reading reading(fileOf(layer("$", test.text)));
+        EXPECT_EQ(reading.as<IfcMaterialLayer>(1).getPriority(), test.value) << test.text;
+        EXPECT_EQ(reading.codes(), test.codes) << test.text;
+    }
+}
+
+TEST(Values, stringsKeepTheirBytesButForDoubledApostrophes) {
+    const struct {
+        std::string_view file;
+        std::string_view memory;
+    } cases[] = {
+        {"''", ""},
+        {"'a'", "a"},
+        {"'it''s'", "it's"},
+        {"''''", "'"},
+        {"'\\S\\''", "\\S\\'"},
+        {"'\\S\\''''", "\\S\\''"},
+        {"'a\\S\\'b''c\\S\\'''d'", "a\\S\\'b'c\\S\\''d"},
+        {"'\\\\'", "\\\\"},
+        {"'\\\\S\\''x'", "\\\\S\\'x"},
+        {"'\\X\\C4\\X2\\0410\\X0\\\\X2\\0420\\X0\\'", "\\X\\C4\\X2\\0410\\X0\\\\X2\\0420\\X0\\"},
+        {"'\\X2\\0410\\X0\\S\\'", "\\X2\\0410\\X0\\S\\"},
+        {"'lone\\'", "lone\\"},
+        {"'two\r\nlines\n#7=IFCWALL();\n'", "two\r\nlines\n#7=IFCWALL();\n"},
+        {"'caf\xC3\xA9 \xE9\x7F\x01'", "caf\xC3\xA9 \xE9\x7F\x01"},
+        {"'; ) ( , $ * /* */ \" END-ISO-10303-21;'", "; ) ( , $ * /* */ \" END-ISO-10303-21;"},
+    };
+    for (const auto& test : cases) {
+        const std::string data = property(test.file, "IFCLABEL(" + std::string(test.file) + ")");
+        Reading reading(fileOf(data));
+        const auto& own = reading.as<IfcPropertySingleValue>(1);
+        EXPECT_EQ(own.getName().view(), test.memory) << test.file;
+        EXPECT_EQ(own.getNominalValue().text(), test.memory) << test.file;
+        EXPECT_EQ(reading.data(), data);
+        EXPECT_EQ(reading.codes(), "") << test.file;
+    }
+    const std::string withNul = property(std::string_view("'a\0b'", 5), "$");
+    EXPECT_EQ(rewritten(withNul), withNul);
+}
+
+TEST(Values, stringsThatAHostMakesCannotBreakTheFile) {
+    // A directive that is cut off at the end would take the closing apostrophe with it.
+    for (const std::string_view text : {"\\S\\", "a\\S\\", "\\\\S\\", "\\", "'", "\\'", "\\S\\\\S\\", "\\S", "\\X0\\S\\"}) {
+        VnIfcModel model(schema());
+        model.create<IfcPropertySingleValue>()->setName(text);
+        Reading reading(model.writeText());
+        EXPECT_EQ(reading.codes(), "") << text;
+        EXPECT_EQ(reading.model.count(), 1u);
+        EXPECT_EQ(reading.model.writeText(), model.writeText()) << text;
+    }
+}
+
+TEST(Values, logicalsEnumerationsAndKeywordsAreReadInAnyCase) {
+    Reading reading(fileOf("#1=IfcFaceBound(#1,.t.);\n#2=IFCMATERIALLAYER($,$,.U.,$,$,$,$);\n"
+                           "#3=ifcwall('',$,$,$,$,$,$,$,.standard.);\n#4=IFCSIUNIT(*,.LENGTHUNIT.,$,.Metre.);\n"
+                           "#5=IFCPROPERTYSINGLEVALUE($,$,IfcBoolean(.f.),$);\n"));
+    EXPECT_EQ(reading.as<IfcFaceBound>(1).getOrientation(), VnIfcBoolean::True);
+    EXPECT_EQ(reading.as<IfcMaterialLayer>(2).getIsVentilated(), VnIfcLogical::Unknown);
+    EXPECT_EQ(reading.as<IfcWall>(3).getPredefinedType(), kIfcWallTypeEnum_STANDARD);
+    EXPECT_EQ(reading.as<IfcSIUnit>(4).getName(), kIfcSIUnitName_METRE);
+    EXPECT_TRUE(reading.as<IfcSIUnit>(4).getPrefix().isUnset());
+    EXPECT_TRUE(reading.as<IfcPropertySingleValue>(5).getNominalValue().isIfcBoolean());
+    EXPECT_EQ(reading.codes(), "");
+    EXPECT_EQ(reading.data(), "#1=IFCFACEBOUND(#1,.T.);\n#2=IFCMATERIALLAYER($,$,.U.,$,$,$,$);\n"
+                              "#3=IFCWALL('',$,$,$,$,$,$,$,.STANDARD.);\n#4=IFCSIUNIT(*,.LENGTHUNIT.,$,.METRE.);\n"
+                              "#5=IFCPROPERTYSINGLEVALUE($,$,IFCBOOLEAN(.F.),$);\n");
+}
+
+TEST(Values, aggregatesAreReadAtEveryLevelAndInEveryElementKind) {
+    const std::string_view data =
+        "#1=IFCCARTESIANPOINT((1.,2.,3.));\n"
+        "#2=IFCCARTESIANPOINTLIST3D(((0.,0.,0.),(),(1.,$,3.)),('a','b'));\n"
+        "#3=IFCINDEXEDPOLYCURVE(#2,(IFCLINEINDEX((1,2)),IFCARCINDEX((2,3,1))),.F.);\n"
+        "#4=IFCPROPERTYENUMERATEDVALUE('',$,(IFCLABEL('x'),IFCREAL(1.),IFCCOMPLEXNUMBER((1.,2.)),"
+        "IFCCOMPOUNDPLANEANGLEMEASURE((1,2,3))),$);\n"
+        "#5=IFCPIXELTEXTURE(.T.,.T.,$,$,$,1,1,3,(\"0000000FF\",\"\"));\n"
+        "#6=IFCPERSON($,$,$,$,$,$,$,(#1,#2));\n"
+        "#7=IFCRATIONALBSPLINESURFACEWITHKNOTS(1,1,((#1,#1),(#1,#1)),.UNSPECIFIED.,.F.,.F.,.U.,(2,2),(2,2),(0.,1.),"
+        "(0.,1.),.UNSPECIFIED.,((1.,1.),(1.,1.)));\n";
+    Reading reading(fileOf(data));
+    EXPECT_EQ(reading.texts(), "");
+    EXPECT_EQ(reading.data(), data);
+    const auto& segments = reading.as<IfcIndexedPolyCurve>(3).getSegments();
+    ASSERT_EQ(segments.count(), 2u);
+    EXPECT_TRUE(segments[1].isIfcArcIndex());
+    EXPECT_EQ(segments[1].getAggr()->count(), 3u);
+}
+
+TEST(Values, unsetAndEmptyAggregatesAreNilAndWrittenByTheRules) {
+    EXPECT_EQ(rewritten("#1=IFCPERSON($,$,$,(),$,$,(),$);\n#2=IFCCARTESIANPOINT($);\n#3=IFCPOLYLOOP(());\n"
+                        "#4=IFCRELAGGREGATES('',$,$,$,$,());\n#5=IFCRELAGGREGATES('',$,$,$,$,$);\n"),
+              "#1=IFCPERSON($,$,$,$,$,$,$,$);\n#2=IFCCARTESIANPOINT(());\n#3=IFCPOLYLOOP(());\n"
+              "#4=IFCRELAGGREGATES('',$,$,$,$,());\n#5=IFCRELAGGREGATES('',$,$,$,$,());\n");
+}
+
+TEST(Values, aSetIsWrittenInOrderAndWithoutDoubles) {
+    EXPECT_EQ(rewritten("#1=IFCRELAGGREGATES('',$,$,$,#3,(#9,#3,#10,#3));\n#3=IFCWALL('',$,$,$,$,$,$,$,$);\n"
+                        "#9=IFCWALL('',$,$,$,$,$,$,$,$);\n#10=IFCWALL('',$,$,$,$,$,$,$,$);\n")
+                  .substr(0, 48),
+              "#1=IFCRELAGGREGATES('',$,$,$,#3,(#3,#9,#10));\n#3");
+}
+
+TEST(Values, tokensMayHaveBlanksAndCommentsBetweenThem) {
+    const std::vector<std::string_view> tokens = {
+        "#1", "=", "IFCPROPERTYENUMERATEDVALUE", "(", "'a'", ",", "$", ",", "(", "IFCREAL", "(", "1.5", ")", ",",
+        "IFCCOMPLEXNUMBER", "(", "(", "1.", ",", "2.", ")", ")", ")", ",", "#2", ")", ";",
+        "#2", "=", "IFCSIUNIT", "(", "*", ",", ".LENGTHUNIT.", ",", ".MILLI.", ",", ".METRE.", ")", ";",
+        "#3", "=", "IFCFOO", "(", "1", ")", ";"};
+    std::string compact, spread;
+    for (const std::string_view token : tokens) {
+        compact += token;
+        if (token == ";") compact += '\n';
+        spread.append("/* , ) ' ; #9=X( /* */\r\n\t").append(token);
+    }
+    Reading reading(fileOf(spread));
+    EXPECT_EQ(reading.codes(), "unknown-keyword");
+    const std::string written = reading.data();
+    EXPECT_EQ(written.substr(0, written.find("#3")), compact.substr(0, compact.find("#3")));
+    EXPECT_EQ(rewritten(written), written);
+}
+
+TEST(Values, aSelectTakesTheMemberThatItsTypeNames) {
+    Reading reading(fileOf(property("''", "IFCINTEGER(2147483647)")));
+    const IfcValue& value = reading.as<IfcPropertySingleValue>(1).getNominalValue();
+    int number = 0;
+    EXPECT_TRUE(value.isIfcInteger() && value.getInt32(number));
+    EXPECT_EQ(number, 2147483647) << "no value is reserved in a select";
+    EXPECT_EQ(reading.codes(), "");
+    for (const std::string_view text : {"IFCLENGTHMEASURE(1.5)", "IFCLOGICAL(.U.)", "IFCBOOLEAN(.T.)", "IFCBINARY(\"0F\")",
+                                        "IFCDATE('2020-02-02')", "IFCCOMPLEXNUMBER((1.,-2.))", "IFCCOUNTMEASURE(-3.)",
+                                        "IFCTIMESTAMP(1)", "IFCIDENTIFIER('')"}) {
+        Reading each(fileOf(property("''", text)));
+        EXPECT_EQ(each.codes(), "") << text;
+        EXPECT_EQ(each.data(), property("''", text));
+    }
+}
