@@ -66,7 +66,8 @@ public:
     void run() {
         const EntityClass& type = m_instance.entityClass();
         if (type.isAbstract) m_check.report(kError, "abstract", m_instance, "", type.keyword, "a subtype of this abstract entity");
-        for (const AttributeRow* row : type.fields) attribute(*row);
+        for (unsigned i = 0; i < type.fields.size(); ++i)
+            if (!m_instance.keepsText(i)) attribute(*type.fields[i]);  // the reader said already what is wrong there
         for (const EntityClass* each = &type; each; each = each->supertype) {
             for (const UniqueRule& rule : each->uniques) unique(rule);
             if (!m_check.checksInverses()) continue;

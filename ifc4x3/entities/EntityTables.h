@@ -1,6 +1,7 @@
 #pragma once
 // What the generated tables are made with. A row's kind follows from the type of the member, so that no table can
 // contradict its class.
+#include <IFC4X3/AttributeProperties.h>
 #include <IFC4X3/Entity.h>
 #include <IFC4X3/Select.h>
 
@@ -73,14 +74,10 @@ VN_SDAI::VnIfcEntityBase* createEntity() {
     return new E;
 }
 
-/// Adds a property object for each own attribute of the class that has one, in declared order.
-void addProperties(const EntityClass& type, VN_SDAI::VnIfcPropertyCollection* collection,
-                   const VN_SDAI::VnIfcEntityType* record);
-
-/// The property-collection callback of an entity class with attributes of its own.
-template <class E>
+/// The property-collection callback of an entity class with attributes of its own, in declared order.
+template <class... Properties>
 void collectProperties(VN_SDAI::VnIfcPropertyCollection* collection, const VN_SDAI::VnIfcEntityType* record) {
-    addProperties(E::s_class, collection, record);
+    (Properties::addTo(*collection, record), ...);
 }
 
 /// The callback that the entities without such attributes share.

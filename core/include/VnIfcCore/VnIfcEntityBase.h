@@ -60,6 +60,9 @@ public:
     /// The model that the instance belongs to; null outside of a model.
     VnIfcModel* owningModel() const noexcept { return m_id.model(); }
 
+    /// True when the file held something at that position of the parameter list that its attribute cannot hold.
+    bool keepsText(unsigned position) const noexcept;
+
     // Instances that a loader makes live in its model's arena.
     static void* operator new(std::size_t size);
     static void operator delete(void* memory) noexcept;

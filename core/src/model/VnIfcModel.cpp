@@ -142,6 +142,13 @@ void VnIfcModel::setInverseCounterParts() {
 
 // ---- VnIfcEntityBase -------------------------------------------------------------------------------------------------------
 
+bool VnIfcEntityBase::keepsText(unsigned position) const noexcept {
+    if (m_id.isNull() || !m_id.slot()->has(VnIfcInstanceSlot::kHasKept)) return false;
+    const auto& kept = owningModel()->data().kept;
+    const auto found = kept.find(m_id.slot());
+    return found != kept.end() && found->second.find(position);
+}
+
 void VnIfcEntityBase::dropKept(unsigned position) noexcept {
     VnIfcModel::Data& data = owningModel()->data();
     const auto found = data.kept.find(m_id.slot());
