@@ -48,6 +48,7 @@ TEST(Info, TextTellsInstancesWithoutClassApart) {
     EXPECT_LT(outcome.out.find("2  IFCWALL"), foreign);
     EXPECT_GT(outcome.out.find("1  IFCGARDENGNOME"), foreign);
     EXPECT_PRED_FORMAT2(IsSubstring, "O'Neill\n", outcome.out);
+    EXPECT_PRED_FORMAT2(IsSubstring, "gemacht für Prüfer\n", outcome.out);
 }
 
 TEST(Info, StandardInputIsAFile) {
@@ -70,9 +71,11 @@ TEST(Info, DiagnosticsEndAfterTwenty) {
 
 // A file must not speak to the terminal, nor its name break the JSON.
 TEST(Info, BytesFromOutsideDoNoHarm) {
-    const std::string file = makeModel("\xFF.ifc", "#1=IFCWALL(\x1B[2J,'\x1B]0;x\x07');\n");
+    const std::string file = makeModel("\xFF.ifc", "#1=IFCWALL(\x1B[2J,'\x1B]0;x\x07',\xC2\x9B"
+                                                   "2J);\n");
     const Outcome text = runTool({"info", file});
-    EXPECT_PRED_FORMAT2(testing::IsNotSubstring, "\x1B", text.out + text.err);
+    for (const char* control : {"\x1B", "\x07", "\xC2\x9B"})
+        EXPECT_PRED_FORMAT2(testing::IsNotSubstring, control, text.out + text.err);
     EXPECT_EQ(json::parse(runTool({"info", "--json", file}).out)["instances"], 1);
 }
 

@@ -3,6 +3,8 @@
 #include "Platform.h"
 #include "Population.h"
 
+#include <VnIfcCore/VnIfcText.h>
+
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
@@ -27,12 +29,17 @@ constexpr HeaderField kHeaderFields[] = {
 
 void printRow(std::string_view label, const std::string& value) { fmt::print("{:<15}{}\n", label, value); }
 
+std::string decoded(const std::vector<std::string>& values) {
+    const std::string all = fmt::format("{}", fmt::join(values, ", "));
+    return VN_SDAI::vnDecodeText(all, VN_SDAI::VnIfcRawBytes::kReplace).text;
+}
+
 void printHeader(const VN_SDAI::VnIfcHeader& header) {
     for (const HeaderField& field : kHeaderFields) {
         std::vector<std::string> values = header.strings(field.keyword, field.index);
         std::erase(values, ""); // how a list says that there is nothing to say
         if (!values.empty())
-            printRow(field.label, printable(fmt::format("{}", fmt::join(values, ", "))));
+            printRow(field.label, printable(decoded(values)));
     }
 }
 
@@ -48,7 +55,8 @@ void printText(const std::string& name, const LoadedFile& file, const Population
     printRow("file", printable(name));
     printHeader(file.model().header());
     printRow("size", fmt::format("{} bytes, {} instances", file.result().bytes, file.model().count()));
-    printRow("read in", fmt::format("{:.3f} s, peak memory {:.1f} MiB", file.seconds(), peakMemory() / 1048576.0));
+    printRow("read in", fmt::format("{:.3f} s, peak memory {:.1f} MiB", file.seconds(),
+                                    static_cast<double>(peakMemory()) / 1048576));
     printRow("diagnostics", file.findings());
     printCounts("instances per entity", population.entities);
     printCounts("instances without a class, kept as text", population.withoutClass);

@@ -1,14 +1,22 @@
 #include "Messages.h"
 
-#include <algorithm>
 #include <cstdio>
 
 namespace vnifc {
 
 std::string printable(std::string_view text) {
     std::string result(text);
-    std::ranges::replace_if(
-        result, [](unsigned char c) { return c < ' ' || c == 0x7F; }, '?');
+    unsigned char previous = 0;
+    for (char& c : result) {
+        const auto byte = static_cast<unsigned char>(c);
+        // U+0080 to U+009F, in UTF-8, are control characters as well.
+        const bool isSecondHalf = previous == 0xC2 && byte >= 0x80 && byte < 0xA0;
+        if (byte < ' ' || byte == 0x7F)
+            c = '?';
+        else if (isSecondHalf)
+            c = '\xBF'; // U+00BF, the question mark on its head
+        previous = byte;
+    }
     return result;
 }
 

@@ -8,7 +8,7 @@ namespace vnifc {
 /// command. A standard error that cannot be written is no reason to fail.
 void say(std::string_view line);
 
-/// The text without control characters, each replaced by a question mark.
+/// The text, in UTF-8, with a question mark in place of each control character.
 std::string printable(std::string_view text);
 
 } // namespace vnifc

@@ -15,7 +15,7 @@ constexpr std::chrono::milliseconds kPatience{500};
 
 } // namespace
 
-Progress::Progress(std::string activity) : m_activity(printable(activity)) {}
+Progress::Progress(const std::string& activity) : m_activity(printable(activity)) {}
 
 VN_SDAI::VnIfcProgress Progress::callback() {
     if (!isTerminal())

@@ -11,7 +11,7 @@ namespace vnifc {
 class Progress {
 public:
     /// `activity` stands before the percentage: "reading house.ifc".
-    explicit Progress(std::string activity);
+    explicit Progress(const std::string& activity);
     ~Progress() { clear(); }
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
