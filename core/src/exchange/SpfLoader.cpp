@@ -50,6 +50,7 @@ public:
         std::ranges::stable_sort(m_data.places, {}, &VnIfcModel::Data::Place::number);
         for (const auto& reader : m_readers)
             for (auto& [slot, kept] : reader->kept()) m_data.kept.emplace(slot, std::move(kept));
+        m_structure.instances = {};  // inverse attributes take the memory that the records leave
         if (m_options.inverses) m_model.setInverseCounterParts();
     }
 
