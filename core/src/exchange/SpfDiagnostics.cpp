@@ -164,6 +164,7 @@ void SpfDiagnostics::report(const SpfRemark& remark) {
         diagnostic.found = isDuplicate ? '#' + std::to_string(remark.number) : shown(remark.begin, remark.end);
         diagnostic.instance = remark.number;
         if (remark.type) diagnostic.keyword = remark.type->name();
+        else if (remark.kind == SpfRemark::kUnknownKeyword) diagnostic.keyword.assign(remark.begin, remark.end);
         const bool ofAttribute = remark.kind == SpfRemark::kProblem || remark.kind == SpfRemark::kBareList ||
                                  remark.kind == SpfRemark::kDangling || remark.kind == SpfRemark::kTooFew;
         if (const auto* attribute = ofAttribute ? attributeAt(remark.type, remark.position) : nullptr)

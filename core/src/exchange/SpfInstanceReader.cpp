@@ -55,8 +55,8 @@ void SpfInstanceReader::readFields(VnIfcEntityBase& instance, const char* begin,
     const char* surplusEnd = nullptr;
     if (!finishReading(surplus, surplusEnd)) keepSurplus(surplus, surplusEnd, end);
     if (ranShort()) {
+        m_current.absentFrom = m_position = parametersSeen();
         remark(SpfRemark::kTooFew, helper().next, helper().next);
-        m_current.absentFrom = parametersSeen();
     }
     if (!m_current.isEmpty()) keep(instance);
 }
@@ -88,7 +88,7 @@ void SpfInstanceReader::readForeign(std::string_view text, std::string_view keyw
     const std::string parameters =
         hasList ? std::string(open + 1, close) : spf::closed(text);
     remark(!hasList ? SpfRemark::kNoKeyword : keyword.empty() ? SpfRemark::kComplex : SpfRemark::kUnknownKeyword,
-           text.data(), open);
+           text.data(), keyword.empty() ? end : text.data() + keyword.size());
     auto* object = new VnIfcForeignInstance(hasList ? VnAnsiString(keyword) : VnAnsiString(), parameters, hasList);
     m_data.place(m_slot, object, VnIfcArenaScope::current() != nullptr);
 }

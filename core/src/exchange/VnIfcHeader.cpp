@@ -34,9 +34,10 @@ void collectStrings(const char* p, const char* end, std::vector<std::string>& st
         const char* behind = spf::stringEnd(p, end);
         if (!behind) return;
         std::string text;
-        for (const char* q = p + 1; q < behind - 1; ++q) {
-            text += *q;
-            if (*q == '\'') ++q;
+        for (const char* q = p + 1; q < behind - 1;) {
+            const std::size_t length = *q == '\\' ? spf::backslashLength(q, behind - 1) : 1;
+            text.append(q, length);
+            q += *q == '\'' ? 2 : length;
         }
         strings.push_back(std::move(text));
         p = behind;
