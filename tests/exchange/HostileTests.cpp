@@ -1,0 +1,198 @@
+// Damaged and hostile texts: a fault costs no more than the instance that it is in, and never more than time and memory
+// in proportion to the text.
+#include "Support.h"
+
+#include <chrono>
+#include <fstream>
+#include <functional>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace VN_SDAI;
+using namespace exchange;
+
+namespace {
+
+const std::vector<std::string>& sampleLines() {
+    static const std::vector<std::string> lines = {
+        "#1=IFCPERSON($,'it''s',(('),$,$,$,(#3),$);\n",
+        "#2=IFCSIUNIT(*,.LENGTHUNIT.,$,.METRE.);\n",
+        "#3=IFCPROPERTYSINGLEVALUE('a\\S\\'b',$,IFCREAL(1.5E-10),#2);\n",
+        "#4=IFCCARTESIANPOINTLIST3D(((1.,2.,-3.),(0.,0.,0.)),$);\n",
+        "#5=IFCFOO('x',(1,#4));\n",
+        "#6=IFCRELAGGREGATES('0YvctVUKr0kugbFTf53O9L',$,$,$,#1,(#2,#3));\n",
+    };
+    return lines;
+}
+
+std::string sample() {
+    std::string data;
+    for (const std::string& line : sampleLines()) data += line;
+    return fileOf(data);
+}
+
+std::string repeated(std::size_t count, std::string_view text) {
+    std::string result;
+    result.reserve(count * text.size());
+    while (count-- > 0) result += text;
+    return result;
+}
+
+/// `text` with each '%' replaced by a number, for all numbers from 1.
+std::string numbered(std::size_t count, std::string_view text) {
+    std::string result;
+    for (std::size_t i = 1; i <= count; ++i)
+        for (const char c : text) {
+            if (c == '%') result += std::to_string(i);
+            else result += c;
+        }
+    return result;
+}
+
+/// Reads and writes; what was written must read and write the same again.
+std::string stableRewriting(std::string_view file, std::size_t* count = nullptr) {
+    Reading reading(file);
+    if (!reading.result) return {};
+    if (count) *count = reading.model.count();
+    const std::string written = reading.model.writeText();
+    EXPECT_EQ(Reading(written).model.writeText(), written) << file;
+    return written;
+}
+
+struct HostileText {
+    const char* what;
+    std::function<std::string(std::size_t)> make; ///< of about that many bytes
+};
+
+const std::vector<HostileText>& hostileTexts() {
+    const auto data = [](std::string begin, std::string unit, std::string end) {
+        return [=](std::size_t size) { return fileOf(begin + repeated(size / unit.size(), unit) + end); };
+    };
+    static const std::vector<HostileText> texts = {
+        {"nested lists", [](std::size_t size) {
+             return fileOf("#1=IFCCARTESIANPOINT(" + repeated(size / 2, "(") + repeated(size / 2, ")") + ");\n");
+         }},
+        {"nested lists without an end", data("#1=IFCCARTESIANPOINTLIST3D(", "(", ";\n#2=IFCPERSON();\n")},
+        {"nested typed values", data("#1=IFCPROPERTYSINGLEVALUE('',$,", "IFCLABEL(", ";\n")},
+        {"nested complex instance", data("#1=", "(A(", ";\n")},
+        {"parameters", data("#1=IFCPERSON($", ",1", ");\n")},
+        {"parameters without commas", data("#1=IFCPERSON(", "$", ");\n")},
+        {"elements", data("#1=IFCCARTESIANPOINT((0.", ",1.", "));\n")},
+        {"elements of which one is wrong", data("#1=IFCCARTESIANPOINT((x", ",1.", "));\n")},
+        {"references", data("#1=IFCPOLYLOOP((#1", ",#1", "));\n")},
+        {"references to nothing", [](std::size_t size) {
+             return fileOf("#1=IFCPOLYLOOP((#1" + numbered(size / 16, ",#55555%") + "));\n");
+         }},
+        {"digits of a real", data("#1=IFCMATERIALLAYER($,", "7", ".5E3,$,$,$,$,$);\n")},
+        {"digits behind the point", data("#1=IFCMATERIALLAYER($,0.", "0", "1,$,$,$,$,$);\n")},
+        {"digits of an exponent", data("#1=IFCMATERIALLAYER($,1.E", "9", ",$,$,$,$,$);\n")},
+        {"digits of an integer", data("#1=IFCMATERIALLAYER($,$,$,$,$,$,", "7", ");\n")},
+        {"digits of a number", data("#", "1", "=IFCPERSON();\n")},
+        {"digits of a reference", data("#1=IFCFACEBOUND(#", "1", ",.T.);\n")},
+        {"a keyword", data("#1=", "IFC", "(1);\n")},
+        {"a string", data("#1=IFCPERSON('", "x''\\", "',$);\n")},
+        {"apostrophes", data("#1=IFCPERSON(", "'", ",$);\n")},
+        {"strings that are not closed", data("", "#1=IFCFOO('x;\n", "")},
+        {"strings whose closing apostrophe a directive takes", data("", "#1=IFCFOO(\\S\\');\n", "")},
+        {"the same, closed at the very end", data("", "#1=IFCFOO(\\S\\');\n", "'x")},
+        {"strings that something else follows", data("#1=IFCFOO(", "'a'b", ");\n")},
+        {"strings that a comment follows which has no end", data("#1=IFCFOO(", "'a'/*", ");\n")},
+        {"statements with apostrophes", data("ENDSEC;\nANCHOR;\n", "\\S\\'", "")},
+        {"comments", data("", "/*;*/", "")},
+        {"comments without an end", data("", "/* ", "")},
+        {"comments without an end in instances", data("", "#1=IFCFOO(/*);\n", "")},
+        {"comments in a list without an end", data("#1=IFCPERSON(", "/*/", ");\n")},
+        {"scopes", data("", "#1=&SCOPE ", "")},
+        {"number signs", data("", "#", "")},
+        {"instances without anything", data("", "#1=", "")},
+        {"empty instances", data("", "#1=;", "")},
+        {"equals signs", data("#1=", "= ", ";\n")},
+        {"semicolons", data("", ";", "")},
+        {"parentheses", data("", ")(", "")},
+        {"lines of garbage", data("", "x\n", "")},
+        {"sections", data("", "ENDSEC;DATA;", "")},
+        {"header entries", [](std::size_t size) {
+             return "ISO-10303-21;HEADER;" + repeated(size / 4, "A();") + "ENDSEC;DATA;ENDSEC;END-ISO-10303-21;";
+         }},
+        {"a header entry that is never closed", [](std::size_t size) {
+             return "ISO-10303-21;HEADER;" + repeated(size / 3, "A('") + "\nENDSEC;DATA;ENDSEC;END-ISO-10303-21;";
+         }},
+        {"header entries that are never closed", [](std::size_t size) {
+             return "ISO-10303-21;HEADER;" + repeated(size / 11, "A(\nENDSEC;\n") + "DATA;ENDSEC;END-ISO-10303-21;";
+         }},
+        {"zeros", data("", std::string(1, '\0'), "")},
+        {"instances of one number", data("", "#1=IFCFACEBOUND(#9,.T.);", "")},
+        {"an instance that many refer to", [](std::size_t size) {
+             return fileOf(numbered(size / 48, "#%=IFCRELAGGREGATES('',$,$,$,#1,(#1,#2));\n"));
+         }},
+        {"numbers in descending order", [](std::size_t size) {
+             std::string text;
+             for (std::size_t i = size / 24; i > 0; --i) text += '#' + std::to_string(i) + "=IFCFACEBOUND(#1,.T.);\n";
+             return fileOf(text);
+         }},
+        {"scattered numbers", [](std::size_t size) {
+             std::string text;
+             for (std::size_t i = 0; i < size / 48; ++i)
+                 text += '#' + std::to_string((i + 1) * 0x9E3779B97F4A7C15ull) + "=IFCFACEBOUND($,.T.);\n";
+             return fileOf(text);
+         }},
+    };
+    return texts;
+}
+
+} // namespace
+
+TEST(Hostile, aFileCutOffAnywhereKeepsWhatStandsBeforeTheCut) {
+    const std::string file = sample();
+    for (std::size_t length = 1; length < file.size(); ++length) {
+        const std::string_view cut = std::string_view(file).substr(0, length);
+        const std::string written = stableRewriting(cut);
+        for (const std::string& line : sampleLines()) {
+            const bool isWhole = cut.find(line.substr(0, line.size() - 1)) != cut.npos;
+            ASSERT_TRUE(!isWhole || written.find(line) != written.npos) << cut << "\nbecame\n" << written;
+        }
+        if (cut.find("DATA;\n#1=IFCPERSON") != cut.npos) {
+            ASSERT_NE(Reading(cut).result.errors, 0u) << cut;
+        }
+    }
+}
+
+TEST(Hostile, aWrongByteCostsNoMoreThanItsInstanceAndTheNext) {
+    const std::string file = sample();
+    for (std::size_t at = 0; at < file.size(); ++at) {
+        std::string damaged = file;
+        for (const char byte : std::string_view("'()/;#\\\0\xFF,", 10)) {
+            damaged[at] = byte;
+            const std::string written = stableRewriting(damaged);
+            if (written.empty()) continue; // no longer an exchange file
+            std::size_t lost = 0;
+            for (const std::string& line : sampleLines()) lost += written.find(line) == written.npos;
+            ASSERT_LE(lost, at < kHead.size() ? 0u : 2u) << "byte " << at << ":\n" << damaged << "\nbecame\n" << written;
+        }
+    }
+}
+
+TEST(Hostile, timeIsInProportionToTheText) {
+    // A reader that looks at every byte once for every other one would take hours.
+    for (const HostileText& text : hostileTexts()) {
+        const std::string file = text.make(4'000'000);
+        const auto start = std::chrono::steady_clock::now();
+        VnIfcModel model(schema());
+        VnIfcReadOptions options;
+        options.threads = 1;
+        model.readText(file, options);
+        const std::string written = model.writeText();
+        const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+        EXPECT_LT(seconds.count(), 20) << text.what;
+        if (std::getenv("VNIFC_SHOW")) std::printf("%6.3f s  %s\n", seconds.count(), text.what);
+    }
+}
+
+TEST(Hostile, hostileTextsAreRewrittenStably) {
+    for (const HostileText& text : hostileTexts()) {
+        SCOPED_TRACE(text.what);
+        stableRewriting(text.make(300));
+    }
+}
