@@ -17,7 +17,7 @@ list(TRANSFORM generated_sources PREPEND "${generated_dir}/src/")
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${schema_file}")
 file(STRINGS "${schema_file}" generated_headers REGEX "^(ENTITY [A-Za-z0-9]+|TYPE [A-Za-z0-9]+ = (ENUMERATION|SELECT))")
 list(TRANSFORM generated_headers REPLACE "^(ENTITY|TYPE) ([A-Za-z0-9]+).*" "\\2.h")
-list(APPEND generated_headers AllEntities.h AllTypes.h)
+list(APPEND generated_headers AllEntities.h AllTypes.h AttributeProperties.h)
 list(TRANSFORM generated_headers PREPEND "${generated_dir}/include/IFC4X3/")
 
 add_custom_command(

@@ -8,6 +8,7 @@ Files emit(const Model& model, const InputNames& inputs) {
     emitSelects(files, model, inputs);
     emitEntities(files, model, inputs);
     emitDictionary(files, model, inputs);
+    emitProperties(files, model, inputs);
     return files;
 }
 

@@ -24,5 +24,16 @@ void emitEnumerations(Files& files, const Model& model, const InputNames& inputs
 void emitSelects(Files& files, const Model& model, const InputNames& inputs);
 void emitEntities(Files& files, const Model& model, const InputNames& inputs);
 void emitDictionary(Files& files, const Model& model, const InputNames& inputs);
+void emitProperties(Files& files, const Model& model, const InputNames& inputs);
+
+/// The property class of an attribute: its name, and which of the entity's own attributes it is for.
+struct Property {
+    std::string name;      ///< "IfcRootGlobalIdProperty"
+    std::string_view part; ///< enumerator of AttributePart
+    std::size_t index = 0; ///< within that part
+};
+
+/// The property classes of an entity's own attributes, in declared order.
+std::vector<Property> propertiesOf(const Entity& entity);
 
 } // namespace expgen

@@ -246,6 +246,14 @@ const Entity* ownerOfFields(const Entity& entity) {
     return owner;
 }
 
+std::string collector(const Entity& entity) {
+    std::string properties;
+    for (const Property& property : propertiesOf(entity)) {
+        properties += (properties.empty() ? "" : ", ") + property.name;
+    }
+    return properties.empty() ? "collectNothing" : "collectProperties<" + properties + ">";
+}
+
 void writeClass(Writer& out, const Entity& entity) {
     const std::string& name = entity.name;
     const std::string scope = name + "::";
@@ -257,7 +265,7 @@ void writeClass(Writer& out, const Entity& entity) {
     out.line("    .supertype = ", entity.supertype ? "&" + entity.supertype->name + "::s_class" : "nullptr", ",");
     out.line("    .record = &", scope, "g_pEntityType,");
     out.line("    .create = &createEntity<", name, ">,");
-    out.line("    .properties = &", entity.hasProperties() ? "collectProperties<" + name + ">" : "collectNothing", ",");
+    out.line("    .properties = &", collector(entity), ",");
     out.line("    .attributes = ", orNone(!entity.explicits.empty(), scope + "s_rows"), ",");
     out.line("    .inverses = ", orNone(!entity.inverses.empty(), scope + "s_inverses"), ",");
     out.line("    .derived = ", orNone(!entity.derived.empty(), scope + "s_derived"), ",");

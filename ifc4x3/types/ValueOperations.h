@@ -3,7 +3,7 @@
 // and per select, so that the code that uses them exists once.
 #include <IFC4X3/Select.h>
 
-#include <VnIfcCore/VnIfcVariant.h>
+#include <VnIfcCore/VnIfcVariantTypeAggregate.h>
 #include <exchange/AggregateFields.h>
 
 namespace IFC4X3 {
@@ -77,17 +77,22 @@ Assigned assignEnumeration(std::uint32_t& code, const EnumerationClass& type, co
 /// Takes over the select that the variant points to, or that it converts to.
 bool assignSelect(VN_SDAI::VnIfcSelect& select, const SelectClass& type, const VN_SDAI::VnIfcVariant& value);
 
+template <class T>
+using ArrayOf = typename VN_SDAI::VnIfcArrayOfAggr<T>::Type;
+
 /// Operations on aggregates of one element type; `aggregate` is of type VnIfcAggrOf<T>.
 struct AggregateOperations {
     bool (*read)(VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase& filer);
     void (*write)(const VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase& filer, bool isBinary);
     VN_SDAI::VnIfcVariant (*toVariant)(const VN_SDAI::VnIfcAggr& aggregate);
     bool (*fromVariant)(VN_SDAI::VnIfcAggr& aggregate, const VN_SDAI::VnIfcVariant& value);
+    const VN_SDAI::VnIfcVariantType& (*arrayType)();  ///< of the arrays in which the elements are handed over
 };
 
 template <class T>
 inline constexpr AggregateOperations aggregateOperations{&readElements<T>, &writeElements<T>, &aggregateVariant<T>,
-                                                         &assignAggregate<T>};
+                                                         &assignAggregate<T>,
+                                                         &VN_SDAI::VnIfcVariantType::Desc<ArrayOf<T>>::value};
 
 /// Operations on members of one select class.
 struct SelectOperations {

@@ -18,7 +18,7 @@ bool contains(const std::string& text, std::string_view part) { return text.find
 TEST(Emit, givesTheSameBytesForTheSameInput) {
     const Files first = emit(test::resolveProjectSchema(), kInputs);
     EXPECT_EQ(first, emit(test::resolveProjectSchema(), kInputs));
-    EXPECT_EQ(first.size(), 880u + 242u + 66u + 2u + 20u);
+    EXPECT_EQ(first.size(), 880u + 242u + 66u + 3u + 20u);
     for (const auto& [name, text] : first) {
         EXPECT_TRUE(text.starts_with("// Made by expgen from express/s.exp")) << name;
     }
@@ -95,6 +95,7 @@ ENTITY Leaf SUBTYPE OF (Middle); c : REAL; DERIVE dim : INTEGER := 3; SELF\Base.
     const std::string& leaf = files.at("src/Entities_02.cpp");
     EXPECT_TRUE(contains(leaf, "    &Base::s_rows[0],\n    &Leaf::s_derived[1].field,\n    &Leaf::s_rows[0],\n"));
     EXPECT_TRUE(contains(leaf, R"(redeclaredRow("base_b", "REAL", "b"))"));
+    EXPECT_TRUE(contains(leaf, ".properties = &collectProperties<LeafcProperty, LeafbProperty>,"));
     EXPECT_TRUE(contains(leaf, "    &Leaf::g_pEntityType,\n    &Base::g_pEntityType,\n    &Middle::g_pEntityType,\n"));
 }
 

@@ -131,6 +131,9 @@ protected:
     Entity() = default;
     Entity(const Entity&) = default;
     Entity& operator=(const Entity&) = default;
+
+private:
+    friend class AttributeProperty;
 };
 
 /// The instance that a handle stands for, opened for reading, if it is of class E; null otherwise.
