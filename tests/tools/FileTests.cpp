@@ -64,7 +64,7 @@ TEST(Info, DiagnosticsEndAfterTwenty) {
     const std::string file = makeModel("gnomes.ifc", instances);
     const Outcome outcome = runTool({"info", file});
     EXPECT_EQ(std::ranges::count(outcome.err, '\n'), 21);
-    EXPECT_PRED_FORMAT2(IsSubstring, "#20: ", outcome.err);
+    EXPECT_PRED_FORMAT2(IsSubstring, ": #20 ", outcome.err);
     EXPECT_TRUE(outcome.err.ends_with("\n... and 3 more\n")) << outcome.err;
     EXPECT_EQ(runTool({"info", "--quiet", file}).err, "");
 }
