@@ -17,7 +17,7 @@ namespace {
 
 const std::vector<std::string>& sampleLines() {
     static const std::vector<std::string> lines = {
-        "#1=IFCPERSON($,'it''s',(('),$,$,$,(#3),$);\n",
+        "#1=IFCPERSON($,'it''s',$,('(',')'),$,$,(#3),$);\n",
         "#2=IFCSIUNIT(*,.LENGTHUNIT.,$,.METRE.);\n",
         "#3=IFCPROPERTYSINGLEVALUE('a\\S\\'b',$,IFCREAL(1.5E-10),#2);\n",
         "#4=IFCCARTESIANPOINTLIST3D(((1.,2.,-3.),(0.,0.,0.)),$);\n",
@@ -153,9 +153,8 @@ TEST(Hostile, aFileCutOffAnywhereKeepsWhatStandsBeforeTheCut) {
             const bool isWhole = cut.find(line.substr(0, line.size() - 1)) != cut.npos;
             ASSERT_TRUE(!isWhole || written.find(line) != written.npos) << cut << "\nbecame\n" << written;
         }
-        if (cut.find("DATA;\n#1=IFCPERSON") != cut.npos) {
-            ASSERT_NE(Reading(cut).result.errors, 0u) << cut;
-        }
+        const bool isInData = cut.find("DATA;") != cut.npos && cut.find("END-") == cut.npos;
+        ASSERT_TRUE(!isInData || Reading(cut).result.errors != 0) << cut;
     }
 }
 
@@ -177,7 +176,7 @@ TEST(Hostile, aWrongByteCostsNoMoreThanItsInstanceAndTheNext) {
 TEST(Hostile, timeIsInProportionToTheText) {
     // A reader that looks at every byte once for every other one would take hours.
     for (const HostileText& text : hostileTexts()) {
-        const std::string file = text.make(4'000'000);
+        const std::string file = text.make(2'000'000);
         const auto start = std::chrono::steady_clock::now();
         VnIfcModel model(schema());
         VnIfcReadOptions options;
@@ -185,7 +184,7 @@ TEST(Hostile, timeIsInProportionToTheText) {
         model.readText(file, options);
         const std::string written = model.writeText();
         const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-        EXPECT_LT(seconds.count(), 20) << text.what;
+        EXPECT_LT(seconds.count(), 10) << text.what;
         if (std::getenv("VNIFC_SHOW")) std::printf("%6.3f s  %s\n", seconds.count(), text.what);
     }
 }

@@ -196,9 +196,9 @@ TEST(Structure, diagnosticsPointToTheTokenAndSayWhatWasExpected) {
               "[open-string]\n"
               ":16:14: warning: #5 IFCPERSON.Identification: expected a value of the attribute's type, found "
               "'unclosed,$,$,$,$,$,$,$); [wrong-kind]\n"
-              ":16:39: error: #5 IFCPERSON: expected ) that closes the parameter list, found nothing [unclosed-list]\n"
               ":16:39: warning: #5 IFCPERSON.FamilyName: expected one value for each attribute, found nothing "
               "[too-few-parameters]\n"
+              ":16:39: error: #5 IFCPERSON: expected ) that closes the parameter list, found nothing [unclosed-list]\n"
               ":17:22: warning: #6 IFCCARTESIANPOINT.Coordinates: expected a value of the attribute's type, found "
               "(1.,2., 'x') [wrong-kind]\n");
     EXPECT_EQ(reading.result.errors, 6u);

@@ -49,27 +49,48 @@ void SpfInstanceReader::read(std::string_view text, VnIfcInstanceSlot* slot) {
 }
 
 void SpfInstanceReader::readFields(VnIfcEntityBase& instance, const char* begin, const char* end) {
-    startReading(begin, end);
-    instance._inFields(this);
-    const char* surplus = nullptr;
-    const char* surplusEnd = nullptr;
-    if (!finishReading(surplus, surplusEnd)) keepSurplus(surplus, surplusEnd, end);
-    if (ranShort()) {
-        m_current.absentFrom = m_position = parametersSeen();
-        remark(SpfRemark::kTooFew, helper().next, helper().next);
+    const char* const close = readList(instance, begin, end);
+    remarkEnd(close, end);
+    if (close == end) {
+        // A second time as it will be written, so that what is written holds the same values.
+        const auto remarks = static_cast<std::ptrdiff_t>(m_remarks.size());
+        m_current = {};
+        std::string text = closedList(begin, end);
+        const std::size_t length = text.size();
+        text.append(spf::kPadding, '\0');
+        readList(instance, text.data(), text.data() + length);
+        m_remarks.erase(m_remarks.begin() + remarks, m_remarks.end());
     }
     if (!m_current.isEmpty()) keep(instance);
 }
 
-void SpfInstanceReader::keepSurplus(const char* begin, const char* close, const char* end) {
-    if (begin < close) {
-        const bool needsComma = *begin != ',' && parametersSeen() > 0;
-        m_current.surplus = (needsComma ? "," : "") + spf::closed({begin, static_cast<std::size_t>(close - begin)});
-        remark(SpfRemark::kTooMany, *begin == ',' ? begin + 1 : begin, close);
+/// Reads a list from behind its opening parenthesis, and returns its closing one; `end` when there is none.
+const char* SpfInstanceReader::readList(VnIfcEntityBase& instance, const char* begin, const char* end) {
+    startReading(begin, end);
+    instance._inFields(this);
+    const char* surplus = nullptr;
+    const char* close = helper().next;
+    if (!finishReading(surplus, close) && surplus < close) {
+        const bool needsComma = *surplus != ',' && parametersSeen() > 0;
+        m_current.surplus = (needsComma ? "," : "") + std::string(surplus, close);
+        remark(SpfRemark::kTooMany, *surplus == ',' ? surplus + 1 : surplus, close);
     }
+    if (ranShort()) {
+        m_current.absentFrom = m_position = parametersSeen();
+        remark(SpfRemark::kTooFew, helper().next, helper().next);
+    }
+    return close;
+}
+
+void SpfInstanceReader::remarkEnd(const char* close, const char* end) {
     if (close == end) return remark(SpfRemark::kUnclosedList, end, end);
     const char* const behind = spf::skipBlanks(close + 1, end);
     if (behind < end) remark(SpfRemark::kBehindList, behind, end);
+}
+
+/// The rest of a list with what it takes to close it.
+std::string SpfInstanceReader::closedList(const char* begin, const char* end) {
+    return spf::closed({begin - 1, static_cast<std::size_t>(end - begin + 1)}).substr(1);
 }
 
 void SpfInstanceReader::keep(VnIfcEntityBase& instance) {
@@ -83,21 +104,29 @@ void SpfInstanceReader::keep(VnIfcEntityBase& instance) {
 
 void SpfInstanceReader::readForeign(std::string_view text, std::string_view keyword, const char* open) {
     const char* const end = text.data() + text.size();
-    const char* const close = open < end && *open == '(' ? spf::listEnd(open + 1, end) : end;
-    const bool hasList = close < end && spf::skipBlanks(close + 1, end) == end;
-    const std::string parameters =
-        hasList ? std::string(open + 1, close) : spf::closed(text);
-    remark(!hasList ? SpfRemark::kNoKeyword : keyword.empty() ? SpfRemark::kComplex : SpfRemark::kUnknownKeyword,
-           text.data(), keyword.empty() ? end : text.data() + keyword.size());
-    auto* object = new VnIfcForeignInstance(hasList ? VnAnsiString(keyword) : VnAnsiString(), parameters, hasList);
-    m_data.place(m_slot, object, VnIfcArenaScope::current() != nullptr);
+    const bool isInArena = VnIfcArenaScope::current() != nullptr;
+    if (open >= end || *open != '(') {
+        remark(SpfRemark::kNoKeyword, text.data(), end);
+        return m_data.place(m_slot, new VnIfcForeignInstance({}, spf::closed(text), false), isInArena);
+    }
+    const char* const close = spf::listEnd(open + 1, end);
+    std::string parameters(open + 1, close);
+    if (close == end) {
+        parameters = closedList(open + 1, end);
+        parameters.pop_back();
+    }
+    const bool isComplex = keyword.empty();
+    remark(isComplex ? SpfRemark::kComplex : SpfRemark::kUnknownKeyword, text.data(),
+           isComplex ? end : text.data() + keyword.size());
+    remarkEnd(close, end);
+    m_data.place(m_slot, new VnIfcForeignInstance(keyword, parameters), isInArena);
 }
 
 void SpfInstanceReader::onMisfit(unsigned position, VnSpfProblem problem, const char* begin, const char* end) {
     remark(SpfRemark::kProblem, begin, end);
     m_remarks.back().problem = problem;
     if (problem == VnSpfProblem::kMissingComma) return;
-    m_current.parameters.push_back({position, spf::closed({begin, static_cast<std::size_t>(end - begin)}), {}});
+    m_current.parameters.push_back({position, std::string(begin, end), {}});
 }
 
 void SpfInstanceReader::watchField(unsigned) {}
@@ -105,7 +134,7 @@ void SpfInstanceReader::watchField(unsigned) {}
 void SpfInstanceReader::notify(int, int) {
     const std::string_view text = parameterText();
     remark(SpfRemark::kBareList, text.data(), text.data() + text.size());
-    m_current.parameters.push_back({m_position, spf::closed(text), {}});
+    m_current.parameters.push_back({m_position, std::string(text), {}});
 }
 
 }  // namespace VN_SDAI

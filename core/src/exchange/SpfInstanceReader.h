@@ -58,7 +58,9 @@ private:
     const VnIfcEntityType* typeOf(std::string_view keyword);
     void readForeign(std::string_view text, std::string_view keyword, const char* open);
     void readFields(VnIfcEntityBase& instance, const char* begin, const char* end);
-    void keepSurplus(const char* begin, const char* close, const char* end);
+    const char* readList(VnIfcEntityBase& instance, const char* begin, const char* end);
+    void remarkEnd(const char* close, const char* end);
+    static std::string closedList(const char* begin, const char* end);
     void keep(VnIfcEntityBase& instance);
     void remark(SpfRemark::Kind kind, const char* begin, const char* end);
 

@@ -215,7 +215,11 @@ private:
     void skipSectionWord(std::ptrdiff_t length) {
         m_p += length;
         const char* const behind = m_p;
-        if (blank() && *m_p == '(') return skipStatement();
+        if (blank() && *m_p == '(') {
+            const char* const end = statementEnd(m_p);
+            const char* const line = nextLine(m_p, end);
+            m_p = line ? line : end;
+        }
         if (m_p < m_end && *m_p == ';') ++m_p;
         else report(SpfFinding::kNoSemicolon, behind, behind);
     }
@@ -401,7 +405,7 @@ public:
 private:
     static constexpr std::string_view kMagic = "ISO-10303-21;";
     static constexpr std::ptrdiff_t kVainLooks = 8;  // times the size of the text
-    static constexpr std::ptrdiff_t kGlance = 1024;
+    static constexpr std::ptrdiff_t kGlance = 256;
 
     SpfStructure& m_structure;
     const char* m_p;
