@@ -61,6 +61,9 @@ bool fromExchangeText(std::string_view text, VnAnsiString& value);
 bool fromExchangeText(std::string_view text, VrString& value);
 bool fromExchangeText(std::string_view text, VnIfcGUID& value);
 
+// All other pairs, which would else find one of these by implicit conversion.
+template <class From, class To>
+bool widen(From from, To& to) = delete;
 bool widen(int from, double& to);
 bool widen(int from, unsigned long& to);
 bool widen(unsigned long from, double& to);
