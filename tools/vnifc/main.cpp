@@ -10,11 +10,6 @@
 #include <functional>
 #include <memory>
 
-// Given by the build, from the project's version.
-#if !defined(VNIFC_VERSION)
-#define VNIFC_VERSION "unversioned"
-#endif
-
 namespace vnifc {
 
 namespace {
