@@ -21,10 +21,13 @@ TEST(Kept, parametersComeBackAsTheyWere) {
         const char* written = nullptr; ///< as it came unless given
     } cases[] = {
         // wrong kinds
-        {"IFCMATERIALLAYER(1,'x',.A.,#9,5.,(1),IFCLABEL('x'))", "wrong-kind wrong-kind wrong-kind wrong-kind wrong-kind "
-                                                                 "wrong-kind wrong-kind"},
-        {"IFCMATERIALLAYER($,IFCNONNEGATIVELENGTHMEASURE(300.),.SINGLE_SWING.,$,$,$,7.0)", "wrong-kind wrong-kind wrong-kind"},
-        {"IFCMATERIALLAYER(*,*,*,*,*,*,*)", "wrong-kind wrong-kind wrong-kind wrong-kind wrong-kind wrong-kind wrong-kind"},
+        {"IFCMATERIALLAYER(1,'x',.A.,#9,5.,(1),IFCLABEL('x'))",
+         "wrong-kind wrong-kind wrong-kind wrong-kind wrong-kind "
+         "wrong-kind wrong-kind"},
+        {"IFCMATERIALLAYER($,IFCNONNEGATIVELENGTHMEASURE(300.),.SINGLE_SWING.,$,$,$,7.0)",
+         "wrong-kind wrong-kind wrong-kind"},
+        {"IFCMATERIALLAYER(*,*,*,*,*,*,*)",
+         "wrong-kind wrong-kind wrong-kind wrong-kind wrong-kind wrong-kind wrong-kind"},
         {"IFCMATERIALLAYER(IFCMATERIAL('m'),1.5.2,.T,x'a',\"0F\",.X.,0x10)",
          "wrong-kind wrong-kind wrong-kind wrong-kind wrong-kind wrong-kind wrong-kind"},
         {"IFCFACEBOUND(.U.,.U.)", "wrong-kind wrong-kind"},
@@ -88,7 +91,8 @@ TEST(Kept, parametersComeBackAsTheyWere) {
         {"IFCREPRESENTATIONITEM(1,'a')", "too-many-parameters"},
         {"IFCGEOMETRICREPRESENTATIONSUBCONTEXT('a','b',*,*,*,*)", "too-few-parameters"},
         // commas that were forgotten
-        {"IFCMATERIALLAYER($$,$,$$$,$)", "missing-comma missing-comma missing-comma", "IFCMATERIALLAYER($,$,$,$,$,$,$)"},
+        {"IFCMATERIALLAYER($$,$,$$$,$)", "missing-comma missing-comma missing-comma",
+         "IFCMATERIALLAYER($,$,$,$,$,$,$)"},
         {"IFCMATERIALLAYER(#9$,$'a''b'$,5)",
          "dangling-reference missing-comma missing-comma missing-comma wrong-kind too-few-parameters",
          "IFCMATERIALLAYER(#9,$,$,'a''b',$,5)"},
@@ -191,11 +195,12 @@ TEST(Kept, brokenTextIsClosedSoThatItEndsWhereItsInstanceEnds) {
          "open-string wrong-kind too-few-parameters unclosed-list too-few-parameters"},
         {"#1=IFCPERSON('open\\S\\\n#2=IFCFOO('a');\n", "#1=IFCPERSON('open\\S\\'');\n#2=IFCFOO('a');\n",
          "open-string wrong-kind too-few-parameters unclosed-list unknown-keyword"},
-        {"#1=IFCFOO('open,(1,2;\n#2=IFCPERSON('a',$,$,$,$,$,$,$);\n", "#1=IFCFOO('open,(1,2;');\n#2=IFCPERSON('a',$,$,$,$,$,$,$);\n",
-         "unknown-keyword open-string unclosed-list"},
+        {"#1=IFCFOO('open,(1,2;\n#2=IFCPERSON('a',$,$,$,$,$,$,$);\n",
+         "#1=IFCFOO('open,(1,2;');\n#2=IFCPERSON('a',$,$,$,$,$,$,$);\n", "unknown-keyword open-string unclosed-list"},
         {"#2=IFCFOO((1,(2;\n#3=IFCPERSON($,$,$,('a',$;\n", "#2=IFCFOO((1,(2)));\n#3=IFCPERSON($,$,$,('a',$));\n",
          "unknown-keyword unclosed-list wrong-kind too-few-parameters unclosed-list"},
-        {"#5=IFCPERSON('last,$;\n", "#5=IFCPERSON('last,$;');\n", "open-string wrong-kind too-few-parameters unclosed-list"},
+        {"#5=IFCPERSON('last,$;\n", "#5=IFCPERSON('last,$;');\n",
+         "open-string wrong-kind too-few-parameters unclosed-list"},
         {"#1=IFCFOO(1) /* ) */ 2;\n", "#1=IFCFOO(1);\n", "unknown-keyword behind-list"},
         {"#1=IFCPERSON($) $,$) /* ) */;\n", "#1=IFCPERSON($);\n", "too-few-parameters behind-list"},
         {"#1=IFCFOO(1)\n#2=IFCPERSON($)\n", "#1=IFCFOO(1);\n#2=IFCPERSON($);\n",
@@ -218,9 +223,11 @@ TEST(Kept, brokenTextIsClosedSoThatItEndsWhereItsInstanceEnds) {
 
 TEST(Kept, numbersThatAreTakenOrDoNotFitGetOnesThatNobodyRefersTo) {
     // #8 stands nowhere, but is referred to: a second #1 under that number would become what #3 refers to.
-    Reading reading(fileOf("#1=IFCWALL('first',$,$,$,$,$,$,$,$);\n#1=IFCWALL('second',$,$,$,$,$,$,$,$);\n"
-                           "#3=IFCRELAGGREGATES('',$,$,$,#1,(#8));\n#99999999999999999999=IFCFOO(#9);\n#0=IFCFOO(1);\n"));
-    EXPECT_EQ(reading.codes(), "duplicate-id dangling-reference instance-number unknown-keyword instance-number unknown-keyword");
+    Reading reading(
+        fileOf("#1=IFCWALL('first',$,$,$,$,$,$,$,$);\n#1=IFCWALL('second',$,$,$,$,$,$,$,$);\n"
+               "#3=IFCRELAGGREGATES('',$,$,$,#1,(#8));\n#99999999999999999999=IFCFOO(#9);\n#0=IFCFOO(1);\n"));
+    EXPECT_EQ(reading.codes(),
+              "duplicate-id dangling-reference instance-number unknown-keyword instance-number unknown-keyword");
     EXPECT_EQ(reading.data(), "#1=IFCWALL('first',$,$,$,$,$,$,$,$);\n#3=IFCRELAGGREGATES('',$,$,$,#1,(#8));\n"
                               "#10=IFCWALL('second',$,$,$,$,$,$,$,$);\n#11=IFCFOO(#9);\n#12=IFCFOO(1);\n");
     EXPECT_FALSE(reading.as<IfcRelAggregates>(3).getRelatedObjects()[0].openObject());

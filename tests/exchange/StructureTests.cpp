@@ -21,9 +21,11 @@ std::string replaced(std::string text, std::string_view what, std::string_view b
 std::string utf16(std::string_view text, bool bigEndian) {
     std::string wide;
     for (const char c : text) {
-        if (bigEndian) wide += '\0';
+        if (bigEndian)
+            wide += '\0';
         wide += c;
-        if (!bigEndian) wide += '\0';
+        if (!bigEndian)
+            wide += '\0';
     }
     return wide;
 }
@@ -64,8 +66,9 @@ TEST(Structure, instancesAreFoundWhateverTheFileAroundThemLooksLike) {
          "no-semicolon no-semicolon"},
         {"forgotten end of the section", replaced(file, "ENDSEC;\nEND-", "END-")},
         {"forgotten end", replaced(file, "END-ISO-10303-21;\n", ""), "no-end"},
-        {"other sections", replaced(replaced(file, "DATA;", "ANCHOR;\n<a>=#1;\nENDSEC;\nREFERENCE;\n#9=<x.ifc#a>;\nENDSEC;\nDATA;"),
-                                    "END-ISO-10303-21;\n", "SIGNATURE;\nMIIC==\nENDSEC;\nEND-ISO-10303-21;\n"),
+        {"other sections",
+         replaced(replaced(file, "DATA;", "ANCHOR;\n<a>=#1;\nENDSEC;\nREFERENCE;\n#9=<x.ifc#a>;\nENDSEC;\nDATA;"),
+                  "END-ISO-10303-21;\n", "SIGNATURE;\nMIIC==\nENDSEC;\nEND-ISO-10303-21;\n"),
          "section section section"},
         {"another structure behind the end", file + "-----\n" + file, "second-structure"},
         {"text behind the end", file + "-----\n", "garbage"},
@@ -74,13 +77,15 @@ TEST(Structure, instancesAreFoundWhateverTheFileAroundThemLooksLike) {
         {"a release of the schema", replaced(file, "'IFC4X3'", "'ifc4x3_add2'")},
         {"an older schema", replaced(file, "'IFC4X3'", "'IFC2X3'"), "schema"},
         {"an apostrophe too many", replaced(file, "(('IFC4X3'", "((''IFC4X3'"), "schema header-entry"},
-        {"an apostrophe too many before a string", replaced(file, "(('IFC4X3'));\nENDSEC;\nDATA;\n#1=IFCCARTESIANPOINT((1.));\n",
-                                    "((''IFC4X3'));\nENDSEC;\nDATA;\n#1=IFCCARTESIANPOINT((1.));\n#2=IFCPERSON('a','b',$,$,$,$,$,$);\n"),
+        {"an apostrophe too many before a string",
+         replaced(file, "(('IFC4X3'));\nENDSEC;\nDATA;\n#1=IFCCARTESIANPOINT((1.));\n",
+                  "((''IFC4X3'));\nENDSEC;\nDATA;\n#1=IFCCARTESIANPOINT((1.));\n#2=IFCPERSON('a','b',$,$,$,$,$,$);\n"),
          "schema header-entry"},
         {"a lone apostrophe", replaced(file, "FILE_NAME('',", "FILE_NAME(',"), "schema header-entry"},
         {"an entry that is none", replaced(file, schemaLine, "'x';" + schemaLine), "schema header-entry"},
         {"an entry without an end", replaced(file, schemaLine, "FILE_SCHEMA(('IFC4X3')"), "schema header-entry"},
-        {"a comment in the header without an end", replaced(file, schemaLine, "/*" + schemaLine), "schema open-comment"},
+        {"a comment in the header without an end", replaced(file, schemaLine, "/*" + schemaLine),
+         "schema open-comment"},
         {"a comment in the data without an end", head + "/* never\nclosed *" + "\n" + point + tail, "open-comment"},
     };
     for (const auto& test : cases) {
@@ -96,18 +101,21 @@ TEST(Structure, instancesAreFoundWhateverTheFileAroundThemLooksLike) {
 
 TEST(Structure, theHeaderIsWrittenAsItWasRead) {
     for (const std::string_view header : {
-             "FILE_DESCRIPTION(('ViewDefinition\r\n[X]','it''s \\X\\C4'),'2;1');\nFILE_NAME($,'2020',$,(),'','a\\S\\'b','');\n"
+             "FILE_DESCRIPTION(('ViewDefinition\r\n[X]','it''s "
+             "\\X\\C4'),'2;1');\nFILE_NAME($,'2020',$,(),'','a\\S\\'b','');\n"
              "FILE_SCHEMA(('IFC4X3_ADD2'));\n",
              "FILE_SCHEMA(('IFC4X3'));\nFILE_NAME('a',5,.X.,(('b')),1.50);\nFILE_DESCRIPTION();\n",
              "FILE_SCHEMA(('IFC4X3'));\nFILE_POPULATION('a /* b */',$);\n!OWN_ENTRY(1, 2);\nSECTION_LANGUAGE('en');\n",
          }) {
-        const std::string file = "ISO-10303-21;\nHEADER;\n" + std::string(header) + "ENDSEC;\nDATA;\n" + std::string(kTail);
+        const std::string file =
+            "ISO-10303-21;\nHEADER;\n" + std::string(header) + "ENDSEC;\nDATA;\n" + std::string(kTail);
         Reading reading(file);
         EXPECT_EQ(reading.codes(), "") << reading.texts();
         EXPECT_EQ(headerOf(reading.model.writeText()), header);
     }
-    EXPECT_EQ(Reading("ISO-10303-21;HEADER;file_schema /*x*/ ( ( 'IFC4X3' ) ) ; ENDSEC;DATA;ENDSEC;END-ISO-10303-21;").model
-                  .header().schemas(),
+    EXPECT_EQ(Reading("ISO-10303-21;HEADER;file_schema /*x*/ ( ( 'IFC4X3' ) ) ; ENDSEC;DATA;ENDSEC;END-ISO-10303-21;")
+                  .model.header()
+                  .schemas(),
               std::vector<std::string>{"IFC4X3"});
 }
 
@@ -175,32 +183,33 @@ TEST(Structure, diagnosticsPointToTheTokenAndSayWhatWasExpected) {
                            "stray text\n"
                            "#5=IFCPERSON('unclosed,$,$,$,$,$,$,$);\n"
                            "#6=IFCCARTESIANPOINT((1.,2.,\n'x'));\n"));
-    EXPECT_EQ(reading.texts(),
-              ":8:19: warning: #1 IFCWALL.OwnerHistory: expected the number of an instance of this file, found #9 "
-              "[dangling-reference]\n"
-              ":8:22: warning: #1 IFCWALL.Name: expected a value of the attribute's type, found 5 [wrong-kind]\n"
-              ":8:34: warning: #1 IFCWALL.PredefinedType: expected a literal of the enumeration, found .WAVY. "
-              "[unknown-literal]\n"
-              ":10:7: error: #2 IFCPERSON.MiddleNames: expected a comma between two values, found nothing [missing-comma]\n"
-              ":10:7: warning: #2 IFCPERSON.MiddleNames: expected a value of the attribute's type, found 'y' [wrong-kind]\n"
-              ":11:3: warning: #2 IFCPERSON.PrefixTitles: expected a value of the attribute's type, found .A. [wrong-kind]\n"
-              ":11:14: warning: #2 IFCPERSON: expected ) behind the last attribute, found $ [too-many-parameters]\n"
-              ":12:4: warning: #3 IFCFOO: expected an entity of the schema, found IFCFOO [unknown-keyword]\n"
-              ":12:30: warning: #4 IFCPERSON.FamilyName: expected one value for each attribute, found nothing "
-              "[too-few-parameters]\n"
-              ":13:4: error: #4: expected a number that no earlier instance has; it gets one, found #4 [duplicate-id]\n"
-              ":14:1: error: #10 IFCFACEBOUND.Orientation: expected a value, found nothing [malformed]\n"
-              ":14:2: warning: #10 IFCFACEBOUND: expected ) behind the last attribute, found #6 [too-many-parameters]\n"
-              ":15:1: error: expected an instance: #1=KEYWORD(...);, found stray text [garbage]\n"
-              ":16:14: error: #5: expected an apostrophe that closes the string, found 'unclosed,$,$,$,$,$,$,$); "
-              "[open-string]\n"
-              ":16:14: warning: #5 IFCPERSON.Identification: expected a value of the attribute's type, found "
-              "'unclosed,$,$,$,$,$,$,$); [wrong-kind]\n"
-              ":16:39: warning: #5 IFCPERSON.FamilyName: expected one value for each attribute, found nothing "
-              "[too-few-parameters]\n"
-              ":16:39: error: #5 IFCPERSON: expected ) that closes the parameter list, found nothing [unclosed-list]\n"
-              ":17:22: warning: #6 IFCCARTESIANPOINT.Coordinates: expected a value of the attribute's type, found "
-              "(1.,2., 'x') [wrong-kind]\n");
+    EXPECT_EQ(
+        reading.texts(),
+        ":8:19: warning: #1 IFCWALL.OwnerHistory: expected the number of an instance of this file, found #9 "
+        "[dangling-reference]\n"
+        ":8:22: warning: #1 IFCWALL.Name: expected a value of the attribute's type, found 5 [wrong-kind]\n"
+        ":8:34: warning: #1 IFCWALL.PredefinedType: expected a literal of the enumeration, found .WAVY. "
+        "[unknown-literal]\n"
+        ":10:7: error: #2 IFCPERSON.MiddleNames: expected a comma between two values, found nothing [missing-comma]\n"
+        ":10:7: warning: #2 IFCPERSON.MiddleNames: expected a value of the attribute's type, found 'y' [wrong-kind]\n"
+        ":11:3: warning: #2 IFCPERSON.PrefixTitles: expected a value of the attribute's type, found .A. [wrong-kind]\n"
+        ":11:14: warning: #2 IFCPERSON: expected ) behind the last attribute, found $ [too-many-parameters]\n"
+        ":12:4: warning: #3 IFCFOO: expected an entity of the schema, found IFCFOO [unknown-keyword]\n"
+        ":12:30: warning: #4 IFCPERSON.FamilyName: expected one value for each attribute, found nothing "
+        "[too-few-parameters]\n"
+        ":13:4: error: #4: expected a number that no earlier instance has; it gets one, found #4 [duplicate-id]\n"
+        ":14:1: error: #10 IFCFACEBOUND.Orientation: expected a value, found nothing [malformed]\n"
+        ":14:2: warning: #10 IFCFACEBOUND: expected ) behind the last attribute, found #6 [too-many-parameters]\n"
+        ":15:1: error: expected an instance: #1=KEYWORD(...);, found stray text [garbage]\n"
+        ":16:14: error: #5: expected an apostrophe that closes the string, found 'unclosed,$,$,$,$,$,$,$); "
+        "[open-string]\n"
+        ":16:14: warning: #5 IFCPERSON.Identification: expected a value of the attribute's type, found "
+        "'unclosed,$,$,$,$,$,$,$); [wrong-kind]\n"
+        ":16:39: warning: #5 IFCPERSON.FamilyName: expected one value for each attribute, found nothing "
+        "[too-few-parameters]\n"
+        ":16:39: error: #5 IFCPERSON: expected ) that closes the parameter list, found nothing [unclosed-list]\n"
+        ":17:22: warning: #6 IFCCARTESIANPOINT.Coordinates: expected a value of the attribute's type, found "
+        "(1.,2., 'x') [wrong-kind]\n");
     EXPECT_EQ(reading.result.errors, 6u);
     EXPECT_EQ(reading.result.warnings, 12u);
     EXPECT_EQ(Reading(fileOf("#1=IFCFOO(" + std::string(500, 'x') + "\n")).diagnostics.at(0).found.size(), 6u);

@@ -27,7 +27,8 @@ inline std::string fileOf(std::string_view data) { return std::string(kHead).app
 
 /// What stands between the header and the end; the text as it is where it has not that form.
 inline std::string dataOf(std::string_view file) {
-    if (!file.starts_with(kHead) || !file.ends_with(kTail)) return std::string(file);
+    if (!file.starts_with(kHead) || !file.ends_with(kTail))
+        return std::string(file);
     return std::string(file.substr(kHead.size(), file.size() - kHead.size() - kTail.size()));
 }
 
@@ -44,19 +45,22 @@ public:
     /// The codes of all diagnostics, with blanks between them.
     std::string codes() const {
         std::string all;
-        for (const VN_SDAI::VnIfcDiagnostic& each : diagnostics) all += (all.empty() ? "" : " ") + each.code;
+        for (const VN_SDAI::VnIfcDiagnostic& each : diagnostics)
+            all += (all.empty() ? "" : " ") + each.code;
         return all;
     }
     /// The lines that the diagnostics make for people.
     std::string texts() const {
         std::string all;
-        for (const VN_SDAI::VnIfcDiagnostic& each : diagnostics) all += each.text() + '\n';
+        for (const VN_SDAI::VnIfcDiagnostic& each : diagnostics)
+            all += each.text() + '\n';
         return all;
     }
     template <class E>
     E& as(std::uint64_t number) {
         VN_SDAI::VnIfcEntityBase* instance = model.find(number).openObject();
-        if (!instance || !instance->isKindOf(E::g_pEntityType)) throw std::runtime_error("no such instance");
+        if (!instance || !instance->isKindOf(E::g_pEntityType))
+            throw std::runtime_error("no such instance");
         return static_cast<E&>(*instance);
     }
     std::string data() const { return dataOf(model.writeText()); }

@@ -68,7 +68,7 @@ TEST(Values, realsComeBackBitByBitInTheirShortestForm) {
     const struct {
         double value;
         const char* text;
-    } cases[] = {{0, "0."},       {-0., "-0."},    {1, "1."},         {0.1, "0.1"},          {1e22, "1.E+22"},
+    } cases[] = {{0, "0."},        {-0., "-0."},          {1, "1."},           {0.1, "0.1"},        {1e22, "1.E+22"},
                  {1e-7, "1.E-07"}, {1.5e300, "1.5E+300"}, {123456, "123456."}, {5e-324, "5.E-324"}, {-2.5, "-2.5"}};
     VnIfcModel model(schema());
     auto* own = model.create<IfcMaterialLayer>();
@@ -83,7 +83,8 @@ TEST(Values, realsComeBackBitByBitInTheirShortestForm) {
     VnIfcArray<double> values;
     while (values.length() < 20000) {
         const auto value = std::bit_cast<double>(random());
-        if (std::isfinite(value)) values.append(value);
+        if (std::isfinite(value))
+            values.append(value);
     }
     point->setCoordinates(values);
     Reading reading(model.writeText());
@@ -155,7 +156,8 @@ TEST(Values, stringsKeepTheirBytesButForDoubledApostrophes) {
 
 TEST(Values, stringsThatAHostMakesCannotBreakTheFile) {
     // A directive that is cut off at the end would take the closing apostrophe with it.
-    for (const std::string_view text : {"\\S\\", "a\\S\\", "\\\\S\\", "\\", "'", "\\'", "\\S\\\\S\\", "\\S", "\\X0\\S\\"}) {
+    for (const std::string_view text :
+         {"\\S\\", "a\\S\\", "\\\\S\\", "\\", "'", "\\'", "\\S\\\\S\\", "\\S", "\\X0\\S\\"}) {
         VnIfcModel model(schema());
         model.create<IfcPropertySingleValue>()->setName(text);
         Reading reading(model.writeText());
@@ -216,15 +218,58 @@ TEST(Values, aSetIsWrittenInOrderAndWithoutDoubles) {
 }
 
 TEST(Values, tokensMayHaveBlanksAndCommentsBetweenThem) {
-    const std::vector<std::string_view> tokens = {
-        "#1", "=", "IFCPROPERTYENUMERATEDVALUE", "(", "'a'", ",", "$", ",", "(", "IFCREAL", "(", "1.5", ")", ",",
-        "IFCCOMPLEXNUMBER", "(", "(", "1.", ",", "2.", ")", ")", ")", ",", "#2", ")", ";",
-        "#2", "=", "IFCSIUNIT", "(", "*", ",", ".LENGTHUNIT.", ",", ".MILLI.", ",", ".METRE.", ")", ";",
-        "#3", "=", "IFCFOO", "(", "1", ")", ";"};
+    const std::vector<std::string_view> tokens = {"#1",
+                                                  "=",
+                                                  "IFCPROPERTYENUMERATEDVALUE",
+                                                  "(",
+                                                  "'a'",
+                                                  ",",
+                                                  "$",
+                                                  ",",
+                                                  "(",
+                                                  "IFCREAL",
+                                                  "(",
+                                                  "1.5",
+                                                  ")",
+                                                  ",",
+                                                  "IFCCOMPLEXNUMBER",
+                                                  "(",
+                                                  "(",
+                                                  "1.",
+                                                  ",",
+                                                  "2.",
+                                                  ")",
+                                                  ")",
+                                                  ")",
+                                                  ",",
+                                                  "#2",
+                                                  ")",
+                                                  ";",
+                                                  "#2",
+                                                  "=",
+                                                  "IFCSIUNIT",
+                                                  "(",
+                                                  "*",
+                                                  ",",
+                                                  ".LENGTHUNIT.",
+                                                  ",",
+                                                  ".MILLI.",
+                                                  ",",
+                                                  ".METRE.",
+                                                  ")",
+                                                  ";",
+                                                  "#3",
+                                                  "=",
+                                                  "IFCFOO",
+                                                  "(",
+                                                  "1",
+                                                  ")",
+                                                  ";"};
     std::string compact, spread;
     for (const std::string_view token : tokens) {
         compact += token;
-        if (token == ";") compact += '\n';
+        if (token == ";")
+            compact += '\n';
         spread.append("/* , ) ' ; #9=X( /* */\r\n\t").append(token);
     }
     Reading reading(fileOf(spread));
@@ -241,9 +286,9 @@ TEST(Values, aSelectTakesTheMemberThatItsTypeNames) {
     EXPECT_TRUE(value.isIfcInteger() && value.getInt32(number));
     EXPECT_EQ(number, 2147483647) << "no value is reserved in a select";
     EXPECT_EQ(reading.codes(), "");
-    for (const std::string_view text : {"IFCLENGTHMEASURE(1.5)", "IFCLOGICAL(.U.)", "IFCBOOLEAN(.T.)", "IFCBINARY(\"0F\")",
-                                        "IFCDATE('2020-02-02')", "IFCCOMPLEXNUMBER((1.,-2.))", "IFCCOUNTMEASURE(-3.)",
-                                        "IFCTIMESTAMP(1)", "IFCIDENTIFIER('')"}) {
+    for (const std::string_view text :
+         {"IFCLENGTHMEASURE(1.5)", "IFCLOGICAL(.U.)", "IFCBOOLEAN(.T.)", "IFCBINARY(\"0F\")", "IFCDATE('2020-02-02')",
+          "IFCCOMPLEXNUMBER((1.,-2.))", "IFCCOUNTMEASURE(-3.)", "IFCTIMESTAMP(1)", "IFCIDENTIFIER('')"}) {
         Reading each(fileOf(property("''", text)));
         EXPECT_EQ(each.codes(), "") << text;
         EXPECT_EQ(each.data(), property("''", text));
