@@ -1,6 +1,6 @@
 #pragma once
-// The places of the module's descriptors, and the class rows that lead to them. Included where the tables are, so that a
-// descriptor's code is the module's alone, whichever library asks for it first.
+// The places of the module's descriptors, and the class rows that lead to them. Included where the tables are, so that
+// a descriptor's code is the module's alone, whichever library asks for it first.
 #include <IFC4X3/Enumeration.h>
 #include <IFC4X3/Select.h>
 #include <VnIfcCore/VnIfcVariantTypeAggregate.h>

@@ -49,7 +49,12 @@ TEST_F(Access, namesMatchWholeAndInAnyCase) {
         EXPECT_TRUE(wall.putAttr(name, name));
         EXPECT_STREQ(got<const char*>(wall, "naMe"), name);
     }
-    for (const char* name : {"", "Nam", "Names", "Name ", "NAM%", "\x0e" "ame", "\xce" "ame", "m_Name"}) {
+    for (const char* name : {"", "Nam", "Names", "Name ", "NAM%",
+                             "\x0e"
+                             "ame",
+                             "\xce"
+                             "ame",
+                             "m_Name"}) {
         VnIfcVariant value(before);
         EXPECT_FALSE(wall.getAttr(name, value)) << name;
         EXPECT_TRUE(value == before);
@@ -161,9 +166,12 @@ TEST_F(Access, aggregatesTakeAllOrNothing) {
     IfcCartesianPoint point;
     EXPECT_TRUE(point.putAttr("Coordinates", VnIfcArray<double>{1, 2}));
     EXPECT_TRUE(point.putAttr("Coordinates", Variants{1, 2.5, "3."}));
-    const auto coordinates = [&] { return std::vector<double>(point.getCoordinates().begin(), point.getCoordinates().end()); };
+    const auto coordinates = [&] {
+        return std::vector<double>(point.getCoordinates().begin(), point.getCoordinates().end());
+    };
     EXPECT_EQ(coordinates(), (std::vector<double>{1, 2.5, 3}));
-    const VnIfcVariant refused[] = {VnIfcArray<int>{1}, Variants{1, "x"}, Handles{wall}, got<VnIfcListAggr<double>*>(point, "Coordinates"), 1.0};
+    const VnIfcVariant refused[] = {VnIfcArray<int>{1}, Variants{1, "x"}, Handles{wall},
+                                    got<VnIfcListAggr<double>*>(point, "Coordinates"), 1.0};
     for (const VnIfcVariant& each : refused)
         EXPECT_FALSE(point.putAttr("Coordinates", each));
     EXPECT_EQ(coordinates(), (std::vector<double>{1, 2.5, 3}));
@@ -197,13 +205,15 @@ TEST_F(Access, aggregatesTakeAllOrNothing) {
 }
 
 TEST_F(Access, aNewValueReplacesTheTextKeptFromTheFile) {
-    ASSERT_TRUE(model.readText("ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\nFILE_NAME('','',(''),(''),'','','');\n"
-                               "FILE_SCHEMA(('IFC4X3'));\nENDSEC;\nDATA;\n#1=IFCWALL('x',$,12,$,$,$,$,$,.NOSUCHTYPE.);\n"
-                               "ENDSEC;\nEND-ISO-10303-21;\n"));
+    ASSERT_TRUE(
+        model.readText("ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\nFILE_NAME('','',(''),(''),'','','');\n"
+                       "FILE_SCHEMA(('IFC4X3'));\nENDSEC;\nDATA;\n#1=IFCWALL('x',$,12,$,$,$,$,$,.NOSUCHTYPE.);\n"
+                       "ENDSEC;\nEND-ISO-10303-21;\n"));
     VnIfcEntityBase& wall = *model.find(1).openObject();
     EXPECT_FALSE(wall.putAttr("Name", model.find(1)));
     EXPECT_FALSE(wall.putAttr("PredefinedType", 2.5));
-    EXPECT_NE(model.writeText().find("$,12,$,$,$,$,$,.NOSUCHTYPE.)"), std::string::npos) << "refused values change nothing";
+    EXPECT_NE(model.writeText().find("$,12,$,$,$,$,$,.NOSUCHTYPE.)"), std::string::npos)
+        << "refused values change nothing";
     EXPECT_TRUE(wall.putAttr("Name", "new"));
     EXPECT_FALSE(wall.putAttr("PredefinedType", "OTHER"));
     EXPECT_NE(model.writeText().find("$,'new',$,$,$,$,$,$)"), std::string::npos) << model.writeText();

@@ -126,7 +126,8 @@ protected:
             const VnIfcVariant select = selectOffer(present, type);
             return {select, select, text};
         }
-        const VnIfcVariant element = elementOffer(dynamic_cast<const VnIfcAggregationType&>(*resolved(type)).elementType());
+        const VnIfcVariant element =
+            elementOffer(dynamic_cast<const VnIfcAggregationType&>(*resolved(type)).elementType());
         return {Variants{element}, {}, Variants{element, VnIfcLogical()}};
     }
 
@@ -154,8 +155,10 @@ protected:
         EXPECT_FALSE(instance.testAttr(name));
         // Aggregates and selects are handed out as pointers, whose target shows the change.
         EXPECT_TRUE(get(instance, name) == unset);
-        kinds[isAggregate ? L"aggregate" : unset.type()->isSelect() ? L"select"
-              : unset.type()->enumeration() ? L"enumeration" : unset.type()->name()]++;
+        kinds[isAggregate                   ? L"aggregate"
+              : unset.type()->isSelect()    ? L"select"
+              : unset.type()->enumeration() ? L"enumeration"
+                                            : unset.type()->name()]++;
     }
 
     VnIfcModel model;

@@ -32,23 +32,24 @@ struct VnIfcTypeList {
 };
 
 /// All payload types that the core describes.
-using VnIfcCoreTypes = VnIfcTypeList<
-    int, double, unsigned long, const char*, VnAnsiString, VrString, VnDbObjectId, VnIfcBoolean, VnIfcLogical,
-    VnIfcGUID, VnIfcEnumDescription, VnIfcSelect*, VnIfcAggr*, VnIfcArray<int>, VnIfcArray<double>,
-    VnIfcArray<unsigned long>, VnIfcArray<const char*>, VnIfcArray<VnAnsiString>, VnIfcArray<VrString>,
-    VnIfcArray<VnDbObjectId>, VnIfcArray<VnIfcBoolean>, VnIfcArray<VnIfcLogical>, VnIfcArray<VnIfcGUID>,
-    VnIfcArray<VnIfcEnumDescription>, VnIfcArray<VnIfcSelect*>, VnIfcArray<VnIfcAggr*>, VnIfcArray<VnIfcVariant>,
-    VnIfcArray<VnIfcArray<int>>, VnIfcArray<VnIfcArray<double>>, VnIfcArray<VnIfcArray<VnDbObjectId>>,
-    VnIfcSetAggr<int>*, VnIfcSetAggr<double>*, VnIfcSetAggr<VnAnsiString>*, VnIfcSetAggr<VnDbObjectId>*,
-    VnIfcListAggr<int>*, VnIfcListAggr<double>*, VnIfcListAggr<VnAnsiString>*, VnIfcListAggr<VnDbObjectId>*,
-    VnIfcListAggrCompound<VnIfcListAggr<int>>*, VnIfcListAggrCompound<VnIfcListAggr<double>>*,
-    VnIfcListAggrCompound<VnIfcListAggr<VnDbObjectId>>*>;
+using VnIfcCoreTypes =
+    VnIfcTypeList<int, double, unsigned long, const char*, VnAnsiString, VrString, VnDbObjectId, VnIfcBoolean,
+                  VnIfcLogical, VnIfcGUID, VnIfcEnumDescription, VnIfcSelect*, VnIfcAggr*, VnIfcArray<int>,
+                  VnIfcArray<double>, VnIfcArray<unsigned long>, VnIfcArray<const char*>, VnIfcArray<VnAnsiString>,
+                  VnIfcArray<VrString>, VnIfcArray<VnDbObjectId>, VnIfcArray<VnIfcBoolean>, VnIfcArray<VnIfcLogical>,
+                  VnIfcArray<VnIfcGUID>, VnIfcArray<VnIfcEnumDescription>, VnIfcArray<VnIfcSelect*>,
+                  VnIfcArray<VnIfcAggr*>, VnIfcArray<VnIfcVariant>, VnIfcArray<VnIfcArray<int>>,
+                  VnIfcArray<VnIfcArray<double>>, VnIfcArray<VnIfcArray<VnDbObjectId>>, VnIfcSetAggr<int>*,
+                  VnIfcSetAggr<double>*, VnIfcSetAggr<VnAnsiString>*, VnIfcSetAggr<VnDbObjectId>*, VnIfcListAggr<int>*,
+                  VnIfcListAggr<double>*, VnIfcListAggr<VnAnsiString>*, VnIfcListAggr<VnDbObjectId>*,
+                  VnIfcListAggrCompound<VnIfcListAggr<int>>*, VnIfcListAggrCompound<VnIfcListAggr<double>>*,
+                  VnIfcListAggrCompound<VnIfcListAggr<VnDbObjectId>>*>;
 
 /// The descriptor of the core type at an index of VnIfcCoreTypes.
 VNIFC_API VnIfcVariantTypeSlot& vnIfcCoreTypeSlot(std::size_t index) noexcept;
 
 template <class T>
-    requires VnIfcCoreTypes::has<T>
+requires VnIfcCoreTypes::has<T>
 struct VnIfcVariantType::Desc<T> {
     static const VnIfcVariantType& value() { return slot().value(); }
     static void release() noexcept { slot().release(); }
@@ -59,7 +60,9 @@ private:
 
 /// The types that a variant can hold.
 template <class T>
-concept VnIfcDescribed = requires { VnIfcVariantType::Desc<T>::value(); };
+concept VnIfcDescribed = requires {
+    VnIfcVariantType::Desc<T>::value();
+};
 
 /// A value together with the descriptor of its type; null when it holds none. Strings, arrays and selects are held by
 /// value; pointers to selects and aggregates and `const char*` are not owned, unless a conversion made what they point
@@ -126,8 +129,7 @@ public:
     /// The value, converted if need be; false, and `value` as it was, when that is not possible. Not for pointers: what
     /// a conversion points to is its result's.
     template <VnIfcDescribed T>
-        requires(!std::is_pointer_v<T>)
-    bool getAs(T& value) const {
+    requires(!std::is_pointer_v<T>) bool getAs(T& value) const {
         VnIfcVariant converted;
         const T* result = get<T>();
         if (!result && convertTo(VnIfcVariantType::Desc<T>::value(), converted))

@@ -13,7 +13,7 @@ public:
     ~VnIfcSelectVariantType() override;
     bool isSelect() const noexcept override { return true; }
     bool subEqualTo(const void* left, const void* right) const override;
-    /// To what the chosen member's value converts to, and to a pointer to the select that `source` holds.
+    /// To what the chosen member's value converts to, to a copy of the select, and to a pointer to it.
     bool subToValueType(const VnIfcVariantType& target, const VnIfcVariant& source,
                         VnIfcVariant& result) const override;
     /// From an instance that belongs to a member, and from another select whose chosen member this one has too.
@@ -39,6 +39,9 @@ class VNIFC_API VnIfcSelectValueTypeBase : public VnIfcSelectVariantType, public
 public:
     ~VnIfcSelectValueTypeBase() override;
     const IVnIfcVariantTypeObjectAllocator* objectMemAllocator() const noexcept override { return this; }
+    /// A pointer to the select points to a copy, since the one in `source` goes with it.
+    bool subToValueType(const VnIfcVariantType& target, const VnIfcVariant& source,
+                        VnIfcVariant& result) const override;
     VnIfcSelect* selectAt(const void* value) const noexcept override;
     VnIfcVariant variantOf(const VnIfcSelect& select) const override { return VnIfcVariant(*this, &select); }
 
@@ -55,6 +58,8 @@ public:
     VnIfcSelect* selectAt(const void* value) const noexcept override;
     VnIfcVariant variantOf(const VnIfcSelect& select) const override;
     bool createVariant(VnIfcVariant& value) const override;
+    /// A pointer that keeps its select alive.
+    VnIfcVariant variantOf(std::shared_ptr<VnIfcSelect> select) const;
 
 protected:
     VnIfcSelectPtrValueTypeBase(VnIfcVariantTypeSlot& slot, std::string_view schema, std::string_view name);

@@ -42,7 +42,8 @@ char letterOf(std::string_view text) noexcept {
 
 } // namespace
 
-// ---- simple values -----------------------------------------------------------------------------------------------------
+// ---- simple values
+// -----------------------------------------------------------------------------------------------------
 
 std::string exchangeForm(int value) {
     return written([value](ExchangeText& text) { text.wrPrimitive(value); });
@@ -94,7 +95,8 @@ bool fromExchangeForm(std::string_view text, VnIfcLogical& value) {
     return true;
 }
 
-// ---- text --------------------------------------------------------------------------------------------------------------
+// ---- text
+// --------------------------------------------------------------------------------------------------------------
 
 std::optional<std::string_view> exchangeText(const char* value, std::string&) {
     return value ? std::optional<std::string_view>(value) : std::nullopt;
@@ -131,7 +133,8 @@ bool fromExchangeText(std::string_view text, VnIfcGUID& value) {
     return true;
 }
 
-// ---- numbers -----------------------------------------------------------------------------------------------------------
+// ---- numbers
+// -----------------------------------------------------------------------------------------------------------
 
 bool widen(int from, double& to) {
     to = from == Consts::VnIntUnset ? Consts::VnRealUnset : from;

@@ -9,8 +9,8 @@
 #include <optional>
 #include <string>
 
-// What the core's simple types convert to: wider numbers, other kinds of text, and text in exchange form. What would lose
-// something is refused.
+// What the core's simple types convert to: wider numbers, other kinds of text, and text in exchange form. What would
+// lose something is refused.
 namespace VN_SDAI {
 
 /// A NUL-terminated text, and the copy of it that a conversion made. Begins with the pointer that users see.
@@ -31,9 +31,9 @@ template <class T>
 inline constexpr bool isText = std::is_same_v<T, const char*> || std::is_same_v<T, VnAnsiString> ||
                                std::is_same_v<T, VrString> || std::is_same_v<T, VnIfcGUID>;
 template <class T>
-inline constexpr bool isSimple = std::is_same_v<T, int> || std::is_same_v<T, double> ||
-                                 std::is_same_v<T, unsigned long> || std::is_same_v<T, VnIfcBoolean> ||
-                                 std::is_same_v<T, VnIfcLogical>;
+inline constexpr bool isSimple =
+    std::is_same_v<T, int> || std::is_same_v<T, double> || std::is_same_v<T, unsigned long> ||
+    std::is_same_v<T, VnIfcBoolean> || std::is_same_v<T, VnIfcLogical>;
 
 /// The exchange form of a value; empty for an unset one, and for a number that has no such form.
 std::string exchangeForm(int value);

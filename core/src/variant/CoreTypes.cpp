@@ -43,7 +43,8 @@ constexpr const wchar_t* kName<VnIfcAggr*> = L"VN_SDAI::VnIfcAggr*";
 template <>
 constexpr const wchar_t* kName<VnIfcVariant> = L"VN_SDAI::VnIfcVariant";
 
-// ---- single values -----------------------------------------------------------------------------------------------------
+// ---- single values
+// -----------------------------------------------------------------------------------------------------
 
 template <class T>
 T unsetValue() {
@@ -243,7 +244,8 @@ private:
     }
 };
 
-// ---- pointers to any select or aggregate -------------------------------------------------------------------------------
+// ---- pointers to any select or aggregate
+// -------------------------------------------------------------------------------
 
 class AnySelectType final : public VnIfcSelectPtrValueTypeBase {
 public:
@@ -290,7 +292,8 @@ protected:
     void exportTo(void*, const VnIfcAggr&) const override {}
 };
 
-// ---- the slots ---------------------------------------------------------------------------------------------------------
+// ---- the slots
+// ---------------------------------------------------------------------------------------------------------
 
 constinit std::atomic<std::size_t> living{0};
 

@@ -14,15 +14,12 @@ void* heapCopy(const VnIfcVariantType& type, const void* source) {
 } // namespace
 
 constinit const VnIfcVariantStorage vnIfcHeapStorage{
-    .emplace = [](const VnIfcVariantType& type, void* payload, const void* value) {
-        heapValue(payload) = heapCopy(type, value);
-    },
-    .copy = [](const VnIfcVariantType& type, void* payload, const void* source) {
-        heapValue(payload) = heapCopy(type, *static_cast<void* const*>(source));
-    },
-    .destroy = [](const VnIfcVariantType& type, void* payload) noexcept {
-        type.objectMemAllocator()->destroy(heapValue(payload));
-    },
+    .emplace = [](const VnIfcVariantType& type, void* payload,
+                  const void* value) { heapValue(payload) = heapCopy(type, value); },
+    .copy = [](const VnIfcVariantType& type, void* payload,
+               const void* source) { heapValue(payload) = heapCopy(type, *static_cast<void* const*>(source)); },
+    .destroy = [](const VnIfcVariantType& type,
+                  void* payload) noexcept { type.objectMemAllocator()->destroy(heapValue(payload)); },
     .onHeap = true};
 
 VnIfcVariant::VnIfcVariant(const VnIfcVariantType& type, const void* value) : m_type(&type) {

@@ -8,7 +8,8 @@ VnIfcVariantTypeLocker& vnifcGetVaraintTypeLocker() noexcept {
     return locker;
 }
 
-// ---- VnIfcVariantTypeSlot ----------------------------------------------------------------------------------------------
+// ---- VnIfcVariantTypeSlot
+// ----------------------------------------------------------------------------------------------
 
 const VnIfcVariantType& VnIfcVariantTypeSlot::make() {
     if (!m_isLocked)
@@ -42,7 +43,8 @@ void VnIfcVariantTypeSlot::release() noexcept {
     --*m_living;
 }
 
-// ---- VnIfcVariantType --------------------------------------------------------------------------------------------------
+// ---- VnIfcVariantType
+// --------------------------------------------------------------------------------------------------
 
 VnIfcVariantType::~VnIfcVariantType() = default;
 

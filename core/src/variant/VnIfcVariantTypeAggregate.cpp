@@ -3,7 +3,8 @@
 
 namespace VN_SDAI {
 
-// ---- VnIfcAggregateVariantType -----------------------------------------------------------------------------------------
+// ---- VnIfcAggregateVariantType
+// -----------------------------------------------------------------------------------------
 
 VnIfcAggregateVariantType::~VnIfcAggregateVariantType() = default;
 
@@ -45,7 +46,8 @@ bool VnIfcAggregateVariantType::toArray(const VnIfcVariantType& target, const vo
     return true;
 }
 
-// ---- VnIfcArrayVariantType ---------------------------------------------------------------------------------------------
+// ---- VnIfcArrayVariantType
+// ---------------------------------------------------------------------------------------------
 
 VnIfcArrayVariantType::VnIfcArrayVariantType(VnIfcVariantTypeSlot& slot, const wchar_t* name,
                                              const VnIfcVariantStorage& storage)
@@ -60,7 +62,8 @@ bool VnIfcArrayVariantType::subToValueType(const VnIfcVariantType& target, const
     return toArray(target, source.payload(), result);
 }
 
-// ---- VnIfcAggrPtrVariantType -------------------------------------------------------------------------------------------
+// ---- VnIfcAggrPtrVariantType
+// -------------------------------------------------------------------------------------------
 
 VnIfcAggrPtrVariantType::VnIfcAggrPtrVariantType(VnIfcVariantTypeSlot& slot, const wchar_t* name)
     : VnIfcAggregateVariantType(name, sizeof(VnIfcAggr*)) {

@@ -17,13 +17,13 @@ struct SelectPointer {
 
 SelectPointer& pointerIn(void* payload) noexcept { return *static_cast<SelectPointer*>(payload); }
 
-constexpr VnIfcVariantStorage kPointerStorage{
-    [](const VnIfcVariantType&, void* payload, const void* value) {
-        auto* pointer = ::new (payload) SelectPointer;
-        if (value)
-            std::memcpy(&pointer->select, value, sizeof pointer->select);
-    },
-    vnIfcInsideStorage<SelectPointer>.copy, vnIfcInsideStorage<SelectPointer>.destroy};
+constexpr VnIfcVariantStorage kPointerStorage{[](const VnIfcVariantType&, void* payload, const void* value) {
+                                                  auto* pointer = ::new (payload) SelectPointer;
+                                                  if (value)
+                                                      std::memcpy(&pointer->select, value, sizeof pointer->select);
+                                              },
+                                              vnIfcInsideStorage<SelectPointer>.copy,
+                                              vnIfcInsideStorage<SelectPointer>.destroy};
 
 VnIfcSelect* pointee(const void* pointer) noexcept {
     return pointer ? static_cast<VnIfcSelect*>(*static_cast<void* const*>(pointer)) : nullptr;
@@ -35,7 +35,8 @@ const VnIfcSelectVariantType* selectType(const VnIfcVariantType* type) noexcept 
 
 } // namespace
 
-// ---- VnIfcSelectVariantType --------------------------------------------------------------------------------------------
+// ---- VnIfcSelectVariantType
+// --------------------------------------------------------------------------------------------
 
 VnIfcSelectVariantType::~VnIfcSelectVariantType() = default;
 
@@ -79,7 +80,8 @@ VnIfcSelect* VnIfcSelectVariantType::selectIn(const VnIfcVariant& value) const n
     return value.type() == this ? selectAt(value.payload()) : nullptr;
 }
 
-// ---- VnIfcSelectValueTypeBase ------------------------------------------------------------------------------------------
+// ---- VnIfcSelectValueTypeBase
+// ------------------------------------------------------------------------------------------
 
 VnIfcSelectValueTypeBase::VnIfcSelectValueTypeBase(VnIfcVariantTypeSlot& slot, std::string_view schema,
                                                    std::string_view name, std::uint32_t size)
@@ -89,11 +91,22 @@ VnIfcSelectValueTypeBase::VnIfcSelectValueTypeBase(VnIfcVariantTypeSlot& slot, s
 
 VnIfcSelectValueTypeBase::~VnIfcSelectValueTypeBase() = default;
 
+bool VnIfcSelectValueTypeBase::subToValueType(const VnIfcVariantType& target, const VnIfcVariant& source,
+                                              VnIfcVariant& result) const {
+    const auto* pointers = dynamic_cast<const VnIfcSelectPtrValueTypeBase*>(selectType(&target));
+    const VnIfcSelect* select = selectIn(source);
+    if (!pointers || !select || !pointers->accepts(*select))
+        return VnIfcSelectVariantType::subToValueType(target, source, result);
+    result = pointers->variantOf(std::shared_ptr<VnIfcSelect>(static_cast<VnIfcSelect*>(copy(select))));
+    return true;
+}
+
 VnIfcSelect* VnIfcSelectValueTypeBase::selectAt(const void* value) const noexcept {
     return static_cast<VnIfcSelect*>(const_cast<void*>(value));
 }
 
-// ---- VnIfcSelectPtrValueTypeBase ---------------------------------------------------------------------------------------
+// ---- VnIfcSelectPtrValueTypeBase
+// ---------------------------------------------------------------------------------------
 
 VnIfcSelectPtrValueTypeBase::VnIfcSelectPtrValueTypeBase(VnIfcVariantTypeSlot& slot, std::string_view schema,
                                                          std::string_view name)
@@ -111,16 +124,21 @@ VnIfcVariant VnIfcSelectPtrValueTypeBase::variantOf(const VnIfcSelect& select) c
     return VnIfcVariant(*this, &pointer);
 }
 
+VnIfcVariant VnIfcSelectPtrValueTypeBase::variantOf(std::shared_ptr<VnIfcSelect> select) const {
+    VnIfcVariant value(*this, nullptr);
+    SelectPointer& pointer = pointerIn(value.payload());
+    pointer.select = select.get();
+    pointer.owner = std::move(select);
+    return value;
+}
+
 bool VnIfcSelectPtrValueTypeBase::createVariant(VnIfcVariant& value) const {
-    VnIfcVariant fresh(*this, nullptr);
-    SelectPointer& pointer = pointerIn(fresh.payload());
-    pointer.owner = createSelect();
-    pointer.select = pointer.owner.get();
-    value = std::move(fresh);
+    value = variantOf(createSelect());
     return true;
 }
 
-// ---- what selects do for the descriptors -------------------------------------------------------------------------------
+// ---- what selects do for the descriptors
+// -------------------------------------------------------------------------------
 
 bool VnIfcSelect::_subToString(VrString& text, const VnIfcSelect* select, StringFormat format) {
     if (!select)
