@@ -1,5 +1,6 @@
 #include "LoadedFile.h"
 
+#include "Archive.h"
 #include "Messages.h"
 #include "Progress.h"
 
@@ -25,25 +26,33 @@ std::string counted(std::uint64_t count, const char* noun) {
 
 VnModule loadSchemaModule() { return VnModule::load("VnIfc4x3"); }
 
-LoadedFile::LoadedFile(const ReadFlags& flags) : m_module(loadSchemaModule()), m_model(m_module.schema()) {
+LoadedFile::LoadedFile(const ReadFlags& flags, const ReadNeeds& needs)
+    : m_module(loadSchemaModule()), m_model(m_module.schema()) {
     const std::string name = flags.file == "-" ? "standard input" : flags.file;
     Progress progress("reading " + name);
     VnIfcReadOptions options;
     options.diagnostics = [&](const VnIfcDiagnostic& diagnostic) {
         progress.clear();
-        note(diagnostic, flags.quiet);
+        note(diagnostic, flags.quiet || needs.diagnostics);
+        if (needs.diagnostics)
+            needs.diagnostics(diagnostic);
     };
     options.progress = progress.callback();
     options.threads = flags.threads;
-    options.inverses = false;
+    options.inverses = needs.inverses;
+    options.places = needs.places;
     options.name = name;
     const auto start = std::chrono::steady_clock::now();
-    m_result = m_model.readFile(flags.file, options);
+    const std::optional<std::string> inflated = readArchive(flags.file, [&](std::string_view line) {
+        if (!flags.quiet)
+            say(line);
+    });
+    m_result = inflated ? m_model.readText(*inflated, options) : m_model.readFile(flags.file, options);
     m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     progress.clear();
     if (!m_result)
         throw Failure(kFileFailure, fmt::format("cannot read {}: {}", name, m_result.message));
-    if (!flags.quiet && m_diagnosticCount > kPrinted)
+    if (!flags.quiet && !needs.diagnostics && m_diagnosticCount > kPrinted)
         say(fmt::format("... and {} more", m_diagnosticCount - kPrinted));
 }
 

@@ -13,12 +13,19 @@ namespace vnifc {
 /// The schema module that this host works with; found by its name, as nothing of it is linked.
 VN_SDAI::VnModule loadSchemaModule();
 
+/// What a command needs beyond the instances of a file.
+struct ReadNeeds {
+    bool inverses = false;                    ///< inverse attributes
+    bool places = false;                      ///< where each instance stands in the file
+    VN_SDAI::VnIfcDiagnosticSink diagnostics; ///< takes the findings, in place of standard error
+};
+
 /// A file in memory: how every command that reads one begins.
 class LoadedFile {
 public:
-    /// Reads the file; shows progress, and prints diagnostics unless the flags say otherwise. Throws Failure when there
-    /// is nothing to read.
-    explicit LoadedFile(const ReadFlags& flags);
+    /// Reads the file, out of its archive if it is in one; shows progress, and prints diagnostics unless the flags say
+    /// otherwise. Throws Failure when there is nothing to read.
+    explicit LoadedFile(const ReadFlags& flags, const ReadNeeds& needs = {});
 
     VN_SDAI::VnIfcModel& model() noexcept { return m_model; }
     const VN_SDAI::VnIfcModel& model() const noexcept { return m_model; }

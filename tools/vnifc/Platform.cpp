@@ -6,6 +6,7 @@
 #include <io.h>
 #include <psapi.h>
 #else
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 #endif
@@ -21,7 +22,21 @@ std::uint64_t peakMemory() noexcept {
     return counters.PeakWorkingSetSize;
 }
 
+std::uint64_t physicalMemory() noexcept {
+    MEMORYSTATUSEX status{};
+    status.dwLength = sizeof status;
+    return ::GlobalMemoryStatusEx(&status) ? status.ullTotalPhys : 0;
+}
+
 bool isTerminal() noexcept { return ::_isatty(2) != 0; }
+
+std::int64_t tellIn(std::FILE* file) noexcept { return ::_ftelli64(file); }
+
+bool seekIn(std::FILE* file, std::int64_t offset, int origin) noexcept {
+    return ::_fseeki64(file, offset, origin) == 0;
+}
+
+bool bringToDisk(std::FILE* file) noexcept { return std::fflush(file) == 0 && ::_commit(::_fileno(file)) == 0; }
 
 #else
 
@@ -37,7 +52,36 @@ std::uint64_t peakMemory() noexcept {
 #endif
 }
 
+std::uint64_t physicalMemory() noexcept {
+    return static_cast<std::uint64_t>(::sysconf(_SC_PHYS_PAGES)) * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+}
+
 bool isTerminal() noexcept { return ::isatty(STDERR_FILENO) == 1; }
+
+std::int64_t tellIn(std::FILE* file) noexcept { return ::ftello(file); }
+
+bool seekIn(std::FILE* file, std::int64_t offset, int origin) noexcept { return ::fseeko(file, offset, origin) == 0; }
+
+bool bringToDisk(std::FILE* file) noexcept { return std::fflush(file) == 0 && ::fsync(::fileno(file)) == 0; }
+
+#endif
+
+#if defined(__linux__)
+
+bool pipeBeginsWith(char byte) noexcept {
+    int copy[2];
+    if (::pipe(copy) != 0)
+        return false;
+    char first = 0;
+    const bool isThere = ::tee(STDIN_FILENO, copy[1], 1, 0) == 1 && ::read(copy[0], &first, 1) == 1;
+    ::close(copy[0]);
+    ::close(copy[1]);
+    return isThere && first == byte;
+}
+
+#else
+
+bool pipeBeginsWith(char) noexcept { return false; }
 
 #endif
 
