@@ -1,6 +1,7 @@
 #pragma once
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace vnifc {
 
@@ -29,12 +30,33 @@ struct ReadFlags {
     bool quiet = false;   ///< no diagnostics
 };
 
+/// Which instances are looked for.
+struct FindQuery {
+    std::string entity; ///< in any case; subtypes included unless `exact`
+    bool exact = false;
+    std::vector<std::string> conditions; ///< "Name=Some wall"; all must hold
+};
+
+/// What is to become of attributes.
+struct Changes {
+    std::vector<std::string> set;   ///< "#12.Name=Some wall"
+    std::vector<std::string> unset; ///< "#12.Name"
+};
+
 // The commands, one per file of the same name. Data goes to standard output, messages to standard error. They answer an
 // exit code and throw Failure.
 
 ExitCode info(const ReadFlags& flags, bool json);
 /// `target` may be the file that is read; "-" is standard output.
 ExitCode rewrite(const ReadFlags& flags, const std::string& target);
+/// `address`: "#12", "12" or a GlobalId.
+ExitCode show(const ReadFlags& flags, const std::string& address, bool json);
+ExitCode find(const ReadFlags& flags, const FindQuery& query, bool json);
+/// A line of JSON for each instance; `types` are entities, whose instances and those of subtypes are meant; none for
+/// all.
+ExitCode exportInstances(const ReadFlags& flags, const std::vector<std::string>& types);
+/// Writes nothing unless all changes can be made.
+ExitCode edit(const ReadFlags& flags, const std::string& target, const Changes& changes);
 /// `name` in any case; empty for the whole dictionary.
 ExitCode schema(const std::string& name, bool json);
 

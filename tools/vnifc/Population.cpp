@@ -1,5 +1,7 @@
 #include "Population.h"
 
+#include "Instances.h"
+
 #include <VnIfcCore/VnIfcEntityType.h>
 
 #include <algorithm>
@@ -8,17 +10,6 @@
 namespace vnifc {
 
 using namespace VN_SDAI;
-
-namespace {
-
-std::string keywordOf(const VnIfcEntityBase& instance) {
-    const auto& foreign = dynamic_cast<const VnIfcForeignInstance&>(instance);
-    if (!foreign.keyword().isEmpty())
-        return std::string(foreign.keyword().view());
-    return foreign.isList() ? "(complex)" : "(malformed)";
-}
-
-} // namespace
 
 Population::Population(const VnIfcModel& model) {
     std::unordered_map<const VnIfcEntityType*, std::uint64_t> byType;

@@ -9,6 +9,8 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace vnifc {
 
@@ -48,6 +50,72 @@ void addRewrite(CLI::App& app, Task& task) {
     command->callback([&task, options] { task = [options] { return rewrite(*options, options->target); }; });
 }
 
+void addShow(CLI::App& app, Task& task) {
+    struct Options : ReadFlags {
+        std::string address;
+        bool json = false;
+    };
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("show", "Show the attributes of an instance");
+    command->footer("Example:\n  vnifc show house.ifc '#12'");
+    addReadFlags(*command, *options);
+    command->add_option("INSTANCE", options->address, "#ID, ID or GlobalId")->required();
+    command->add_flag("--json", options->json, "print one JSON object");
+    command->callback(
+        [&task, options] { task = [options] { return show(*options, options->address, options->json); }; });
+}
+
+void addFind(CLI::App& app, Task& task) {
+    struct Options : ReadFlags, FindQuery {
+        bool json = false;
+    };
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("find", "List the instances of an entity and its subtypes");
+    command->footer(
+        "VALUE may be given as in a file, or as plain text; $ stands for no value.\n"
+        "Example:\n  vnifc find house.ifc IfcWall --where 'Name=North wall' --where PredefinedType=SOLIDWALL");
+    addReadFlags(*command, *options);
+    command->add_option("ENTITY", options->entity, "an entity, in any case")->required();
+    command->add_flag("--exact", options->exact, "no instances of subtypes");
+    command->add_option("--where", options->conditions, "NAME=VALUE, which an attribute must have; repeatable")
+        ->allow_extra_args(false);
+    command->add_flag("--json", options->json, "print one JSON object a line, as export does");
+    command->callback([&task, options] { task = [options] { return find(*options, *options, options->json); }; });
+}
+
+void addExport(CLI::App& app, Task& task) {
+    struct Options : ReadFlags {
+        std::string format = "ndjson";
+        std::vector<std::string> types;
+    };
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("export", "Print all instances as JSON, one object a line");
+    command->footer("Example:\n  vnifc export house.ifc --type IfcWall --type IfcSlab");
+    addReadFlags(*command, *options);
+    command->add_option("--format", options->format, "ndjson: one JSON object a line")
+        ->check(CLI::IsMember({"ndjson"}));
+    command->add_option("--type", options->types, "only instances of this entity and its subtypes; repeatable")
+        ->allow_extra_args(false);
+    command->callback([&task, options] { task = [options] { return exportInstances(*options, options->types); }; });
+}
+
+void addEdit(CLI::App& app, Task& task) {
+    struct Options : ReadFlags, Changes {
+        std::string target;
+    };
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("edit", "Change attributes and write the file");
+    command->footer(
+        "VALUE may be given as in a file: 'text', 1.5, .T., .LITERAL., #5, (1.,2.), IFCLABEL('text'), or $ for\n"
+        "no value; text, literals and what a select holds also without apostrophes, dots and type.\n"
+        "Example:\n  vnifc edit house.ifc new.ifc --set '#12.Name=North wall' --unset '#12.Description'");
+    addReadFlags(*command, *options);
+    command->add_option("OUT", options->target, "file to write, may be FILE; - is standard output")->required();
+    command->add_option("--set", options->set, "INSTANCE.NAME=VALUE; repeatable")->allow_extra_args(false);
+    command->add_option("--unset", options->unset, "INSTANCE.NAME; repeatable")->allow_extra_args(false);
+    command->callback([&task, options] { task = [options] { return edit(*options, options->target, *options); }; });
+}
+
 void addSchema(CLI::App& app, Task& task) {
     struct Options {
         std::string name;
@@ -77,6 +145,10 @@ int run(int argc, char** argv) {
     app.require_subcommand(1);
     addInfo(app, task);
     addRewrite(app, task);
+    addShow(app, task);
+    addFind(app, task);
+    addExport(app, task);
+    addEdit(app, task);
     addSchema(app, task);
     try {
         app.parse(argc, argv);

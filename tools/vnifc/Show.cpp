@@ -1,0 +1,52 @@
+#include "Instances.h"
+#include "LoadedFile.h"
+#include "Messages.h"
+#include "Values.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace vnifc {
+
+using namespace VN_SDAI;
+
+namespace {
+
+void printWords(const VnIfcEntityBase& instance) {
+    fmt::print("#{} {}\n", instance.objectId().number(), printable(keywordOf(instance)));
+    const VnIfcEntityType* type = instance.getInstanceType();
+    if (!type) {
+        const auto& foreign = dynamic_cast<const VnIfcForeignInstance&>(instance);
+        fmt::print("without a class, kept as text: {}\n", printable(foreign.parameters().view()));
+        return;
+    }
+    std::size_t width = 0;
+    for (const Attribute& attribute : attributesOf(*type))
+        width = std::max<std::size_t>(width, attribute.name->length());
+    VnIfcVariant value;
+    for (const Attribute& attribute : attributesOf(*type)) {
+        const bool hasValue = !attribute.isDerived && instance.getAttr(*attribute.name, value);
+        const std::string words = hasValue ? printable(wordsOf(value, attribute.mayBeEmpty)) : "* (derived)";
+        fmt::print("{:<{}}  {}\n", attribute.name->constStr(), width, words);
+    }
+}
+
+} // namespace
+
+ExitCode show(const ReadFlags& flags, const std::string& address, bool json) {
+    const LoadedFile file(flags);
+    const VnIfcEntityBase& instance = instanceAt(file.model(), address);
+    if (json) {
+        Output output(writeToStandardOutput);
+        JsonWriter writer(output);
+        writeInstance(writer, instance, true);
+        writer.newLine();
+        output.flush();
+    } else {
+        printWords(instance);
+    }
+    return file.exitCode();
+}
+
+} // namespace vnifc
