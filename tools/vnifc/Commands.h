@@ -1,4 +1,7 @@
 #pragma once
+#include <VnIfcCore/VnIfcDiagnostic.h>
+
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -43,6 +46,13 @@ struct Changes {
     std::vector<std::string> unset; ///< "#12.Name"
 };
 
+/// How findings are told.
+struct CheckOptions {
+    VN_SDAI::VnIfcDiagnostic::Severity level = VN_SDAI::VnIfcDiagnostic::kInfo; ///< the least that is told
+    std::uint64_t limit = 0; ///< of each kind at most so many are told; 0 for all
+    bool json = false;
+};
+
 // The commands, one per file of the same name. Data goes to standard output, messages to standard error. They answer an
 // exit code and throw Failure.
 
@@ -57,6 +67,8 @@ ExitCode find(const ReadFlags& flags, const FindQuery& query, bool json);
 ExitCode exportInstances(const ReadFlags& flags, const std::vector<std::string>& types);
 /// Writes nothing unless all changes can be made.
 ExitCode edit(const ReadFlags& flags, const std::string& target, const Changes& changes);
+/// Tells everything that is wrong with a file and with its instances.
+ExitCode check(const ReadFlags& flags, const CheckOptions& options);
 /// `name` in any case; empty for the whole dictionary.
 ExitCode schema(const std::string& name, bool json);
 

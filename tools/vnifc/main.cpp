@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -116,6 +117,22 @@ void addEdit(CLI::App& app, Task& task) {
     command->callback([&task, options] { task = [options] { return edit(*options, options->target, *options); }; });
 }
 
+void addCheck(CLI::App& app, Task& task) {
+    using VN_SDAI::VnIfcDiagnostic;
+    struct Options : ReadFlags, CheckOptions {};
+    const std::map<std::string, VnIfcDiagnostic::Severity> levels{
+        {"info", VnIfcDiagnostic::kInfo}, {"warning", VnIfcDiagnostic::kWarning}, {"error", VnIfcDiagnostic::kError}};
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("check", "Tell everything that is wrong with a file and its instances");
+    command->footer("Example:\n  vnifc check house.ifc --level warning --limit 10");
+    addReadFlags(*command, *options);
+    command->add_option("--level", options->level, "info, warning or error: the least that is told; info by default")
+        ->transform(CLI::CheckedTransformer(levels));
+    command->add_option("--limit", options->limit, "how many of each kind are told; all by default");
+    command->add_flag("--json", options->json, "print one JSON object a line, the last one with the summary");
+    command->callback([&task, options] { task = [options] { return check(*options, *options); }; });
+}
+
 void addSchema(CLI::App& app, Task& task) {
     struct Options {
         std::string name;
@@ -149,6 +166,7 @@ int run(int argc, char** argv) {
     addFind(app, task);
     addExport(app, task);
     addEdit(app, task);
+    addCheck(app, task);
     addSchema(app, task);
     try {
         app.parse(argc, argv);
