@@ -102,10 +102,10 @@ VnDbObjectId VnIfcModel::findByGlobalId(const VnIfcGUID& globalId) const {
 }
 
 void VnIfcModel::forEach(const std::function<void(VnIfcEntityBase&)>& visit) const {
-    // By index, because visitors may create instances, which move the vector or come behind the last one.
-    const std::size_t count = m_data->ordered().size();
-    for (std::size_t i = 0; i < count; ++i)
-        if (VnIfcEntityBase* instance = VnDbObjectId(m_data->ordered()[i]).openObject()) visit(*instance);
+    // A copy, because visitors may create instances, and where the largest number is taken those come in between.
+    const std::vector<VnIfcInstanceSlot*> slots = m_data->ordered();
+    for (VnIfcInstanceSlot* slot : slots)
+        if (VnIfcEntityBase* instance = VnDbObjectId(slot).openObject()) visit(*instance);
 }
 
 void VnIfcModel::forEach(const VnIfcEntityType* type, bool withSubtypes,
