@@ -15,9 +15,9 @@ VN_SDAI::VnModule loadSchemaModule();
 
 /// What a command needs beyond the instances of a file.
 struct ReadNeeds {
-    bool inverses = false;                    ///< inverse attributes
-    bool places = false;                      ///< where each instance stands in the file
-    VN_SDAI::VnIfcDiagnosticSink diagnostics; ///< takes the findings, in place of standard error
+    bool inverses = false;                         ///< inverse attributes
+    bool places = false;                           ///< where each instance stands in the file
+    VN_SDAI::VnIfcDiagnosticSink diagnostics = {}; ///< takes the findings, in place of standard error
 };
 
 /// A file in memory: how every command that reads one begins.
