@@ -100,7 +100,7 @@ protected:
 
     Offer offerFor(const VnIfcVariant& present, const VnIfcParameterType* type) {
         const VnIfcVariant text("a text"), handle(model.create("IfcWall")), real(2.5), boolean(VnIfcBoolean(true));
-        const VnIfcVariant unknown(VnIfcLogical(VnIfcLogical::Unknown)), guid(VnIfcGUID("0123456789ABCDEFGHIJ_$"));
+        const VnIfcVariant unknown = VnIfcLogical(VnIfcLogical::Unknown), guid = VnIfcGUID("0123456789ABCDEFGHIJ_$");
         if (present.is<const char*>())
             return {text, text, handle};
         if (present.is<VnIfcGUID>())
