@@ -91,6 +91,7 @@ public:
     }
     friend bool operator==(const VnAnsiString& left, std::string_view right) noexcept { return left.view() == right; }
     friend bool operator==(const VnAnsiString& left, const char* right) noexcept { return left.view() == right; }
+    friend bool operator==(const VnAnsiString& left, const std::string& right) noexcept { return left.view() == right; }
     friend auto operator<=>(const VnAnsiString& left, const VnAnsiString& right) noexcept {
         return left.view() <=> right.view();
     }
