@@ -1,0 +1,43 @@
+#pragma once
+#include <IFC4X3/Module.h>
+#include <VnIfcCore/VnIfcModel.h>
+
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+/// What the targets that read exchange files have in common.
+namespace fuzz {
+
+inline void require(bool holds) {
+    if (!holds)
+        std::abort();
+}
+
+inline const VN_SDAI::VnIfcSchema* schema() {
+    static const bool ready = vnGetModuleLifeCycleApp()->initApp();
+    return ready ? vnifcGetSchemaPointer() : nullptr;
+}
+
+/// A whole file around the text of a DATA section.
+inline std::string fileOf(std::string_view data) {
+    return std::string("ISO-10303-21;\nHEADER;\nFILE_SCHEMA(('IFC4X3'));\nENDSEC;\nDATA;\n")
+        .append(data)
+        .append("ENDSEC;\nEND-ISO-10303-21;\n");
+}
+
+/// The text that comes out when this one goes in; empty for what is no exchange file.
+inline std::string rewritten(std::string_view file) {
+    VN_SDAI::VnIfcModel model(schema());
+    VN_SDAI::VnIfcReadOptions options;
+    options.threads = 1;
+    return model.readText(file, options) ? model.writeText() : std::string();
+}
+
+/// What was written once must be written the same ever after.
+inline void requireStableRewriting(std::string_view file) {
+    const std::string first = rewritten(file);
+    require(first.empty() || rewritten(first) == first);
+}
+
+} // namespace fuzz

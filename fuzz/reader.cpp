@@ -1,0 +1,25 @@
+// Any bytes as an exchange file, read by one thread and by two.
+#include "Rewriting.h"
+
+using namespace VN_SDAI;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    std::string diagnostics[2];
+    std::size_t count[2] = {};
+    for (unsigned i = 0; i < 2; ++i) {
+        VnIfcModel model(fuzz::schema());
+        VnIfcReadOptions options;
+        options.threads = i + 1;
+        std::uint64_t line = 0;
+        options.diagnostics = [&](const VnIfcDiagnostic& diagnostic) {
+            fuzz::require(diagnostic.line >= line);
+            line = diagnostic.line;
+            diagnostics[i] += diagnostic.text() + '\n';
+        };
+        model.readText(text, options);
+        count[i] = model.count();
+    }
+    fuzz::require(count[0] == count[1] && diagnostics[0] == diagnostics[1]);
+    return 0;
+}
