@@ -2,6 +2,7 @@
 #include <VnIfcCore/VnIfcDiagnostic.h>
 
 #include <cstdint>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -60,11 +61,16 @@ ExitCode info(const ReadFlags& flags, bool json);
 /// `target` may be the file that is read; "-" is standard output.
 ExitCode rewrite(const ReadFlags& flags, const std::string& target);
 /// `address`: "#12", "12" or a GlobalId.
-ExitCode show(const ReadFlags& flags, const std::string& address, bool json);
+ExitCode show(const ReadFlags& flags, const std::string& address, bool json, bool inverses);
 ExitCode find(const ReadFlags& flags, const FindQuery& query, bool json);
 /// A line of JSON for each instance; `types` are entities, whose instances and those of subtypes are meant; none for
 /// all.
-ExitCode exportInstances(const ReadFlags& flags, const std::vector<std::string>& types);
+ExitCode exportInstances(const ReadFlags& flags, const std::vector<std::string>& types, bool inverses);
+/// The spatial structure, from the project down to the elements' numbers; `depth` levels below it, all if there is
+/// none.
+ExitCode tree(const ReadFlags& flags, std::optional<unsigned> depth, bool json);
+/// Property sets and quantities of an object, its own and those of its type.
+ExitCode props(const ReadFlags& flags, const std::string& address, bool json);
 /// Writes nothing unless all changes can be made.
 ExitCode edit(const ReadFlags& flags, const std::string& target, const Changes& changes);
 /// Tells everything that is wrong with a file and with its instances.

@@ -7,8 +7,8 @@ namespace vnifc {
 
 using namespace VN_SDAI;
 
-ExitCode exportInstances(const ReadFlags& flags, const std::vector<std::string>& types) {
-    const LoadedFile file(flags);
+ExitCode exportInstances(const ReadFlags& flags, const std::vector<std::string>& types, bool inverses) {
+    const LoadedFile file(flags, {.inverses = inverses});
     std::vector<EntityFilter> filters;
     for (const std::string& type : types)
         filters.emplace_back(file.model(), type, true);
@@ -18,7 +18,7 @@ ExitCode exportInstances(const ReadFlags& flags, const std::vector<std::string>&
         const auto matches = [&](const EntityFilter& filter) { return filter.matches(instance); };
         if (!filters.empty() && std::ranges::none_of(filters, matches))
             return;
-        writeInstance(json, instance);
+        writeInstance(json, instance, {.inverses = inverses});
         json.newLine();
     });
     output.flush();

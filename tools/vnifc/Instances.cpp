@@ -1,6 +1,7 @@
 #include "Instances.h"
 
 #include "Commands.h"
+#include "Inverse.h"
 #include "Values.h"
 
 #include <VnIfcCore/VnIfcAggregationType.h>
@@ -89,13 +90,17 @@ std::string keywordOf(const VnIfcEntityBase& instance) {
     return foreign.isList() ? "(complex)" : "(malformed)";
 }
 
+std::string textOf(const VnIfcEntityBase& instance, const VnAnsiString& attribute) {
+    VnIfcVariant value;
+    VrString text;
+    if (instance.testAttr(attribute) && instance.getAttr(attribute, value))
+        value.toString(text);
+    return std::string(text.view());
+}
+
 std::string nameOf(const VnIfcEntityBase& instance) {
     static const VnAnsiString kName("Name");
-    VnIfcVariant value;
-    VrString name;
-    if (instance.testAttr(kName) && instance.getAttr(kName, value))
-        value.toString(name);
-    return std::string(name.view());
+    return textOf(instance, kName);
 }
 
 VnIfcEntityBase& instanceAt(const VnIfcModel& model, std::string_view address) {
@@ -126,7 +131,7 @@ bool EntityFilter::matches(const VnIfcEntityBase& instance) const {
     return m_withSubtypes ? instance.isKindOf(m_type) : instance.isInstanceOf(m_type);
 }
 
-void writeInstance(JsonWriter& json, const VnIfcEntityBase& instance, bool describe) {
+void writeInstance(JsonWriter& json, const VnIfcEntityBase& instance, InstanceDetail detail) {
     json.beginObject();
     json.key("id");
     json.number(instance.objectId().number());
@@ -135,8 +140,12 @@ void writeInstance(JsonWriter& json, const VnIfcEntityBase& instance, bool descr
     if (instance.getInstanceType()) {
         json.key("attributes");
         json.beginObject();
-        writeAttributes(json, instance, describe);
+        writeAttributes(json, instance, detail.describe);
         json.endObject();
+        if (detail.inverses) {
+            json.key("inverse");
+            writeInverses(json, instance, detail.describe);
+        }
     } else {
         json.key("parameters");
         json.string(dynamic_cast<const VnIfcForeignInstance&>(instance).parameters());

@@ -30,7 +30,10 @@ const Attribute* findAttribute(const VN_SDAI::VnIfcEntityType& entity, std::stri
 /// "(malformed)" where there is none.
 std::string keywordOf(const VN_SDAI::VnIfcEntityBase& instance);
 
-/// The value of the attribute Name in UTF-8; empty when it is unset or there is none.
+/// The value of an attribute as text for people, in UTF-8; empty when it is unset or there is none.
+std::string textOf(const VN_SDAI::VnIfcEntityBase& instance, const VN_SDAI::VnAnsiString& attribute);
+
+/// The same for the attribute Name.
 std::string nameOf(const VN_SDAI::VnIfcEntityBase& instance);
 
 /// The instance that a user means by "#12", "12" or a GlobalId. Throws Failure when there is none.
@@ -52,8 +55,14 @@ private:
     bool m_withSubtypes;
 };
 
+/// What is written of an instance beside its attributes.
+struct InstanceDetail {
+    bool describe = false; ///< references come with keyword and name of what they refer to
+    bool inverses = false;
+};
+
 /// Writes an instance as an object: id, type, and the attributes by name; of one without a class, the text of its
-/// parameters. With `describe`, references come with keyword and name of what they refer to.
-void writeInstance(JsonWriter& json, const VN_SDAI::VnIfcEntityBase& instance, bool describe = false);
+/// parameters.
+void writeInstance(JsonWriter& json, const VN_SDAI::VnIfcEntityBase& instance, InstanceDetail detail = {});
 
 } // namespace vnifc

@@ -1,4 +1,5 @@
 #include "Instances.h"
+#include "Inverse.h"
 #include "LoadedFile.h"
 #include "Messages.h"
 #include "Values.h"
@@ -32,19 +33,30 @@ void printWords(const VnIfcEntityBase& instance) {
     }
 }
 
+/// A line for each instance that refers to this one.
+void printInverses(const VnIfcEntityBase& instance) {
+    for (const auto& [name, targets] : inversesOf(instance)) {
+        fmt::print("{} (inverse)\n", name->constStr());
+        for (const VnIfcEntityBase* target : targets)
+            fmt::print("  {}\n", printable(wordsOf(target->objectId())));
+    }
+}
+
 } // namespace
 
-ExitCode show(const ReadFlags& flags, const std::string& address, bool json) {
-    const LoadedFile file(flags);
+ExitCode show(const ReadFlags& flags, const std::string& address, bool json, bool inverses) {
+    const LoadedFile file(flags, {.inverses = inverses});
     const VnIfcEntityBase& instance = instanceAt(file.model(), address);
     if (json) {
         Output output(writeToStandardOutput);
         JsonWriter writer(output);
-        writeInstance(writer, instance, true);
+        writeInstance(writer, instance, {.describe = true, .inverses = inverses});
         writer.newLine();
         output.flush();
     } else {
         printWords(instance);
+        if (inverses)
+            printInverses(instance);
     }
     return file.exitCode();
 }

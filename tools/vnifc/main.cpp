@@ -10,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -55,6 +56,7 @@ void addShow(CLI::App& app, Task& task) {
     struct Options : ReadFlags {
         std::string address;
         bool json = false;
+        bool inverses = false;
     };
     const auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand("show", "Show the attributes of an instance");
@@ -62,8 +64,40 @@ void addShow(CLI::App& app, Task& task) {
     addReadFlags(*command, *options);
     command->add_option("INSTANCE", options->address, "#ID, ID or GlobalId")->required();
     command->add_flag("--json", options->json, "print one JSON object");
+    command->add_flag("--inverse", options->inverses, "inverse attributes too: what refers to the instance");
+    command->callback([&task, options] {
+        task = [options] { return show(*options, options->address, options->json, options->inverses); };
+    });
+}
+
+void addTree(CLI::App& app, Task& task) {
+    struct Options : ReadFlags {
+        std::optional<unsigned> depth;
+        bool json = false;
+    };
+    const auto options = std::make_shared<Options>();
+    CLI::App* command =
+        app.add_subcommand("tree", "Show the spatial structure, with the number of elements of each kind");
+    command->footer("Example:\n  vnifc tree house.ifc --depth 2");
+    addReadFlags(*command, *options);
+    command->add_option("--depth", options->depth, "levels below the project; what lies deeper is counted");
+    command->add_flag("--json", options->json, "print one JSON object");
+    command->callback([&task, options] { task = [options] { return tree(*options, options->depth, options->json); }; });
+}
+
+void addProps(CLI::App& app, Task& task) {
+    struct Options : ReadFlags {
+        std::string address;
+        bool json = false;
+    };
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("props", "Show an object's property sets and quantities, also its type's");
+    command->footer("Example:\n  vnifc props house.ifc '#42'");
+    addReadFlags(*command, *options);
+    command->add_option("INSTANCE", options->address, "#ID, ID or GlobalId")->required();
+    command->add_flag("--json", options->json, "print one JSON object");
     command->callback(
-        [&task, options] { task = [options] { return show(*options, options->address, options->json); }; });
+        [&task, options] { task = [options] { return props(*options, options->address, options->json); }; });
 }
 
 void addFind(CLI::App& app, Task& task) {
@@ -88,6 +122,7 @@ void addExport(CLI::App& app, Task& task) {
     struct Options : ReadFlags {
         std::string format = "ndjson";
         std::vector<std::string> types;
+        bool inverses = false;
     };
     const auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand("export", "Print all instances as JSON, one object a line");
@@ -97,7 +132,10 @@ void addExport(CLI::App& app, Task& task) {
         ->check(CLI::IsMember({"ndjson"}));
     command->add_option("--type", options->types, "only instances of this entity and its subtypes; repeatable")
         ->allow_extra_args(false);
-    command->callback([&task, options] { task = [options] { return exportInstances(*options, options->types); }; });
+    command->add_flag("--inverse", options->inverses, "inverse attributes too, as lists of numbers");
+    command->callback([&task, options] {
+        task = [options] { return exportInstances(*options, options->types, options->inverses); };
+    });
 }
 
 void addEdit(CLI::App& app, Task& task) {
@@ -164,6 +202,8 @@ int run(int argc, char** argv) {
     addRewrite(app, task);
     addShow(app, task);
     addFind(app, task);
+    addTree(app, task);
+    addProps(app, task);
     addExport(app, task);
     addEdit(app, task);
     addCheck(app, task);
