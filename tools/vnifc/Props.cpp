@@ -70,8 +70,11 @@ void printProperties(const std::vector<Property>& properties, std::size_t indent
     }
     for (const Property& property : properties) {
         const std::string type = property.values.empty() ? "" : property.values.front().type;
-        fmt::print("{:{}}{:<{}}  {:<{}}  {}{}\n", "", indent, printable(property.name), nameWidth,
-                   printable(inWords(property)), valueWidth, type, property.isOverridden ? " (overridden)" : "");
+        std::string line =
+            fmt::format("{:{}}{:<{}}  {:<{}}  {}{}", "", indent, printable(property.name), nameWidth,
+                        printable(inWords(property)), valueWidth, type, property.isOverridden ? " (overridden)" : "");
+        line.erase(line.find_last_not_of(' ') + 1);
+        fmt::print("{}\n", line);
         printProperties(property.parts, indent + 2);
     }
 }
