@@ -156,17 +156,22 @@ void addEdit(CLI::App& app, Task& task) {
 }
 
 void addCheck(CLI::App& app, Task& task) {
-    using VN_SDAI::VnIfcDiagnostic;
     struct Options : ReadFlags, CheckOptions {};
-    const std::map<std::string, VnIfcDiagnostic::Severity> levels{
-        {"info", VnIfcDiagnostic::kInfo}, {"warning", VnIfcDiagnostic::kWarning}, {"error", VnIfcDiagnostic::kError}};
+    static const std::map<std::string, VN_SDAI::VnIfcDiagnostic::Severity> levels{
+        {"info", VN_SDAI::VnIfcDiagnostic::kInfo},
+        {"warning", VN_SDAI::VnIfcDiagnostic::kWarning},
+        {"error", VN_SDAI::VnIfcDiagnostic::kError}};
     const auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand("check", "Tell everything that is wrong with a file and its instances");
     command->footer("Example:\n  vnifc check house.ifc --level warning --limit 10");
     addReadFlags(*command, *options);
-    command->add_option("--level", options->level, "info, warning or error: the least that is told; info by default")
-        ->transform(CLI::CheckedTransformer(levels));
-    command->add_option("--limit", options->limit, "how many of each kind are told; all by default");
+    command
+        ->add_option_function<std::string>(
+            "--level", [options](const std::string& name) { options->level = levels.at(name); },
+            "the least that is told; info by default")
+        ->check(CLI::IsMember({"info", "warning", "error"}));
+    command->add_option("--limit", options->limit, "how many of each kind are told; all by default")
+        ->check(CLI::NonNegativeNumber);
     command->add_flag("--json", options->json, "print one JSON object a line, the last one with the summary");
     command->callback([&task, options] { task = [options] { return check(*options, *options); }; });
 }
