@@ -83,7 +83,7 @@ TEST(Kept, parametersComeBackAsTheyWere) {
         {"IFCPERSON()", "too-few-parameters"},
         {"IFCPERSON('a',$)", "too-few-parameters"},
         {"IFCPERSON($,$,$,$,$,$,$,$,$)", "too-many-parameters"},
-        {"IFCPERSON($,$,$,$,$,$,$,$,'x',(1,2),#9,IFCFOO('a'))", "too-many-parameters"},
+        {"IFCPERSON($,$,$,$,$,$,$,$,'x',(1,2),#9,IFCFOO('a'))", "too-many-parameters dangling-reference"},
         {"IFCPERSON($,$,$,$,$,$,$,$,)", "too-many-parameters"},
         {"IFCPERSON($,$,$,$,$,$,$,$,,)", "too-many-parameters"},
         {"IFCPERSON(,$,,$,,$,$,)", "malformed malformed malformed malformed"},
@@ -102,7 +102,7 @@ TEST(Kept, parametersComeBackAsTheyWere) {
         // a GlobalId that the fixed text cannot hold
         {"IFCWALL('12345678901234567890123',$,$,$,$,$,$,$,$)", "out-of-range"},
         // instances without a class
-        {"IFCRAILWAYPART('a',1.50,(#9,.X.),$,*,IFCLABEL( 'x' ))", "unknown-keyword"},
+        {"IFCRAILWAYPART('a',1.50,(#9,.X.),$,*,IFCLABEL( 'x' ))", "unknown-keyword dangling-reference"},
         {"!MYENTITY('a')", "unknown-keyword"},
         {"ifc_foo(/* ) */ 1,\n2)", "unknown-keyword"},
         {"(IFCLENGTHUNIT()IFCSIUNIT(.MILLI.,.METRE.))", "complex-instance"},
@@ -227,7 +227,8 @@ TEST(Kept, numbersThatAreTakenOrDoNotFitGetOnesThatNobodyRefersTo) {
         fileOf("#1=IFCWALL('first',$,$,$,$,$,$,$,$);\n#1=IFCWALL('second',$,$,$,$,$,$,$,$);\n"
                "#3=IFCRELAGGREGATES('',$,$,$,#1,(#8));\n#99999999999999999999=IFCFOO(#9);\n#0=IFCFOO(1);\n"));
     EXPECT_EQ(reading.codes(),
-              "duplicate-id dangling-reference instance-number unknown-keyword instance-number unknown-keyword");
+              "duplicate-id dangling-reference instance-number unknown-keyword dangling-reference instance-number "
+              "unknown-keyword");
     EXPECT_EQ(reading.data(), "#1=IFCWALL('first',$,$,$,$,$,$,$,$);\n#3=IFCRELAGGREGATES('',$,$,$,#1,(#8));\n"
                               "#10=IFCWALL('second',$,$,$,$,$,$,$,$);\n#11=IFCFOO(#9);\n#12=IFCFOO(1);\n");
     EXPECT_FALSE(reading.as<IfcRelAggregates>(3).getRelatedObjects()[0].openObject());
@@ -238,8 +239,12 @@ TEST(Kept, aNewInstanceTakesNoNumberThatIsReferredTo) {
     Reading reading(fileOf("#1=IFCFACEBOUND(#7,.T.);\n#18446744073709551615=IFCFACEBOUND(#2,.T.);\n"));
     EXPECT_EQ(reading.model.create("IfcWall").number(), 3u);
     EXPECT_EQ(reading.model.find(18446744073709551615u).number(), 18446744073709551615u);
-    Reading small(fileOf("#1=IFCFACEBOUND(#7,.T.);\n"));
-    EXPECT_EQ(small.model.create("IfcWall").number(), 8u);
+    for (const char* kept :
+         {"IFCFACEBOUND(#7,.T.)", "IFCFOO('#9',((#7)) /* #9 */)", "(A(#7)B())", "IFCFACEBOUND($,.T.,#7)"}) {
+        Reading small(fileOf("#1=" + std::string(kept) + ";\n"));
+        EXPECT_NE(small.codes().find("dangling-reference"), std::string::npos) << kept;
+        EXPECT_EQ(small.model.create("IfcWall").number(), 8u) << kept;
+    }
 }
 
 TEST(Kept, foreignInstancesAreReachableWithKeywordAndText) {

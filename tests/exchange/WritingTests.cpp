@@ -174,17 +174,38 @@ TEST(Progress, growsToOneAndCancellingAReadLeavesAnEmptyModel) {
         EXPECT_TRUE(model.header().entries().empty());
         EXPECT_TRUE(model.find(1).isNull() && model.instances().empty());
     }
-    VnIfcReadOptions options;
-    options.threads = 1;
-    double last = 0;
-    options.progress = [&](double done) {
-        EXPECT_GE(done, last);
-        last = done;
-        return done <= 1;
-    };
-    ASSERT_TRUE(model.readText(file, options)) << "the model can be used again";
-    EXPECT_EQ(last, 1.);
+    for (const unsigned threads : {4u, 1u}) {
+        VnIfcReadOptions options;
+        options.threads = threads;
+        double last = 0;
+        options.progress = [&](double done) {
+            EXPECT_GE(done, last);
+            last = done;
+            return done <= 1;
+        };
+        model.clear();
+        ASSERT_TRUE(model.readText(file, options)) << "the model can be used again";
+        EXPECT_EQ(last, 1.);
+    }
     EXPECT_EQ(model.writeText(), Reading(file).model.writeText());
+}
+
+TEST(Threads, nobodyWaitsForAWorkerThatFailed) {
+    class Failing : public IfcCartesianPoint {
+        VN::ErrorStatus outFields(VnSpfFilerBase*) const override { throw std::bad_alloc(); }
+    };
+    VnIfcModel model(schema());
+    for (int i = 0; i < 70000; ++i) {
+        if (i == 20000)
+            model.append(std::make_unique<Failing>());
+        else
+            model.create<IfcCartesianPoint>();
+    }
+    VnIfcWriteOptions options;
+    for (const unsigned threads : {1u, 4u}) {
+        options.threads = threads;
+        EXPECT_THROW(model.writeText(options), std::bad_alloc);
+    }
 }
 
 TEST(Threads, theirNumberChangesNothing) {

@@ -209,6 +209,17 @@ TEST(Copy, intoAnotherModelBringsEverythingReferredToOnce) {
     EXPECT_EQ(target.count(), 5u);
 }
 
+TEST(Copy, looksAtNothingBehindTheText) {
+    // Vectors of bytes are compared; where the text ends in its memory depends on its length.
+    for (std::size_t length = 0; length < 600; ++length) {
+        VnIfcModel source(schema()), target(schema());
+        const std::string name(length, 'x');
+        source.create<IfcWall>()->setName(name);
+        ASSERT_EQ(openAs<IfcWall>(target.copy(source.find(1)))->getName(), name);
+        ASSERT_EQ(openAs<IfcWall>(source.copy(source.find(1)))->getName(), name);
+    }
+}
+
 TEST(Memory, clearGivesItBack) {
     std::string data;
     for (int i = 1; i <= 50000; ++i)

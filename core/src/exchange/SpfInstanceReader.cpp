@@ -12,11 +12,21 @@ void SpfInstanceReader::remark(SpfRemark::Kind kind, const char* begin, const ch
 }
 
 VnIfcInstanceSlot* SpfInstanceReader::slotOf(std::uint64_t number) {
-    if (VnIfcInstanceSlot* slot = m_data.slots.find(number)) return slot;
     const char* begin = helper().next;
     while (*begin != '#') --begin;
-    remark(SpfRemark::kDangling, begin, helper().next);
+    return slotOf(begin, helper().next, number);
+}
+
+VnIfcInstanceSlot* SpfInstanceReader::slotOf(const char* begin, const char* end, std::uint64_t number) {
+    if (VnIfcInstanceSlot* slot = m_data.slots.find(number)) return slot;
+    remark(SpfRemark::kDangling, begin, end);
     return m_data.danglingSlot(number);
+}
+
+/// What a text that is only kept refers to must not become another instance.
+void SpfInstanceReader::keepReferences(const char* begin, const char* end) {
+    const std::string_view text(begin, static_cast<std::size_t>(end - begin));
+    spf::forEachReference(text, [this](const char* first, const char* last, std::uint64_t number) { slotOf(first, last, number); });
 }
 
 const VnIfcEntityType* SpfInstanceReader::typeOf(std::string_view keyword) {
@@ -74,6 +84,7 @@ const char* SpfInstanceReader::readList(VnIfcEntityBase& instance, const char* b
         const bool needsComma = *surplus != ',' && parametersSeen() > 0;
         m_current.surplus = (needsComma ? "," : "") + std::string(surplus, close);
         remark(SpfRemark::kTooMany, *surplus == ',' ? surplus + 1 : surplus, close);
+        keepReferences(surplus, close);
     }
     if (ranShort()) {
         m_current.absentFrom = m_position = parametersSeen();
@@ -118,6 +129,7 @@ void SpfInstanceReader::readForeign(std::string_view text, std::string_view keyw
     const bool isComplex = keyword.empty();
     remark(isComplex ? SpfRemark::kComplex : SpfRemark::kUnknownKeyword, text.data(),
            isComplex ? end : text.data() + keyword.size());
+    keepReferences(open, close);
     remarkEnd(close, end);
     m_data.place(m_slot, new VnIfcForeignInstance(keyword, parameters), isInArena);
 }

@@ -56,6 +56,8 @@ protected:
 
 private:
     const VnIfcEntityType* typeOf(std::string_view keyword);
+    VnIfcInstanceSlot* slotOf(const char* begin, const char* end, std::uint64_t number);
+    void keepReferences(const char* begin, const char* end);
     void readForeign(std::string_view text, std::string_view keyword, const char* open);
     void readFields(VnIfcEntityBase& instance, const char* begin, const char* end);
     const char* readList(VnIfcEntityBase& instance, const char* begin, const char* end);

@@ -190,4 +190,21 @@ inline bool readNumber(const char*& p, std::uint64_t& number) noexcept {
     return fits && p != first;
 }
 
+/// Calls `visit(first, last, number)` for each reference in a text. Behind `text` there must be padding.
+template <class Visit>
+void forEachReference(std::string_view text, Visit visit) {
+    const char* p = text.data();
+    const char* const end = p + text.size();
+    while ((p = skipBlanks(p, end)) < end) {
+        const char* const first = p++;
+        std::uint64_t number = 0;
+        if (*first == '\'') {
+            const char* const behind = stringEnd(first, end);
+            p = behind ? behind : end;
+        } else if (*first == '#' && readNumber(p, number)) {
+            visit(first, p, number);
+        }
+    }
+}
+
 }  // namespace VN_SDAI::spf

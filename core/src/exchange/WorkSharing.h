@@ -17,20 +17,22 @@ inline unsigned threadsFor(unsigned wanted, std::size_t blocks) {
 }
 
 /// Calls work(worker, block) for each block, on `threads` threads of which the caller's is number 0, in ascending order as
-/// far as each worker goes. The progress callback is called on the caller's thread. False when it, or a piece of work by
-/// answering false, stopped. An exception of any worker is raised again here.
+/// far as each worker goes. The progress callback is called on the caller's thread, at last with 1. False when it, or a
+/// piece of work by answering false, stopped. An exception of any worker is raised again here.
 template <class Work>
 bool shareWork(std::size_t blocks, unsigned threads, const VnIfcProgress& progress, Work work) {
     std::atomic<std::size_t> next{0};
     std::atomic<bool> stop{false};
     std::exception_ptr failure;
     std::mutex failureMutex;
+    double told = 0;
     const auto serve = [&](unsigned worker) {
         try {
             for (std::size_t block; !stop && (block = next.fetch_add(1)) < blocks;) {
                 if (!work(worker, block)) stop = true;
-                if (worker == 0 && progress && !progress(static_cast<double>(block + 1) / static_cast<double>(blocks)))
-                    stop = true;
+                if (worker != 0 || !progress) continue;
+                told = static_cast<double>(block + 1) / static_cast<double>(blocks);
+                if (!progress(told)) stop = true;
             }
         } catch (...) {
             const std::lock_guard lock(failureMutex);
@@ -43,6 +45,8 @@ bool shareWork(std::size_t blocks, unsigned threads, const VnIfcProgress& progre
     serve(0);
     helpers.clear();  // joins
     if (failure) std::rethrow_exception(failure);
+    // Others may have done the last block, or all of them.
+    if (!stop && progress && blocks > 0 && told < 1 && !progress(1)) stop = true;
     return !stop;
 }
 

@@ -14,25 +14,6 @@ namespace VN_SDAI {
 
 namespace {
 
-/// Calls `visit(first, last, number)` for each reference in exchange text.
-template <class Visit>
-void forEachReference(std::string_view text, Visit visit) {
-    const char* p = text.data();
-    const char* const end = p + text.size();
-    while (p < end) {
-        if (*p == '\'') {
-            const char* behind = spf::stringEnd(p, end);
-            p = behind ? behind : end;
-        } else if (*p == '#') {
-            const char* const first = p++;
-            std::uint64_t number = 0;
-            if (spf::readNumber(p, number)) visit(first, p, number);
-        } else {
-            ++p;
-        }
-    }
-}
-
 class Copier {
 public:
     Copier(VnIfcModel::Data& target, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies)
@@ -51,7 +32,7 @@ public:
         VnIfcInstanceSlot* result = newSlot(source);
         SpfInstanceWriter writer(source->model()->data());
         writer.writeBody(source);
-        read(std::string(writer.text()), result);
+        read(writer.text(), result);
         return VnDbObjectId(result);
     }
 
@@ -75,24 +56,24 @@ private:
         VnIfcModel::Data& data = source->model()->data();
         SpfInstanceWriter writer(data);
         writer.writeBody(source);
-        const std::string_view from = writer.text();
+        const std::string from = padded(writer.text());
         std::string text;
         const char* copied = from.data();
-        forEachReference(from, [&](const char* first, const char* last, std::uint64_t number) {
+        spf::forEachReference({from.data(), from.size() - spf::kPadding}, [&](const char* first, const char* last, std::uint64_t number) {
             text.append(copied, first);
             VnIfcInstanceSlot* referred = data.slots.find(number);
             const bool exists = referred && VnDbObjectId(referred).openObject();
             text += exists ? '#' + std::to_string(counterpart(referred)->number) : "$";
             copied = last;
         });
-        text.append(copied, from.data() + from.size());
-        read(std::move(text), copy);
+        text.append(copied, from.data() + from.size() - spf::kPadding);
+        read(text, copy);
     }
 
-    void read(std::string text, VnIfcInstanceSlot* slot) {
-        const std::size_t length = text.size();
-        text.append(spf::kPadding, '\0');
-        m_reader.read({text.data(), length}, slot);
+    static std::string padded(std::string_view text) { return std::string(text).append(spf::kPadding, '\0'); }
+
+    void read(std::string_view text, VnIfcInstanceSlot* slot) {
+        m_reader.read({padded(text).data(), text.size()}, slot);
         m_reader.remarks().clear();
         for (auto& [keeper, kept] : m_reader.kept()) m_target.kept.emplace(keeper, std::move(kept));
         m_reader.kept().clear();
