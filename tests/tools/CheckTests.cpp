@@ -1,0 +1,87 @@
+#include "Process.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <sstream>
+
+namespace vnifc::test {
+
+namespace {
+
+using nlohmann::json;
+using testing::IsSubstring;
+
+/// Three errors, of two kinds, and a warning.
+std::string brokenFile() {
+    static const std::string file = makeModel("broken.ifc", "#1=IFCCIRCLE($,1.);\n"
+                                                            "#2=IFCCIRCLE(#4,$);\n"
+                                                            "#3=IFCWALL('bad',$,$,$,$,$,$,$,.BRICK.);\n"
+                                                            "#4=IFCAXIS2PLACEMENT2D(#5,$);\n"
+                                                            "#5=IFCCARTESIANPOINT((0.,0.));\n");
+    return file;
+}
+
+TEST(Check, PeopleGetALineForEachFindingAndASummary) {
+    const Outcome outcome = runTool({"check", brokenFile()});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.err, "");
+    const std::string file = brokenFile();
+    EXPECT_PRED_FORMAT2(IsSubstring, file + ":8:1: error: #1 IFCCIRCLE.Position: expected a value, ", outcome.out);
+    EXPECT_PRED_FORMAT2(IsSubstring, file + ":10:32: warning: #3 IFCWALL.PredefinedType: ", outcome.out);
+    EXPECT_TRUE(outcome.out.ends_with(file + ": errors 3, warnings 1, remarks 0\n"
+                                             "         2  error    mandatory\n"
+                                             "         1  error    globalid\n"
+                                             "         1  warning  unknown-literal\n"))
+        << outcome.out;
+}
+
+TEST(Check, ProgramsGetAnObjectForEachFindingAndASummary) {
+    std::vector<json> lines;
+    std::istringstream out(runTool({"check", "--json", brokenFile()}).out);
+    for (std::string line; std::getline(out, line);)
+        lines.push_back(json::parse(line));
+    ASSERT_EQ(lines.size(), 5u);
+    EXPECT_EQ(lines[0]["code"], "unknown-literal"); // the reader's findings come first
+    EXPECT_EQ(lines[1], json({{"severity", "error"},
+                              {"code", "mandatory"},
+                              {"file", brokenFile()},
+                              {"line", 8},
+                              {"column", 1},
+                              {"id", 1},
+                              {"keyword", "IFCCIRCLE"},
+                              {"attribute", "Position"},
+                              {"found", "$"},
+                              {"expected", lines[1]["expected"]}}));
+    EXPECT_EQ(lines[4], json::parse(R"({"summary":{"error":3,"warning":1,"info":0,)"
+                                    R"("kinds":{"mandatory":2,"globalid":1,"unknown-literal":1}}})"));
+}
+
+TEST(Check, LevelAndLimitHideLinesAndNothingElse) {
+    const struct {
+        std::vector<std::string> arguments;
+        std::ptrdiff_t lines;
+    } cases[] = {
+        {{"--level", "info"}, 4 + 1 + 3},
+        {{"--level", "error"}, 3 + 1 + 2},
+        {{"--limit", "1"}, 3 + 1 + 3},
+        {{"--limit", "1", "--level", "error"}, 2 + 1 + 2},
+    };
+    for (const auto& [arguments, lines] : cases) {
+        std::vector<std::string> all{"check", brokenFile()};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        const Outcome outcome = runTool(all);
+        EXPECT_EQ(std::ranges::count(outcome.out, '\n'), lines) << outcome.out;
+        EXPECT_PRED_FORMAT2(IsSubstring, ": errors 3, warnings 1, remarks 0\n         2  error    mandatory\n",
+                            outcome.out);
+        EXPECT_EQ(outcome.exitCode, 1);
+    }
+    for (const char* bad : {"--level=fatal", "--limit=-1", "--limit=many"})
+        EXPECT_EQ(runTool({"check", brokenFile(), bad}).exitCode, 2) << bad;
+    EXPECT_EQ(runTool({"check", dataFile("house.ifc")}).exitCode, 0) << "warnings are no errors";
+}
+
+} // namespace
+
+} // namespace vnifc::test
