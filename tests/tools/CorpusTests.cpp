@@ -1,10 +1,10 @@
+#include "Corpus.h"
 #include "Process.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 
 namespace vnifc::test {
@@ -13,12 +13,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
-
-/// Files of other programs, which are not part of this project.
-fs::path corpus() {
-    const char* place = std::getenv("VNIFC_CORPUS");
-    return place ? fs::path(place) : fs::path(VNIFC_TEST_DATA "/../../../shared/corpus");
-}
 
 /// What a file is known to hold.
 struct Known {
