@@ -104,6 +104,11 @@ const std::vector<VnIfcInstanceSlot*>& SlotTable::ordered() {
     if (m_ordered.size() == m_count) return m_ordered;
     m_ordered.clear();
     m_ordered.reserve(m_count);
+    if (m_hashedCount == 0) {  // the dense table is in order already
+        for (VnIfcInstanceSlot* slot : m_dense)
+            if (slot) m_ordered.push_back(slot);
+        return m_ordered;
+    }
     forEachSlot([&](VnIfcInstanceSlot* slot) { m_ordered.push_back(slot); });
     if (!std::is_sorted(m_ordered.begin(), m_ordered.end(), byNumber))
         std::sort(m_ordered.begin(), m_ordered.end(), byNumber);
