@@ -2,10 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+#include <sys/stat.h>
+
 #include <csignal>
 #include <cstdint>
-
-#include <sys/resource.h>
+#include <fstream>
+#include <thread>
 
 namespace vnifc::test {
 
@@ -25,8 +28,8 @@ struct Entry {
 
 std::string number(std::uint32_t value, int bytes) {
     std::string text;
-    for (int i = 0; i < bytes; ++i)
-        text += static_cast<char>(value >> 8 * i);
+    for (; bytes > 0; --bytes, value >>= 8)
+        text += static_cast<char>(value & 0xFF);
     return text;
 }
 
@@ -84,6 +87,21 @@ TEST(Archive, WhatIsWrittenIsReadAgain) {
     // Edited in place.
     EXPECT_EQ(runTool({"edit", "--quiet", archive.string(), archive.string(), "--set", "#8.Name=x"}).exitCode, 0);
     EXPECT_PRED_FORMAT2(IsSubstring, "aa',$,'x',", rewritten(archive));
+}
+
+TEST(Archive, PipesBringArchivesAndPlainFiles) {
+    const fs::path archive = scratch() / "piped.ifczip", pipe = scratch() / "pipe";
+    runTool({"rewrite", "--quiet", house, archive.string()});
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::string& content : {contentOf(archive), contentOf(house)}) {
+        // In two parts, of which the first tells little.
+        std::thread writer([&] {
+            std::ofstream out(pipe, std::ios::binary);
+            out << content.substr(0, 1) << std::flush << content.substr(1);
+        });
+        EXPECT_EQ(runTool({"rewrite", "--quiet", "-", "-"}, {.in = pipe}).out, contentOf(house));
+        writer.join();
+    }
 }
 
 TEST(Archive, TheExchangeFileIsFoundUnderAnyName) {
