@@ -233,6 +233,18 @@ TEST(Hostile, memoryIsInProportionToTheText) {
 }
 #endif
 
+TEST(Hostile, millionsOfOneThingComeBack) {
+    constexpr std::size_t kMillion = 1'000'000;
+    for (const std::string& data : {
+             "#1=IFCPERSON($,$,$,$,$,$,$,$" + repeated(10 * kMillion, ",1") + ");\n",
+             "#1=IFCCARTESIANPOINT((0." + repeated(2 * kMillion, ",1.") + "));\n",
+             "#1=IFCCARTESIANPOINT(" + repeated(kMillion, "(") + repeated(kMillion, ")") + ");\n",
+             "#1=IFCMATERIALLAYER($,$,$,$,$,$," + repeated(kMillion, "7") + ");\n",
+             "#1=IFCPERSON('" + repeated(kMillion, "''\\\\") + "',$,$,$,$,$,$,$);\n",
+         })
+        EXPECT_TRUE(rewritten(data) == data) << data.substr(0, 60);
+}
+
 TEST(Hostile, hostileTextsAreRewrittenStably) {
     for (const HostileText& text : hostileTexts()) {
         SCOPED_TRACE(text.what);

@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include <unistd.h>
+
 using namespace VN_SDAI;
 using namespace exchange;
 
@@ -173,6 +175,23 @@ TEST(Structure, whatIsNoReadableFileIsToldApart) {
     EXPECT_EQ(model.readFile(file).status, VN::eRefused) << "a model is filled once";
     EXPECT_EQ(dataOf(model.writeText()), kPoint);
     std::filesystem::remove(file);
+}
+
+TEST(Structure, aPipeIsReadToItsEnd) {
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    const std::string file = fileOf("#1=IFCFOO();\n");
+    ASSERT_EQ(::write(ends[1], file.data(), file.size()), static_cast<ssize_t>(file.size()));
+    ::close(ends[1]);
+    VnIfcModel model(schema());
+    VnIfcReadOptions options;
+    std::string said;
+    options.name = "the pipe";
+    options.diagnostics = [&](const VnIfcDiagnostic& diagnostic) { said = diagnostic.text(); };
+    ASSERT_TRUE(model.readFile("/dev/fd/" + std::to_string(ends[0]), options));
+    ::close(ends[0]);
+    EXPECT_EQ(model.count(), 1u);
+    EXPECT_TRUE(said.starts_with("the pipe:8:4: warning")) << said;
 }
 
 TEST(Structure, diagnosticsPointToTheTokenAndSayWhatWasExpected) {
