@@ -11,7 +11,7 @@
 #include <VnIfcCore/VnIfcStorage.h>
 
 #include <algorithm>
-#include <chrono>
+#include <ctime>
 #include <random>
 
 #include <sys/resource.h>
@@ -120,9 +120,9 @@ TEST(Model, findsNumbersDenseOrSparseInWhateverOrderTheyCame) {
         std::string data;
         for (const std::uint64_t number : numbers)
             data += '#' + std::to_string(number) + "=IFCFACEBOUND($,.T.);\n";
-        const auto start = std::chrono::steady_clock::now();
+        const std::clock_t start = std::clock();
         Reading reading(fileOf(data));
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4)) << numbers.size();
+        EXPECT_LT((std::clock() - start) / CLOCKS_PER_SEC, 12) << numbers.size();
         ASSERT_EQ(reading.codes(), "");
         std::vector<std::uint64_t> sorted = numbers;
         std::ranges::sort(sorted);
