@@ -26,7 +26,8 @@ enum class VnSpfProblem : std::uint8_t {
     kNotRead,            ///< a value that the schema library leaves unread by design
 };
 
-/// Position in the bytes of a parameter list. The bytes end with a NUL that is not part of them.
+/// Position in the bytes of a parameter list. Behind the bytes there must be 64 NULs that are not part of them: whole
+/// vectors are read, up to the end of the one that holds the last byte.
 class VNIFC_API VnSpfReadHelper {
 public:
     /// Looks ahead: true, and the character consumed, when it is the next significant one.
