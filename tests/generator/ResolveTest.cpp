@@ -28,7 +28,7 @@ TEST(Resolve, namesPlaceOfWhatDoesNotFit) {
          "s.exp:2:52: found \"E\", expected a member that the select A does not have already"},
         {"TYPE A = SELECT (B, C); END_TYPE; TYPE B = SELECT (D); END_TYPE; TYPE C = SELECT (D); END_TYPE;\n"
          "TYPE D = EXTENSIBLE SELECT; END_TYPE;",
-         "A\nB\nC\nD", "s.exp:2:85: found \"D\", expected a member that the select A does not have already"},
+         "A\nB\nC\nD", "s.exp:2:83: found \"D\", expected a member that the select A does not have already"},
         {"ENTITY A SUBTYPE OF (B); END_ENTITY; ENTITY B SUBTYPE OF (A); END_ENTITY;", "",
          "s.exp:2:8: found \"A\", expected an entity that is not its own supertype"},
         {"ENTITY A SUBTYPE OF (B, C); END_ENTITY; ENTITY B; END_ENTITY; ENTITY C; END_ENTITY;", "",
