@@ -106,7 +106,7 @@ public:
     bool ignoreUntilComments(char character, bool);
     VnSpfReadHelper& helper() noexcept { return m_helper; }
     /// Told by the field layer of what it accepted although it was not as it should be: (1, 2) is a bare value in place of
-    /// a list of one.
+    /// a list of one, (1, 3) are equal elements of a set, which holds each once.
     virtual void notify(int what, int how);
     /// The parameter at hand does not fit its attribute; its text is kept.
     void misfit(VnSpfProblem problem);

@@ -184,7 +184,11 @@ private:
         }
         const char* const first = m_p;
         if (isWord(m_p, m_end, "DATA"sv)) {
+            const char* const open = spf::skipBlanks(m_p + 4, m_end);
+            const bool hasParameters = open < m_end && *open == '(';
             skipSectionWord(4);
+            if (m_hasData || hasParameters) report(SpfFinding::kDataSection, first, hasParameters ? m_p : first + 4);
+            m_hasData = true;
             scanData();
         } else if (startsWith(m_p, m_end, "END-ISO-10303-21"sv)) {
             m_p += 16;
@@ -280,20 +284,31 @@ private:
         ++m_p;
         blank();
         const char* const begin = m_p;
-        const char* const end = *m_p == '&' ? scopeEnd(number) : instanceEnd(number);
+        const char* const end = isWord(m_p, m_end, "&SCOPE"sv) ? scopeEnd(number) : instanceEnd(number);
         // Where the instance is missing altogether, the blanks before the next one are none of it.
         m_structure.add(hasNumber ? number : kNoNumber, begin, std::max(begin, end));
     }
 
-    /// A scope holds instances of its own (an early edition of the format); it is kept whole.
+    /// A scope holds instances of its own, with scopes of their own (an early edition of the format); it is kept whole.
     const char* scopeEnd(std::uint64_t number) {
         report(SpfFinding::kScope, m_p, m_p + 6, number);
         const char* const begin = m_p;
-        while (!m_scopesEnd && !isWord(m_p, m_end, "ENDSCOPE"sv)) {
-            skipStatement();
+        for (std::uint64_t depth = 0; !m_scopesEnd;) {
+            if (isWord(m_p, m_end, "ENDSCOPE"sv)) {
+                m_p += 8;
+                if (--depth == 0) return instanceEnd(number);
+                skipStatement();
+            } else if (isWord(m_p, m_end, "&SCOPE"sv)) {
+                m_p += 6;
+                ++depth;
+            } else if (const char* const inner = instanceBegin(m_p, m_end)) {
+                m_p = inner;
+            } else {
+                skipStatement();
+            }
             m_scopesEnd = !blank() || isWord(m_p, m_end, "ENDSEC"sv);
         }
-        if (m_scopesEnd) m_p = begin;
+        m_p = begin;
         return instanceEnd(number);
     }
 
@@ -416,6 +431,7 @@ private:
     const char* m_noLineFrom = nullptr;
     std::ptrdiff_t m_inVain = 0;
     bool m_ended = false;
+    bool m_hasData = false;
 };
 
 }  // namespace

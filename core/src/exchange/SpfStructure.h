@@ -31,6 +31,7 @@ struct SpfFinding {
         kBrokenString,
         kOpenComment,
         kScope,
+        kDataSection,
         kSection,
         kSecondStructure,
     };
