@@ -93,7 +93,7 @@ TEST(Archive, PipesBringArchivesAndPlainFiles) {
     const fs::path archive = scratch() / "piped.ifczip", pipe = scratch() / "pipe";
     runTool({"rewrite", "--quiet", house, archive.string()});
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    for (const std::string& content : {contentOf(archive), contentOf(house)}) {
+    for (const std::string& content : {contentOf(archive), contentOf(house), "Posted by mail\n" + contentOf(house)}) {
         // In two parts, of which the first tells little.
         std::thread writer([&] {
             std::ofstream out(pipe, std::ios::binary);

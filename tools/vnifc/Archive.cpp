@@ -76,14 +76,27 @@ zlib_filefunc64_def functionsOn(std::FILE* file) {
 File spooledInput() {
     File copy(std::tmpfile());
     std::array<char, 65536> buffer;
+    std::uint64_t left = physicalMemory() / kShareOfMemory;
     std::size_t read = 0;
-    while (copy && (read = std::fread(buffer.data(), 1, buffer.size(), stdin)) > 0)
+    while (copy && (read = std::fread(buffer.data(), 1, buffer.size(), stdin)) > 0) {
+        if (read > left)
+            fail("read", "-", "it is too large to be copied");
+        left -= read;
         if (std::fwrite(buffer.data(), 1, read, copy.get()) != read)
             copy.reset();
+    }
     if (!copy)
         fail("read", "-", std::strerror(errno));
     std::rewind(copy.get());
     return copy;
+}
+
+std::string restOf(std::FILE* file) {
+    std::string text;
+    std::array<char, 65536> buffer;
+    while (const std::size_t read = std::fread(buffer.data(), 1, buffer.size(), file))
+        text.append(buffer.data(), read);
+    return text;
 }
 
 /// The input, opened, if it can be an archive and one can go back in it; null otherwise.
@@ -246,9 +259,13 @@ bool isArchiveName(std::string_view name) { return endsWith(name, ".ifczip"); }
 
 std::optional<std::string> readArchive(const std::string& file, const std::function<void(std::string_view)>& say) {
     const File input = openInput(file);
-    if (!input || !beginsAsArchive(input.get()))
+    if (!input)
         return std::nullopt;
-    return ArchiveReader(file, input.get()).read(say);
+    if (beginsAsArchive(input.get()))
+        return ArchiveReader(file, input.get()).read(say);
+    // What came through a pipe cannot be read there again.
+    const bool isCopy = file == "-" && input.get() != stdin;
+    return isCopy ? std::optional(restOf(input.get())) : std::nullopt;
 }
 
 void writeArchive(const std::string& target, std::string_view text) {

@@ -70,6 +70,12 @@ public:
     Scanner(SpfStructure& structure, const char* begin, const char* end) noexcept
         : m_structure(structure), m_p(begin), m_begin(begin), m_end(end) {}
 
+    bool canBegin() {
+        while (m_p < m_end && spf::isBlank(*m_p)) ++m_p;
+        std::string reason;
+        return startsWith(m_p, m_end, "/*"sv) || findBeginning(reason);  // a comment may end later
+    }
+
     bool scan(std::string& reason) {
         if (!findBeginning(reason)) return false;
         scanHeader();
@@ -446,6 +452,11 @@ void SpfStructure::add(std::uint64_t number, const char* begin, const char* end)
         instances.push_back({number, kLargeLength << kOffsetBits | large.size()});
         large.emplace_back(offset, length);
     }
+}
+
+bool SpfStructure::canBegin(const char* begin, const char* end) {
+    SpfStructure unused;
+    return Scanner(unused, begin, end).canBegin();
 }
 
 bool SpfStructure::scan(const char* begin, const char* end, std::string& reason) {
