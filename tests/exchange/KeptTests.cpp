@@ -244,9 +244,8 @@ TEST(Kept, aNewInstanceTakesNoNumberThatIsReferredTo) {
     Reading reading(fileOf("#1=IFCFACEBOUND(#7,.T.);\n#18446744073709551615=IFCFACEBOUND(#2,.T.);\n"));
     EXPECT_EQ(reading.model.create("IfcWall").number(), 3u);
     EXPECT_EQ(reading.model.find(18446744073709551615u).number(), 18446744073709551615u);
-    for (const char* kept :
-         {"IFCFACEBOUND(#7,.T.)", "IFCFOO('#9',((#7)) /* #9 */)", "(A(#7)B())", "IFCFACEBOUND($,.T.,#7)",
-          "&SCOPE #7=IFCFOO(); ENDSCOPE IFCFOO()"}) {
+    for (const char* kept : {"IFCFACEBOUND(#7,.T.)", "IFCFOO('#9',((#7)) /* #9 */)", "(A(#7)B())",
+                             "IFCFACEBOUND($,.T.,#7)", "&SCOPE #7=IFCFOO(); ENDSCOPE IFCFOO()"}) {
         Reading small(fileOf("#1=" + std::string(kept) + ";\n"));
         EXPECT_NE(small.codes().find(*kept == '&' ? "scope" : "dangling-reference"), std::string::npos) << kept;
         EXPECT_EQ(small.model.create("IfcWall").number(), 8u) << kept;

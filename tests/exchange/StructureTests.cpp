@@ -62,8 +62,7 @@ TEST(Structure, instancesAreFoundWhateverTheFileAroundThemLooksLike) {
         {"no header", "ISO-10303-21;\nDATA;\n" + point + tail, "schema no-header"},
         {"nothing but data", "DATA;\n" + point, "schema no-magic no-header no-end"},
         {"instances without a section", head.substr(0, head.size() - 6) + point + tail},
-        {"two data sections", head + point + "ENDSEC;\nDATA;\n#2=IFCPERSON($,$,$,$,$,$,$,$);\n" + tail,
-         "data-section"},
+        {"two data sections", head + point + "ENDSEC;\nDATA;\n#2=IFCPERSON($,$,$,$,$,$,$,$);\n" + tail, "data-section"},
         {"parameters of data sections", replaced(file, "DATA;", "DATA ('main;',('IFC4X3'));"), "data-section"},
         {"forgotten semicolons", replaced(replaced(file, "DATA;", "DATA"), "ENDSEC;\nEND-", "ENDSEC\nEND-"),
          "no-semicolon no-semicolon"},
@@ -198,12 +197,12 @@ TEST(Structure, aPipeIsReadToItsEnd) {
 
 TEST(Structure, diagnosticsPointToTheTokenAndSayWhatWasExpected) {
     const std::string file(fileOf("#1=IFCWALL('guid',#9,5,$,$,$,$,$,.WAVY.);\r"
-                           "#2 = IFCPERSON ( $,$ ,\r\n\t 'x' 'y',\n  .A. ,$,$,$,$);\n"
-                           "#3=IFCFOO(1);  #4=IFCPERSON($);\n"
-                           "#4=IFCFACEBOUND(#5,\n,#6);\n"
-                           "stray text\n"
-                           "#5=IFCPERSON('unclosed,$,$,$,$,$,$,$);\n"
-                           "#6=IFCCARTESIANPOINT((1.,2.,\n'x'));\n"));
+                                  "#2 = IFCPERSON ( $,$ ,\r\n\t 'x' 'y',\n  .A. ,$,$,$,$);\n"
+                                  "#3=IFCFOO(1);  #4=IFCPERSON($);\n"
+                                  "#4=IFCFACEBOUND(#5,\n,#6);\n"
+                                  "stray text\n"
+                                  "#5=IFCPERSON('unclosed,$,$,$,$,$,$,$);\n"
+                                  "#6=IFCCARTESIANPOINT((1.,2.,\n'x'));\n"));
     Reading reading(file);
     EXPECT_EQ(
         reading.texts(),
