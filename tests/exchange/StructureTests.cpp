@@ -72,6 +72,8 @@ TEST(Structure, instancesAreFoundWhateverTheFileAroundThemLooksLike) {
          replaced(replaced(file, "DATA;", "ANCHOR;\n<a>=#1;\nENDSEC;\nREFERENCE;\n#9=<x.ifc#a>;\nENDSEC;\nDATA;"),
                   "END-ISO-10303-21;\n", "SIGNATURE;\nMIIC==\nENDSEC;\nEND-ISO-10303-21;\n"),
          "section section section"},
+        {"signatures behind the end", file + "SIGNATURE;\nMIIC/+==\nENDSEC;\nSIGNATURE;\nMI;\nENDSEC;\n\nnot this;",
+         "section section garbage"},
         {"another structure behind the end", file + "-----\n" + file, "second-structure"},
         {"text behind the end", file + "-----\n", "garbage"},
         {"text between instances", head + "what is\nthis;\n" + point + "\xE2\x80\xA6\n" + tail, "garbage garbage"},

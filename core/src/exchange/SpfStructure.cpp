@@ -203,7 +203,6 @@ private:
         } else if (isWord(m_p, m_end, "ANCHOR"sv) || isWord(m_p, m_end, "REFERENCE"sv) ||
                    isWord(m_p, m_end, "SIGNATURE"sv)) {
             skipSection();
-            report(SpfFinding::kSection, first, m_p);
         } else if (*m_p == '#') {
             scanData();
         } else {
@@ -215,7 +214,8 @@ private:
     /// Only the first exchange structure of a text counts, but instances of another one are not passed over in silence.
     bool scanBehindEnd() {
         m_ended = true;
-        if (!blank()) return false;
+        while (blank() && isWord(m_p, m_end, "SIGNATURE"sv)) skipSection();  // edition 3 has it there
+        if (m_p >= m_end) return false;
         const bool another = std::search(m_p, m_end, kMagic.begin(), kMagic.end()) != m_end;
         report(another ? SpfFinding::kSecondStructure : SpfFinding::kGarbage, m_p, m_end);
         return false;
@@ -248,13 +248,21 @@ private:
         return p;
     }
 
+    /// Leaves out a section that is neither the header nor data.
     void skipSection() {
+        const char* const first = m_p;
         while (m_p < m_end) {
-            skipStatement();
-            if (!blank()) return;
-            if (isWord(m_p, m_end, "ENDSEC"sv)) return skipSectionWord(6);
-            if (isWord(m_p, m_end, "DATA"sv) || startsWith(m_p, m_end, "END-ISO-10303-21"sv)) return;
+            const char* const end = statementEnd(m_p);
+            const bool ends = end < m_end && endsSection(end);  // a signature has no semicolons of its own
+            m_p = end < m_end ? end + 1 : end;
+            if (ends || !blank()) break;
+            if (isWord(m_p, m_end, "ENDSEC"sv)) {
+                skipSectionWord(6);
+                break;
+            }
+            if (isWord(m_p, m_end, "DATA"sv) || startsWith(m_p, m_end, "END-ISO-10303-21"sv)) break;
         }
+        report(SpfFinding::kSection, first, m_p);
     }
 
     /// What is none of an instance, up to the next thing that may be one.
