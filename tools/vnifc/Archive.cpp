@@ -211,7 +211,14 @@ private:
 /// A file beside the target that takes its place when it is complete.
 class PendingFile {
 public:
-    explicit PendingFile(const std::string& target) : m_target(target), m_path(target + ".part") {
+    explicit PendingFile(const std::string& target) : m_target(target) {
+        std::error_code error;
+        // A link stays a link, and the file behind it is replaced.
+        if (fs::is_symlink(target, error))
+            m_target = fs::canonical(target, error).string();
+        if (error)
+            m_target = target;
+        m_path = m_target + ".part" + std::to_string(processNumber());
         m_file.reset(std::fopen(m_path.c_str(), "wb+"));
         if (!m_file)
             fail();
@@ -230,6 +237,8 @@ public:
         if (!bringToDisk(m_file.get()) || std::fclose(m_file.release()) != 0)
             fail();
         std::error_code error;
+        if (fs::exists(m_target, error))
+            fs::permissions(m_path, fs::status(m_target, error).permissions(), error);
         fs::rename(m_path, m_target, error);
         if (error)
             vnifc::fail("write", m_target, error.message());
