@@ -9,6 +9,7 @@
 #include <IFC4X3/IfcRelAggregates.h>
 #include <IFC4X3/IfcSIUnit.h>
 #include <IFC4X3/IfcWall.h>
+#include <VnIfcCore/VnIfcVariant.h>
 
 using namespace VN_SDAI;
 using namespace IFC4X3;
@@ -163,7 +164,7 @@ TEST(Kept, textGivesWayToTheFirstChangeOfItsAttributeAndToNoOther) {
     EXPECT_EQ(reading.data(), "#1=IFCMATERIALLAYER('m',$,$,$,7,8,$,9);\n");
     own.unsetAttr("material");
     own.setDescription("d");
-    own.setCategory("");
+    EXPECT_TRUE(own.putAttr("Category", VnIfcVariant(VnAnsiString(""))));
     EXPECT_EQ(reading.data(), "#1=IFCMATERIALLAYER($,$,$,$,'d','',$,9);\n") << "the surplus stays";
 }
 

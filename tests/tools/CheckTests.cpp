@@ -114,6 +114,7 @@ TEST(Check, LevelAndLimitHideLinesAndNothingElse) {
         {{"--level", "info"}, 4 + 1 + 3},
         {{"--level", "error"}, 3 + 1 + 2},
         {{"--limit", "1"}, 3 + 1 + 3},
+        {{"--quiet"}, 1 + 3},
         {{"--limit", "1", "--level", "error"}, 2 + 1 + 2},
     };
     for (const auto& [arguments, lines] : cases) {
