@@ -27,6 +27,8 @@ TEST(Module, isLoadedByNameAndByPathAndInitialisedForItsLifetime) {
         ASSERT_TRUE(module.schema());
         EXPECT_EQ(module.schema()->name(), "IFC4X3");
         EXPECT_TRUE(module.schema()->entity("IfcWall"));
+        EXPECT_TRUE(module.symbol("vnIfcBuildPropertyForSimple"));
+        EXPECT_FALSE(module.symbol("vnIfcBuildNothing"));
         file = fileOf(module);
         EXPECT_NE(file.find("VnIfc4x3"), std::string::npos);
     }

@@ -12,7 +12,9 @@
 #include <IFC4X3/IfcWall.h>
 
 #include <bit>
+#include <charconv>
 #include <cmath>
+#include <cstring>
 #include <random>
 
 using namespace VN_SDAI;
@@ -82,17 +84,34 @@ TEST(Values, realsComeBackBitByBitInTheirShortestForm) {
     std::mt19937_64 random(1);
     auto* point = model.create<IfcCartesianPoint>();
     VnIfcArray<double> values;
-    while (values.length() < 20000) {
+    double power = 1e-3;
+    while (values.length() < 30000) {
         const auto value = std::bit_cast<double>(random());
         if (std::isfinite(value))
             values.append(value);
+        // Numbers of few digits, and their neighbours, which have many.
+        power = power < 1e9 ? power * 10 : 1e-3;
+        const double few = std::floor(std::ldexp(static_cast<double>(random()), -64) * power) / 1e3;
+        values.append(-few);
+        values.append(std::nextafter(few, 1e300));
     }
     point->setCoordinates(values);
-    Reading reading(model.writeText());
+    const std::string written = model.writeText();
+    Reading reading(written);
     const auto& read = reading.as<IfcCartesianPoint>(2).getCoordinates();
     ASSERT_EQ(read.count(), values.length());
     for (std::uint32_t i = 0; i < read.count(); ++i)
         ASSERT_EQ(std::bit_cast<std::uint64_t>(read[i]), std::bit_cast<std::uint64_t>(values[i]));
+
+    const char* text = written.data() + written.find("POINT((") + 7;
+    for (std::uint32_t i = 0; i < values.length(); ++i) {
+        char shortest[32];
+        const char* const end = std::to_chars(shortest, shortest + sizeof shortest, values[i]).ptr;
+        const std::string_view decimal(shortest, end);
+        const std::size_t length = decimal.size() + (decimal.find('.') == decimal.npos);
+        ASSERT_EQ(std::strcspn(text, ",)"), length) << values[i];
+        text += length + 1;
+    }
 }
 
 TEST(Values, integersFillTheirRangeAndNoMore) {

@@ -11,6 +11,7 @@
 #include <VnIfcCore/VnIfcStorage.h>
 
 #include <algorithm>
+#include <ctime>
 #include <random>
 
 #include <sys/resource.h>
@@ -100,20 +101,28 @@ TEST(Model, findsNumbersDenseOrSparseInWhateverOrderTheyCame) {
         {1}, {5, 4, 3, 2, 1}, {kLargest}, {1, kLargest, 2, kLargest - 1}, {1000000, 1, 2, 3},
     };
     std::mt19937_64 random(7);
+    lists.reserve(lists.size() + 4);
     std::vector<std::uint64_t>&dense = lists.emplace_back(), &steps = lists.emplace_back(),
-    &wild = lists.emplace_back();
+    &wild = lists.emplace_back(), &crowd = lists.emplace_back();
     for (std::uint64_t i = 1; i <= 30000; ++i) {
         dense.push_back(i);
         steps.push_back(i < 20000 ? i * 3 : i * 1000);
         wild.push_back(random() | 1);
     }
+    // Far apart where one looks, and all the others in one place.
+    for (std::uint64_t i = 1; i <= 100000; ++i)
+        crowd.push_back(i << 40);
+    for (std::uint64_t i = 1; i <= 99000; ++i)
+        crowd.push_back((std::uint64_t{3} << 60) + i);
     std::ranges::shuffle(dense, random);
     std::ranges::shuffle(steps, random);
     for (const std::vector<std::uint64_t>& numbers : lists) {
         std::string data;
         for (const std::uint64_t number : numbers)
             data += '#' + std::to_string(number) + "=IFCFACEBOUND($,.T.);\n";
+        const std::clock_t start = std::clock();
         Reading reading(fileOf(data));
+        EXPECT_LT((std::clock() - start) / CLOCKS_PER_SEC, 12) << numbers.size();
         ASSERT_EQ(reading.codes(), "");
         std::vector<std::uint64_t> sorted = numbers;
         std::ranges::sort(sorted);

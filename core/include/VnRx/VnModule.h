@@ -26,6 +26,9 @@ public:
     /// The schema; null once another user of the same module has uninitialised it.
     VnIfcSchema* schema() const noexcept { return m_schema(); }
     VnModuleLifeCycleApp& lifeCycle() const noexcept { return *m_app; }
+    /// The address of a function that the module exports, "vnIfcBuildPropertyForSimple" say; null when it has none of
+    /// that name. To be cast to the type that the module's header declares, and good as long as this object lives.
+    void* symbol(const char* name) const noexcept;
 
 private:
     struct Unloader {

@@ -23,12 +23,13 @@ void pages::unmap(char* memory, std::size_t size) noexcept {
     if (memory) ::munmap(memory, size);
 }
 
-void PageMemory::discard(const char* from, const char* to) noexcept {
+const char* PageMemory::discard(const char* from, const char* to) noexcept {
     constexpr std::uintptr_t kPage = 2 * 1024 * 1024;
-    const auto base = reinterpret_cast<std::uintptr_t>(m_data);
-    const std::uintptr_t first = std::max(base, (reinterpret_cast<std::uintptr_t>(from) + kPage - 1) & ~(kPage - 1));
-    const std::uintptr_t last = reinterpret_cast<std::uintptr_t>(to) & ~(kPage - 1);
-    if (first < last) ::madvise(reinterpret_cast<void*>(first), last - first, MADV_DONTNEED);
+    const auto first = (reinterpret_cast<std::uintptr_t>(from) + kPage - 1) & ~(kPage - 1);
+    const auto last = reinterpret_cast<std::uintptr_t>(to) & ~(kPage - 1);
+    if (first >= last) return from;
+    ::madvise(reinterpret_cast<void*>(first), last - first, MADV_DONTNEED);
+    return reinterpret_cast<const char*>(last);
 }
 
 void PageMemory::grow(std::size_t size) {
@@ -52,7 +53,7 @@ char* pages::map(std::size_t size) {
 
 void pages::unmap(char* memory, std::size_t) noexcept { std::free(memory); }
 
-void PageMemory::discard(const char*, const char*) noexcept {}
+const char* PageMemory::discard(const char* from, const char*) noexcept { return from; }
 
 void PageMemory::grow(std::size_t size) {
     PageMemory larger(size);

@@ -30,8 +30,8 @@ public:
 
     char* data() const noexcept { return m_data; }
     std::size_t size() const noexcept { return m_size; }
-    /// Gives back the whole pages in [from, to); their contents are lost.
-    void discard(const char* from, const char* to) noexcept;
+    /// Gives back the whole pages in [from, to); their contents are lost. Answers where the rest begins.
+    const char* discard(const char* from, const char* to) noexcept;
     /// Makes the memory larger; contents are kept, and may move.
     void grow(std::size_t size);
 

@@ -25,7 +25,7 @@ constexpr std::string_view filePrefix = "";
 constexpr std::string_view fileSuffix = ".dll";
 
 void* openLibrary(const fs::path& file) { return ::LoadLibraryW(file.c_str()); }
-void* findSymbol(void* library, const char* name) {
+void* findSymbol(void* library, const char* name) noexcept {
     return reinterpret_cast<void*>(::GetProcAddress(static_cast<HMODULE>(library), name));
 }
 void closeLibrary(void* library) noexcept { ::FreeLibrary(static_cast<HMODULE>(library)); }
@@ -49,7 +49,7 @@ constexpr std::string_view fileSuffix = ".so";
 #endif
 
 void* openLibrary(const fs::path& file) { return ::dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL); }
-void* findSymbol(void* library, const char* name) { return ::dlsym(library, name); }
+void* findSymbol(void* library, const char* name) noexcept { return ::dlsym(library, name); }
 void closeLibrary(void* library) noexcept { ::dlclose(library); }
 std::string lastError() {
     const char* text = ::dlerror();
@@ -128,6 +128,8 @@ VnModule& VnModule::operator=(VnModule&& other) noexcept {
 }
 
 VnModule::~VnModule() { uninitialise(); }
+
+void* VnModule::symbol(const char* name) const noexcept { return m_library ? findSymbol(m_library.get(), name) : nullptr; }
 
 void VnModule::uninitialise() noexcept {
     if (m_library && m_initialised)

@@ -27,8 +27,7 @@ public:
 
     /// Gives back the memory of what stands before `position`; nobody must look there any more.
     void release(const char* position) noexcept {
-        m_memory.discard(m_released ? m_released : begin(), position);
-        m_released = position;
+        m_released = m_memory.discard(m_released ? m_released : begin(), position);
     }
 
 private:

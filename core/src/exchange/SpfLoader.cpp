@@ -60,12 +60,26 @@ private:
         std::atomic<bool> done = false;
     };
 
+    /// How far numbers of neighbours are apart: the median of a sample.
+    std::uint64_t usualGap() const {
+        const auto& instances = m_structure.instances;
+        std::vector<std::uint64_t> gaps;
+        for (std::size_t i = 1; i < instances.size(); i += 1 + instances.size() / 256) {
+            const auto [low, high] = std::minmax(instances[i - 1].number, instances[i].number);
+            gaps.push_back(high - low);
+        }
+        if (gaps.empty()) return 1;
+        const auto middle = gaps.begin() + static_cast<std::ptrdiff_t>(gaps.size() / 2);
+        std::nth_element(gaps.begin(), middle, gaps.end());
+        return *middle;
+    }
+
     /// Gives each instance its slot. The first instance of a number has it; later ones, and those whose number does not
     /// fit, are kept under numbers that nobody uses.
     void makeSlots() {
         auto& instances = m_structure.instances;
         m_blocks = std::vector<Block>((instances.size() + kBlock - 1) / kBlock);
-        m_data.slots.reserve(instances.size(), m_structure.largestNumber);
+        m_data.slots.reserve(instances.size(), m_structure.largestNumber, usualGap());
         std::vector<std::size_t> homeless;
         for (std::size_t i = 0; i < instances.size(); ++i) {
             const std::uint64_t number = instances[i].number;

@@ -1,6 +1,9 @@
 #include "SlotTable.h"
 
 #include <algorithm>
+#include <atomic>
+#include <bit>
+#include <chrono>
 
 namespace VN_SDAI {
 
@@ -9,16 +12,27 @@ namespace {
 // A table of pointers indexed by number pays as long as at least every fourth entry is used.
 constexpr std::uint64_t denseLimit(std::size_t count) noexcept { return 4 * std::uint64_t{count} + 1024; }
 
-std::size_t hashOf(std::uint64_t number) noexcept {
-    number *= 0x9E3779B97F4A7C15ull;
-    return static_cast<std::size_t>(number ^ (number >> 32));
-}
+// One kilobyte: near enough together that the processor fetches ahead.
+constexpr std::size_t kGroup = 64;
 
 bool byNumber(const VnIfcInstanceSlot* left, const VnIfcInstanceSlot* right) noexcept {
     return left->number < right->number;
 }
 
+/// Different in each run, so that nobody can prepare a file whose numbers all meet in one cell.
+std::uint64_t randomMultiplier() noexcept {
+    static std::atomic<std::uint64_t> next = reinterpret_cast<std::uintptr_t>(&next) +
+                                             static_cast<std::uint64_t>(
+                                                 std::chrono::steady_clock::now().time_since_epoch().count());
+    std::uint64_t bits = next.fetch_add(0x9E3779B97F4A7C15ull, std::memory_order_relaxed);
+    bits = (bits ^ (bits >> 30)) * 0xBF58476D1CE4E5B9ull;
+    bits = (bits ^ (bits >> 27)) * 0x94D049BB133111EBull;
+    return bits | 1;
+}
+
 }  // namespace
+
+SlotTable::SlotTable(VnIfcModel* model) noexcept : m_model(model), m_multiplier(randomMultiplier()) {}
 
 VnIfcModel* SlotTable::modelOf(const VnIfcInstanceSlot* slot) noexcept {
     const auto address = reinterpret_cast<std::uintptr_t>(slot);
@@ -47,9 +61,14 @@ VnIfcInstanceSlot* SlotTable::newSlot() {
     return new (m_next++) VnIfcInstanceSlot;
 }
 
-void SlotTable::reserve(std::size_t count, std::uint64_t largest) {
-    if (largest >= denseLimit(m_count + count)) return rehash(2 * (m_hashedCount + count));
-    if (m_count == 0 && m_dense.size() <= largest) m_dense.resize(static_cast<std::size_t>(largest) + 1);
+void SlotTable::reserve(std::size_t count, std::uint64_t largest, std::uint64_t gap) {
+    if (largest < denseLimit(m_count + count)) {
+        if (m_count == 0 && m_dense.size() <= largest) m_dense.resize(static_cast<std::size_t>(largest) + 1);
+        return;
+    }
+    if (m_hashedCount == 0) m_shift = std::bit_width(gap | 1) - 1;
+    const std::size_t cells = 3 * (m_hashedCount + count) / 2;
+    if (cells > m_cells.size()) rehash(cells);
 }
 
 VnIfcInstanceSlot* SlotTable::insert(std::uint64_t number) {
@@ -73,31 +92,39 @@ VnIfcInstanceSlot* SlotTable::insert(std::uint64_t number) {
     return slot;
 }
 
+std::size_t SlotTable::cellOf(std::uint64_t number) const noexcept {
+    const std::uint64_t near = number >> m_shift;
+    const std::uint64_t hash = near / kGroup * m_multiplier;
+    return static_cast<std::size_t>((hash >> 32) * (m_cells.size() / kGroup) >> 32) * kGroup + near % kGroup;
+}
+
 VnIfcInstanceSlot* SlotTable::findHashed(std::uint64_t number) const noexcept {
-    const std::size_t mask = m_hashed.size() - 1;
-    for (std::size_t i = hashOf(number) & mask; m_hashed[i]; i = (i + 1) & mask)
-        if (m_hashed[i]->number == number) return m_hashed[i];
+    for (std::size_t i = cellOf(number); m_cells[i].slot; i = i + 1 < m_cells.size() ? i + 1 : 0)
+        if (m_cells[i].number == number) return m_cells[i].slot;
     return nullptr;
 }
 
 void SlotTable::insertHashed(VnIfcInstanceSlot* slot) {
-    if (2 * (m_hashedCount + 1) > m_hashed.size()) rehash(4 * (m_hashedCount + 8));
-    const std::size_t mask = m_hashed.size() - 1;
-    std::size_t i = hashOf(slot->number) & mask;
-    while (m_hashed[i]) i = (i + 1) & mask;
-    m_hashed[i] = slot;
+    if (4 * (m_hashedCount + 1) > 3 * m_cells.size()) rehash(2 * (m_hashedCount + 8));
+    std::size_t i = cellOf(slot->number);
+    for (; m_cells[i].slot; i = i + 1 < m_cells.size() ? i + 1 : 0) ++m_steps;
+    m_cells[i] = {slot->number, slot};
     ++m_hashedCount;
+    if (m_steps > 32 * m_hashedCount + 4096) {
+        // The numbers are nearer to each other than expected, or made to meet.
+        m_shift = 0;
+        m_multiplier = randomMultiplier();
+        rehash(m_cells.size());
+    }
 }
 
-void SlotTable::rehash(std::size_t capacity) {
-    std::size_t size = 16;
-    while (size < capacity) size *= 2;
-    if (size <= m_hashed.size()) return;
-    Slots before(size);
-    before.swap(m_hashed);
+void SlotTable::rehash(std::size_t cells) {
+    Cells before((cells / kGroup + 1) * kGroup);
+    before.swap(m_cells);
     m_hashedCount = 0;
-    for (VnIfcInstanceSlot* slot : before)
-        if (slot) insertHashed(slot);
+    m_steps = 0;
+    for (const Cell& cell : before)
+        if (cell.slot) insertHashed(cell.slot);
 }
 
 const std::vector<VnIfcInstanceSlot*>& SlotTable::ordered() {

@@ -10,16 +10,17 @@
 namespace VN_SDAI {
 
 /// The slots of a model: made once, never moved, found by instance number. Dense numbers index a vector, others go
-/// through a hash table, so that memory follows the number of instances and not their numbers.
+/// through a hash table, so that memory follows the number of instances and not their numbers. The hash table keeps
+/// neighbours together, for instances refer to near ones most.
 class SlotTable {
 public:
-    explicit SlotTable(VnIfcModel* model) noexcept : m_model(model) {}
+    explicit SlotTable(VnIfcModel* model) noexcept;
 
-    /// Makes room for `count` slots with numbers up to `largest`.
-    void reserve(std::size_t count, std::uint64_t largest);
+    /// Makes room for `count` slots with numbers up to `largest`, most of which are `gap` apart.
+    void reserve(std::size_t count, std::uint64_t largest, std::uint64_t gap);
     VnIfcInstanceSlot* find(std::uint64_t number) const noexcept {
         if (number < m_dense.size() && m_dense[number]) return m_dense[number];
-        return m_hashed.empty() ? nullptr : findHashed(number);
+        return m_cells.empty() ? nullptr : findHashed(number);
     }
     /// Makes the slot of a number that has none yet.
     VnIfcInstanceSlot* insert(std::uint64_t number);
@@ -49,11 +50,18 @@ private:
         std::size_t count;
     };
     using Slots = std::vector<VnIfcInstanceSlot*, PageAllocator<VnIfcInstanceSlot*>>;
+    /// Holds the number too: to look into the slots would cost a cache miss for each.
+    struct Cell {
+        std::uint64_t number;
+        VnIfcInstanceSlot* slot;  // null in an empty cell
+    };
+    using Cells = std::vector<Cell, PageAllocator<Cell>>;
 
     VnIfcInstanceSlot* newSlot();
     VnIfcInstanceSlot* findHashed(std::uint64_t number) const noexcept;
     void insertHashed(VnIfcInstanceSlot* slot);
-    void rehash(std::size_t capacity);
+    std::size_t cellOf(std::uint64_t number) const noexcept;
+    void rehash(std::size_t cells);
 
     void newBlock();
 
@@ -67,8 +75,11 @@ private:
     std::size_t m_count = 0;
     std::uint64_t m_largest = 0;
     Slots m_dense;
-    Slots m_hashed;
+    Cells m_cells;
     std::size_t m_hashedCount = 0;
+    std::size_t m_steps = 0;  // taken from one cell to the next by all that were inserted
+    std::uint64_t m_multiplier;
+    unsigned m_shift = 0;  // numbers that differ in lower bits only share a cell
     std::vector<VnIfcInstanceSlot*> m_ordered;  // of the first slots made, when somebody asked last
 };
 
