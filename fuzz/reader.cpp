@@ -1,4 +1,4 @@
-// Any bytes as an exchange file, read by one thread and by two.
+// Any bytes as an exchange file, read by one thread, and by two that note where the instances stand.
 #include "Rewriting.h"
 
 using namespace VN_SDAI;
@@ -11,6 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         VnIfcModel model(fuzz::schema());
         VnIfcReadOptions options;
         options.threads = i + 1;
+        options.places = i == 1;
         std::uint64_t line = 0;
         options.diagnostics = [&](const VnIfcDiagnostic& diagnostic) {
             fuzz::require(diagnostic.line >= line);

@@ -76,9 +76,14 @@ private:
 };
 
 void Parser::fail(std::string_view expected) const {
-    const bool ended = m_token.kind == TokenKind::kEnd;
-    throw ExpressError(m_lexer.file(), m_token.at,
-                       ended ? "the end of the text" : "\"" + std::string(m_token.text) + "\"", expected);
+    std::string found = "the end of the text";
+    if (m_token.kind != TokenKind::kEnd) {
+        found = '"' + std::string(m_token.text) + '"';
+        // A string may hold any byte but those that end the line; a NUL would end the message.
+        std::replace_if(
+            found.begin(), found.end(), [](char c) { return c >= '\0' && c < ' '; }, '?');
+    }
+    throw ExpressError(m_lexer.file(), m_token.at, found, expected);
 }
 
 bool Parser::accept(std::string_view word) {

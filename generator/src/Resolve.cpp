@@ -204,7 +204,7 @@ void Resolver::resolveSelects() {
     }
 }
 
-// Walks nested selects with a stack of its own; a chain longer than the number of selects contains itself.
+// Walks nested selects with a stack of its own.
 void Resolver::addLeaves(Select& select, std::size_t index) const {
     std::vector<std::pair<std::size_t, std::size_t>> open{{index, 0}}; // select, next item
     std::unordered_set<std::string> seen;
@@ -222,15 +222,19 @@ void Resolver::addLeaves(Select& select, std::size_t index) const {
         if (open.size() == 1) {
             select.members.push_back(name);
         }
-        if (symbol.kind == SymbolKind::kSelect) {
-            open.emplace_back(symbol.index, 0);
-        } else if (seen.insert(name).second) {
-            select.leaves.push_back({name, std::move(type)});
-        } else {
+        const bool isSelect = symbol.kind == SymbolKind::kSelect;
+        const auto isOpen = [&](const auto& each) { return each.first == symbol.index; };
+        if (isSelect && std::any_of(open.begin(), open.end(), isOpen)) {
+            fail(item, "a select that does not contain itself");
+        }
+        // Selects count as well, or those without members could be walked through once for each way to them.
+        if (!seen.insert(name).second) {
             fail(item, "a member that the select " + select.name + " does not have already");
         }
-        if (open.size() > m_schema.selects.size()) {
-            fail(item, "a select that does not contain itself");
+        if (isSelect) {
+            open.emplace_back(symbol.index, 0);
+        } else {
+            select.leaves.push_back({name, std::move(type)});
         }
     }
 }

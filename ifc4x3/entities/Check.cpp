@@ -3,7 +3,7 @@
 #include <VnIfcCore/VnIfcCheck.h>
 #include <VnIfcCore/VnIfcEntityType.h>
 #include <entities/AttributeAccess.h>
-#include <entities/Members.h>
+#include <entities/CounterParts.h>
 
 #include <algorithm>
 #include <charconv>
@@ -72,6 +72,7 @@ public:
             for (const UniqueRule& rule : each->uniques) unique(rule);
             if (!m_check.checksInverses()) continue;
             for (const InverseRow& row : each->inverses) inverse(row);
+            for (const InverseLink& link : each->links) singleInverses(link);
         }
     }
 
@@ -172,16 +173,36 @@ private:
         m_check.unique(m_instance, &rule, names, std::move(values));
     }
 
+    static bool isSingle(const InverseRow& row) noexcept { return row.attribute.kind == AttributeKind::kReference; }
+
     void inverse(const InverseRow& row) {
-        const bool isSingle = row.attribute.kind == AttributeKind::kReference;
-        const std::uint32_t count = isSingle ? !member<VnDbObjectId>(m_instance, row.attribute).isNull()
-                                             : member<VnIfcAggr>(m_instance, row.attribute).count();
-        const bool tooFew = row.lower != kUnset && count < static_cast<std::uint32_t>(row.lower);
-        const bool tooMany = row.upper != kUnbounded && count > static_cast<std::uint32_t>(row.upper);
+        const std::uint32_t count = isSingle(row) ? !member<VnDbObjectId>(m_instance, row.attribute).isNull()
+                                                  : member<VnIfcAggr>(m_instance, row.attribute).count();
+        // An inverse attribute that is no aggregate is mandatory (ISO 10303-11, 9.2.1.3).
+        const auto lower = static_cast<std::uint32_t>(row.lower != kUnset ? row.lower : isSingle(row));
+        const bool tooMany = !isSingle(row) && row.upper != kUnbounded && count > static_cast<std::uint32_t>(row.upper);
+        // What has no class, or stands in a text that does not fit, may well be who is missing.
+        const bool tooFew = count < lower && !m_check.isNamedInText(m_instance);
         if (!tooFew && !tooMany) return;
         report(row.attribute, "inverse-bounds", std::to_string(count) + " instances",
-               (tooFew ? "at least " + std::to_string(row.lower) : "at most " + std::to_string(row.upper)) + " that refer to it by " +
+               (tooFew ? "at least " + std::to_string(lower) : "at most " + std::to_string(row.upper)) + " that refer to it by " +
                    row.inverted);
+    }
+
+    /// An inverse member that holds one handle cannot tell of several referrers. The last one is there, so each of the
+    /// others finds somebody else in its place.
+    void singleInverses(const InverseLink& link) {
+        const auto hasSingle = [](const InverseTarget& target) { return isSingle(*target.inverse); };
+        if (std::none_of(link.targets.begin(), link.targets.end(), hasSingle)) return;
+        forEachTarget(m_instance, *link.forward, [&](const VnDbObjectId& handle) {
+            withInverse(handle, link.targets, [&](const Entity& target, const InverseRow& row) {
+                if (!isSingle(row)) return;
+                const auto& held = member<VnDbObjectId>(target, row.attribute);
+                if (held.isNull() || held == m_instance.objectId()) return;
+                report(*link.forward, "inverse-bounds", nameOf(target) + ", to which " + nameOf(held) + " refers as well",
+                       std::string("an instance with at most 1 ") + row.attribute.name);
+            });
+        });
     }
 
     const Entity& m_instance;

@@ -88,7 +88,9 @@ bool readElements(VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase& filer)
         good = false;
         break;
     }
+    const std::size_t count = buffer.elements().size();
     typed.assignMoved(buffer.elements());
+    if (good && typed.count() < count) filer.notify(1, 3);
     return good;
 }
 

@@ -62,8 +62,8 @@ TEST(Structure, instancesAreFoundWhateverTheFileAroundThemLooksLike) {
         {"no header", "ISO-10303-21;\nDATA;\n" + point + tail, "schema no-header"},
         {"nothing but data", "DATA;\n" + point, "schema no-magic no-header no-end"},
         {"instances without a section", head.substr(0, head.size() - 6) + point + tail},
-        {"two data sections", head + point + "ENDSEC;\nDATA;\n#2=IFCPERSON($,$,$,$,$,$,$,$);\n" + tail},
-        {"parameters of data sections", replaced(file, "DATA;", "DATA ('main;',('IFC4X3'));")},
+        {"two data sections", head + point + "ENDSEC;\nDATA;\n#2=IFCPERSON($,$,$,$,$,$,$,$);\n" + tail, "data-section"},
+        {"parameters of data sections", replaced(file, "DATA;", "DATA ('main;',('IFC4X3'));"), "data-section"},
         {"forgotten semicolons", replaced(replaced(file, "DATA;", "DATA"), "ENDSEC;\nEND-", "ENDSEC\nEND-"),
          "no-semicolon no-semicolon"},
         {"forgotten end of the section", replaced(file, "ENDSEC;\nEND-", "END-")},
@@ -72,6 +72,8 @@ TEST(Structure, instancesAreFoundWhateverTheFileAroundThemLooksLike) {
          replaced(replaced(file, "DATA;", "ANCHOR;\n<a>=#1;\nENDSEC;\nREFERENCE;\n#9=<x.ifc#a>;\nENDSEC;\nDATA;"),
                   "END-ISO-10303-21;\n", "SIGNATURE;\nMIIC==\nENDSEC;\nEND-ISO-10303-21;\n"),
          "section section section"},
+        {"signatures behind the end", file + "SIGNATURE;\nMIIC/+==\nENDSEC;\nSIGNATURE;\nMI;\nENDSEC;\n\nnot this;",
+         "section section garbage"},
         {"another structure behind the end", file + "-----\n" + file, "second-structure"},
         {"text behind the end", file + "-----\n", "garbage"},
         {"text between instances", head + "what is\nthis;\n" + point + "\xE2\x80\xA6\n" + tail, "garbage garbage"},
@@ -166,7 +168,8 @@ TEST(Structure, whatIsNoReadableFileIsToldApart) {
     const std::filesystem::path directory = testing::TempDir();
     EXPECT_EQ(model.readFile(directory / "no such file.ifc").status, VN::eNotFound);
     EXPECT_EQ(model.readFile(directory).status, VN::eCannotRead);
-    EXPECT_EQ(model.readFile("/dev/null").status, VN::eCannotRead);
+    for (const char* device : {"/dev/null", "/dev/zero"})
+        EXPECT_EQ(model.readFile(device).status, VN::eCannotRead) << device;
     const std::filesystem::path file = directory / "read.ifc";
     std::ofstream(file, std::ios::binary) << fileOf(kPoint);
     const VnIfcFileResult result = model.readFile(file);
@@ -195,13 +198,14 @@ TEST(Structure, aPipeIsReadToItsEnd) {
 }
 
 TEST(Structure, diagnosticsPointToTheTokenAndSayWhatWasExpected) {
-    Reading reading(fileOf("#1=IFCWALL('guid',#9,5,$,$,$,$,$,.WAVY.);\r"
-                           "#2 = IFCPERSON ( $,$ ,\r\n\t 'x' 'y',\n  .A. ,$,$,$,$);\n"
-                           "#3=IFCFOO(1);  #4=IFCPERSON($);\n"
-                           "#4=IFCFACEBOUND(#5,\n,#6);\n"
-                           "stray text\n"
-                           "#5=IFCPERSON('unclosed,$,$,$,$,$,$,$);\n"
-                           "#6=IFCCARTESIANPOINT((1.,2.,\n'x'));\n"));
+    const std::string file(fileOf("#1=IFCWALL('guid',#9,5,$,$,$,$,$,.WAVY.);\r"
+                                  "#2 = IFCPERSON ( $,$ ,\r\n\t 'x' 'y',\n  .A. ,$,$,$,$);\n"
+                                  "#3=IFCFOO(1);  #4=IFCPERSON($);\n"
+                                  "#4=IFCFACEBOUND(#5,\n,#6);\n"
+                                  "stray text\n"
+                                  "#5=IFCPERSON('unclosed,$,$,$,$,$,$,$);\n"
+                                  "#6=IFCCARTESIANPOINT((1.,2.,\n'x'));\n"));
+    Reading reading(file);
     EXPECT_EQ(
         reading.texts(),
         ":8:19: warning: #1 IFCWALL.OwnerHistory: expected the number of an instance of this file, found #9 "
@@ -229,6 +233,13 @@ TEST(Structure, diagnosticsPointToTheTokenAndSayWhatWasExpected) {
         ":16:39: error: #5 IFCPERSON: expected ) that closes the parameter list, found nothing [unclosed-list]\n"
         ":17:22: warning: #6 IFCCARTESIANPOINT.Coordinates: expected a value of the attribute's type, found "
         "(1.,2., 'x') [wrong-kind]\n");
+    VnIfcModel withPlaces(schema());
+    VnIfcReadOptions options;
+    std::string texts;
+    options.places = true;
+    options.diagnostics = [&](const VnIfcDiagnostic& diagnostic) { texts += diagnostic.text() + '\n'; };
+    ASSERT_TRUE(withPlaces.readText(file, options));
+    EXPECT_EQ(texts, reading.texts()) << "places of instances are found on the way";
     EXPECT_EQ(reading.result.errors, 6u);
     EXPECT_EQ(reading.result.warnings, 12u);
     EXPECT_EQ(Reading(fileOf("#1=IFCFOO(" + std::string(500, 'x') + "\n")).diagnostics.at(0).found.size(), 6u);

@@ -146,6 +146,7 @@ TEST(Reader, namesPlaceFoundAndExpected) {
          "s.exp:2:38: found the end of the text, expected \"END_FUNCTION\""},
         {"SCHEMA S;\n  (* (* *)", "s.exp:2:3: found a remark without end, expected \"*)\""},
         {"SCHEMA S;\n\t'abc\n'", "s.exp:2:2: found a string without end, expected a closing quote on the same line"},
+        {"SCHEMA S;\n'a\1b'", "s.exp:2:1: found \"'a?b'\", expected a declaration or \"END_SCHEMA\""},
         {"SCHEMA S;\n@", "s.exp:2:1: found byte 64, expected an EXPRESS token"},
         {"SCHEMA S;\n42", "s.exp:2:1: found \"42\", expected a declaration or \"END_SCHEMA\""},
         {"SCHEMA S; END_SCHEMA; SCHEMA T;", "s.exp:1:23: found \"SCHEMA\", expected the end of the text"},

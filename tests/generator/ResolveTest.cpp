@@ -26,6 +26,9 @@ TEST(Resolve, namesPlaceOfWhatDoesNotFit) {
          "s.exp:2:49: found \"A\", expected a select that does not contain itself"},
         {"TYPE A = SELECT (E, B); END_TYPE; TYPE B = SELECT (E); END_TYPE; ENTITY E; END_ENTITY;", "A\nB",
          "s.exp:2:52: found \"E\", expected a member that the select A does not have already"},
+        {"TYPE A = SELECT (B, C); END_TYPE; TYPE B = SELECT (D); END_TYPE; TYPE C = SELECT (D); END_TYPE;\n"
+         "TYPE D = EXTENSIBLE SELECT; END_TYPE;",
+         "A\nB\nC\nD", "s.exp:2:83: found \"D\", expected a member that the select A does not have already"},
         {"ENTITY A SUBTYPE OF (B); END_ENTITY; ENTITY B SUBTYPE OF (A); END_ENTITY;", "",
          "s.exp:2:8: found \"A\", expected an entity that is not its own supertype"},
         {"ENTITY A SUBTYPE OF (B, C); END_ENTITY; ENTITY B; END_ENTITY; ENTITY C; END_ENTITY;", "",

@@ -93,7 +93,7 @@ TEST(Archive, PipesBringArchivesAndPlainFiles) {
     const fs::path archive = scratch() / "piped.ifczip", pipe = scratch() / "pipe";
     runTool({"rewrite", "--quiet", house, archive.string()});
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    for (const std::string& content : {contentOf(archive), contentOf(house)}) {
+    for (const std::string& content : {contentOf(archive), contentOf(house), "Posted by mail\n" + contentOf(house)}) {
         // In two parts, of which the first tells little.
         std::thread writer([&] {
             std::ofstream out(pipe, std::ios::binary);
@@ -181,7 +181,17 @@ TEST(Archive, AFailureLeavesTheTargetAsItWas) {
     EXPECT_PRED_FORMAT2(IsSubstring, "cannot write " + target.string(), outcome.err);
     EXPECT_EQ(contentOf(target), "old");
     for (const auto& each : fs::directory_iterator(scratch()))
-        EXPECT_NE(each.path().extension(), ".part");
+        EXPECT_EQ(each.path().extension().string().find(".part"), std::string::npos);
+}
+
+TEST(Archive, ALinkStaysALinkAndPermissionsStay) {
+    const fs::path target = makeFile("linked.ifczip", "old"), link = scratch() / "link.ifczip";
+    fs::permissions(target, fs::perms::owner_read | fs::perms::owner_write);
+    fs::create_symlink(target, link);
+    EXPECT_EQ(runTool({"rewrite", "--quiet", house, link.string()}).exitCode, 0);
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_EQ(fs::status(target).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_EQ(rewritten(target), contentOf(house));
 }
 
 } // namespace

@@ -58,6 +58,54 @@ TEST(Check, ProgramsGetAnObjectForEachFindingAndASummary) {
                                     R"("kinds":{"mandatory":2,"globalid":1,"unknown-literal":1}}})"));
 }
 
+/// "#id attribute code: found", one line for each error that belongs to an instance.
+std::string errorsIn(const std::string& file) {
+    std::istringstream out(runTool({"check", "--json", "--level=error", file}).out);
+    std::string errors;
+    for (std::string line; std::getline(out, line);) {
+        const json each = json::parse(line);
+        if (!each.contains("id"))
+            continue;
+        const auto text = [&](const char* key) { return each[key].is_null() ? "-" : each[key].get<std::string>(); };
+        errors += '#' + std::to_string(each["id"].get<int>()) + ' ' + text("attribute") + ' ' + text("code") + ": " +
+                  text("found") + '\n';
+    }
+    return errors;
+}
+
+TEST(Check, EveryKindOfErrorNamesItsInstanceAndAttribute) {
+    const std::string guid = "YvctVUKr0kugbFTf53O9L";
+    const std::string opening = "#1=IFCOPENINGELEMENT('0" + guid + "',$,$,$,$,$,$,$,$);\n";
+    const std::string wall = "#1=IFCWALL('0" + guid + "',$,$,$,$,$,$,$,$);\n";
+    const struct {
+        std::string instances;
+        const char* errors;
+    } cases[] = {
+        {"#1=IFCCARTESIANPOINT((1.,2.,3.,4.));\n", "#1 Coordinates bounds: 4 elements\n"},
+        {"#1=IFCCARTESIANPOINTLIST3D(((1.,2.,3.),(1.,2.)),$);\n", "#1 CoordList bounds: 2 elements\n"},
+        {"#1=IFCCARTESIANPOINT((1.));\n#2=IFCVECTOR(#1,1.);\n", "#2 Orientation wrong-type: #1 IFCCARTESIANPOINT\n"},
+        {"#1=IFCCARTESIANPOINT((1.));\n#2=IFCPOLYLOOP((#1,#1,#1));\n", "#2 Polygon unique-elements: equal elements\n"},
+        {"#1=IFCPROPERTYENUMERATION('n',(IFCLABEL('a'),IFCLABEL('a')),$);\n",
+         "#1 EnumerationValues unique-elements: equal elements\n"},
+        {"#1=IFCPROPERTYSINGLEVALUE('x',$,#2,$);\n#2=IFCCARTESIANPOINT((1.));\n",
+         "#1 NominalValue select-type: #2 IFCCARTESIANPOINT\n"},
+        {"#1=IFCREPRESENTATIONITEM();\n", "#1 - abstract: IFCREPRESENTATIONITEM\n"},
+        {wall + "#2=IFCWALL('0" + guid + "',$,$,$,$,$,$,$,$);\n", "#2 GlobalId unique: the value of #1\n"},
+        {"#1=IFCORGANIZATION($,'o',$,$,$);\n#2=IFCAPPLICATION(#1,'1','n','a');\n#3=IFCAPPLICATION(#1,'1','n','b');\n",
+         "#3 ApplicationFullName,Version unique: the value of #2\n"},
+        // Nobody refers to it; or what does so has no class, or stands in a text that does not fit.
+        {opening, "#1 VoidsElements inverse-bounds: 0 instances\n"},
+        {opening + "#2=IFCRELGNAWS(#1);\n", ""},
+        {opening + "#2=IFCPERSON('p','q',(#1),$,$,$,$,$);\n", ""},
+        // The inverse attribute holds one relation only.
+        {wall + "#2=IFCSITE('1" + guid + "',$,$,$,$,$,$,$,$,$,$,$,$,$);\n" + "#3=IFCRELCONTAINEDINSPATIALSTRUCTURE('2" +
+             guid + "',$,$,$,(#1),#2);\n" + "#4=IFCRELCONTAINEDINSPATIALSTRUCTURE('3" + guid + "',$,$,$,(#1),#2);\n",
+         "#3 RelatedElements inverse-bounds: #1 IFCWALL, to which #4 refers as well\n"},
+    };
+    for (const auto& [instances, errors] : cases)
+        EXPECT_EQ(errorsIn(makeModel("kinds.ifc", instances)), errors) << instances;
+}
+
 TEST(Check, LevelAndLimitHideLinesAndNothingElse) {
     const struct {
         std::vector<std::string> arguments;
@@ -66,6 +114,7 @@ TEST(Check, LevelAndLimitHideLinesAndNothingElse) {
         {{"--level", "info"}, 4 + 1 + 3},
         {{"--level", "error"}, 3 + 1 + 2},
         {{"--limit", "1"}, 3 + 1 + 3},
+        {{"--quiet"}, 1 + 3},
         {{"--limit", "1", "--level", "error"}, 2 + 1 + 2},
     };
     for (const auto& [arguments, lines] : cases) {

@@ -76,14 +76,27 @@ zlib_filefunc64_def functionsOn(std::FILE* file) {
 File spooledInput() {
     File copy(std::tmpfile());
     std::array<char, 65536> buffer;
+    std::uint64_t left = physicalMemory() / kShareOfMemory;
     std::size_t read = 0;
-    while (copy && (read = std::fread(buffer.data(), 1, buffer.size(), stdin)) > 0)
+    while (copy && (read = std::fread(buffer.data(), 1, buffer.size(), stdin)) > 0) {
+        if (read > left)
+            fail("read", "-", "it is too large to be copied");
+        left -= read;
         if (std::fwrite(buffer.data(), 1, read, copy.get()) != read)
             copy.reset();
+    }
     if (!copy)
         fail("read", "-", std::strerror(errno));
     std::rewind(copy.get());
     return copy;
+}
+
+std::string restOf(std::FILE* file) {
+    std::string text;
+    std::array<char, 65536> buffer;
+    while (const std::size_t read = std::fread(buffer.data(), 1, buffer.size(), file))
+        text.append(buffer.data(), read);
+    return text;
 }
 
 /// The input, opened, if it can be an archive and one can go back in it; null otherwise.
@@ -198,7 +211,14 @@ private:
 /// A file beside the target that takes its place when it is complete.
 class PendingFile {
 public:
-    explicit PendingFile(const std::string& target) : m_target(target), m_path(target + ".part") {
+    explicit PendingFile(const std::string& target) : m_target(target) {
+        std::error_code error;
+        // A link stays a link, and the file behind it is replaced.
+        if (fs::is_symlink(target, error))
+            m_target = fs::canonical(target, error).string();
+        if (error)
+            m_target = target;
+        m_path = m_target + ".part" + std::to_string(processNumber());
         m_file.reset(std::fopen(m_path.c_str(), "wb+"));
         if (!m_file)
             fail();
@@ -217,6 +237,8 @@ public:
         if (!bringToDisk(m_file.get()) || std::fclose(m_file.release()) != 0)
             fail();
         std::error_code error;
+        if (fs::exists(m_target, error))
+            fs::permissions(m_path, fs::status(m_target, error).permissions(), error);
         fs::rename(m_path, m_target, error);
         if (error)
             vnifc::fail("write", m_target, error.message());
@@ -246,9 +268,13 @@ bool isArchiveName(std::string_view name) { return endsWith(name, ".ifczip"); }
 
 std::optional<std::string> readArchive(const std::string& file, const std::function<void(std::string_view)>& say) {
     const File input = openInput(file);
-    if (!input || !beginsAsArchive(input.get()))
+    if (!input)
         return std::nullopt;
-    return ArchiveReader(file, input.get()).read(say);
+    if (beginsAsArchive(input.get()))
+        return ArchiveReader(file, input.get()).read(say);
+    // What came through a pipe cannot be read there again.
+    const bool isCopy = file == "-" && input.get() != stdin;
+    return isCopy ? std::optional(restOf(input.get())) : std::nullopt;
 }
 
 void writeArchive(const std::string& target, std::string_view text) {

@@ -10,8 +10,8 @@ namespace vnifc {
 /// True for names that end in .ifczip, in any case.
 bool isArchiveName(std::string_view name);
 
-/// The exchange file in an archive; nothing when the file is no archive, whatever its name. "-" is standard input,
-/// which is looked at only if one can go back in it.
+/// The exchange file in an archive; nothing when the file is no archive, whatever its name. "-" is standard input;
+/// what could not be told from an archive without taking it out of a pipe is returned as it is.
 ///
 /// An archive holds one exchange file, under any name; among several files the first one whose name ends in .ifc is
 /// taken, and `say` told which. Inflated, it may have 200 times the size that it has in the archive, or 16 MiB if that

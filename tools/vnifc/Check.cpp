@@ -22,14 +22,16 @@ constexpr std::array kSeverities = {"info", "warning", "error"};
 /// Prints findings as they come, and in the end how many there were of which kind.
 class Report {
 public:
-    Report(const std::string& file, const CheckOptions& options)
-        : m_file(file), m_options(options), m_output(writeToStandardOutput), m_json(m_output) {}
+    /// Without `lines` only the end is printed.
+    Report(const std::string& file, const CheckOptions& options, bool lines)
+        : m_file(file), m_options(options), m_lines(lines), m_output(writeToStandardOutput), m_json(m_output) {}
 
     void add(const VnIfcDiagnostic& finding) {
         ++m_counts[finding.severity];
         if (finding.severity < m_options.level)
             return;
-        if (++m_kinds[{finding.severity, finding.code}] > m_options.limit && m_options.limit > 0)
+        const std::uint64_t count = ++m_kinds[{finding.severity, finding.code}];
+        if (!m_lines || (count > m_options.limit && m_options.limit > 0))
             return;
         if (m_options.json)
             return addJson(finding);
@@ -103,6 +105,7 @@ private:
 
     std::string m_file;
     const CheckOptions& m_options;
+    bool m_lines;
     Output m_output;
     JsonWriter m_json;
     std::array<std::uint64_t, kSeverities.size()> m_counts{};
@@ -112,7 +115,7 @@ private:
 } // namespace
 
 ExitCode check(const ReadFlags& flags, const CheckOptions& options) {
-    Report report(flags.file == "-" ? "standard input" : flags.file, options);
+    Report report(flags.file == "-" ? "standard input" : flags.file, options, !flags.quiet);
     const VnIfcDiagnosticSink sink = [&report](const VnIfcDiagnostic& finding) { report.add(finding); };
     const LoadedFile file(flags, {.inverses = true, .places = true, .diagnostics = sink});
     VnIfcCheck(file.model(), sink).run();

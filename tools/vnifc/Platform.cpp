@@ -4,6 +4,7 @@
 #include <windows.h>
 
 #include <io.h>
+#include <process.h>
 #include <psapi.h>
 #else
 #include <fcntl.h>
@@ -27,6 +28,8 @@ std::uint64_t physicalMemory() noexcept {
     status.dwLength = sizeof status;
     return ::GlobalMemoryStatusEx(&status) ? status.ullTotalPhys : 0;
 }
+
+int processNumber() noexcept { return ::_getpid(); }
 
 bool isTerminal() noexcept { return ::_isatty(2) != 0; }
 
@@ -55,6 +58,8 @@ std::uint64_t peakMemory() noexcept {
 std::uint64_t physicalMemory() noexcept {
     return static_cast<std::uint64_t>(::sysconf(_SC_PHYS_PAGES)) * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
 }
+
+int processNumber() noexcept { return ::getpid(); }
 
 bool isTerminal() noexcept { return ::isatty(STDERR_FILENO) == 1; }
 

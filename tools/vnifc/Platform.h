@@ -10,6 +10,9 @@ std::uint64_t peakMemory() noexcept;
 /// The memory of the machine, in bytes.
 std::uint64_t physicalMemory() noexcept;
 
+/// A number that no other running process has.
+int processNumber() noexcept;
+
 /// Standard error is read by a person.
 bool isTerminal() noexcept;
 

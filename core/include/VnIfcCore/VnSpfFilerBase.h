@@ -26,7 +26,8 @@ enum class VnSpfProblem : std::uint8_t {
     kNotRead,            ///< a value that the schema library leaves unread by design
 };
 
-/// Position in the bytes of a parameter list. The bytes end with a NUL that is not part of them.
+/// Position in the bytes of a parameter list. Behind the bytes there must be 64 NULs that are not part of them: whole
+/// vectors are read, up to the end of the one that holds the last byte.
 class VNIFC_API VnSpfReadHelper {
 public:
     /// Looks ahead: true, and the character consumed, when it is the next significant one.
@@ -105,7 +106,7 @@ public:
     bool ignoreUntilComments(char character, bool);
     VnSpfReadHelper& helper() noexcept { return m_helper; }
     /// Told by the field layer of what it accepted although it was not as it should be: (1, 2) is a bare value in place of
-    /// a list of one.
+    /// a list of one, (1, 3) are equal elements of a set, which holds each once.
     virtual void notify(int what, int how);
     /// The parameter at hand does not fit its attribute; its text is kept.
     void misfit(VnSpfProblem problem);

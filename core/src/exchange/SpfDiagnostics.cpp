@@ -37,7 +37,9 @@ Wording wordingOf(SpfFinding::Kind kind) noexcept {
         case SpfFinding::kBrokenString: return {kError, "open-string", "an apostrophe that closes the string"};
         case SpfFinding::kOpenComment: return {kError, "open-comment", "*/ that closes the comment"};
         case SpfFinding::kScope: return {kError, "scope", "no &SCOPE, which is kept as text and not read"};
-        case SpfFinding::kSection: return {kWarning, "section", "HEADER and DATA only; this section is left out"};
+        case SpfFinding::kDataSection:
+            return {kWarning, "data-section", "one DATA section without parameters, which all instances go into"};
+        case SpfFinding::kSection: return {kError, "section", "HEADER and DATA only; this section is left out"};
         case SpfFinding::kSecondStructure:
             return {kError, "second-structure", "one exchange structure in a file; what follows is left out"};
     }
@@ -68,6 +70,7 @@ Wording wordingOf(const SpfRemark& remark) noexcept {
         case SpfRemark::kDuplicate: return {kError, "duplicate-id", "a number that no earlier instance has; it gets one"};
         case SpfRemark::kUnclosedList: return {kError, "unclosed-list", ") that closes the parameter list"};
         case SpfRemark::kBehindList: return {kError, "behind-list", "a semicolon behind the parameter list"};
+        case SpfRemark::kEqualElements: return {kWarning, "equal-elements", "elements that differ, as those of a set do"};
         case SpfRemark::kBareList: return {kWarning, "bare-list", "a list in parentheses"};
         case SpfRemark::kDangling: return {kWarning, "dangling-reference", "the number of an instance of this file"};
         case SpfRemark::kProblem: return wordingOf(remark.problem);
@@ -166,7 +169,8 @@ void SpfDiagnostics::report(const SpfRemark& remark) {
         if (remark.type) diagnostic.keyword = remark.type->name();
         else if (remark.kind == SpfRemark::kUnknownKeyword) diagnostic.keyword.assign(remark.begin, remark.end);
         const bool ofAttribute = remark.kind == SpfRemark::kProblem || remark.kind == SpfRemark::kBareList ||
-                                 remark.kind == SpfRemark::kDangling || remark.kind == SpfRemark::kTooFew;
+                                 remark.kind == SpfRemark::kEqualElements || remark.kind == SpfRemark::kDangling ||
+                                 remark.kind == SpfRemark::kTooFew;
         if (const auto* attribute = ofAttribute ? attributeAt(remark.type, remark.position) : nullptr)
             diagnostic.attribute = attribute->name();
     }

@@ -1,6 +1,7 @@
 #include "SpfInput.h"
 
 #include "SpfScan.h"
+#include "SpfStructure.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -69,6 +70,8 @@ VN::ErrorStatus SpfInput::readFile(const std::filesystem::path& path, std::strin
         const std::size_t read = std::fread(m_memory.data() + m_size, 1, wanted, file.get());
         m_size += read;
         if (read < wanted) break;
+        // Some devices and pipes never end.
+        if (capacity == kReadStep && !SpfStructure::canBegin(begin(), end())) break;
         capacity *= 2;
     }
     if (std::ferror(file.get())) {

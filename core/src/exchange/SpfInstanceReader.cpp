@@ -118,6 +118,10 @@ void SpfInstanceReader::readForeign(std::string_view text, std::string_view keyw
     const bool isInArena = VnIfcArenaScope::current() != nullptr;
     if (open >= end || *open != '(') {
         remark(SpfRemark::kNoKeyword, text.data(), end);
+        // Some of the numbers may be those of instances inside.
+        spf::forEachReference(text, [this](const char*, const char*, std::uint64_t number) {
+            if (!m_data.slots.find(number)) m_data.danglingSlot(number);
+        });
         return m_data.place(m_slot, new VnIfcForeignInstance({}, spf::closed(text), false), isInArena);
     }
     const char* const close = spf::listEnd(open + 1, end);
@@ -143,9 +147,10 @@ void SpfInstanceReader::onMisfit(unsigned position, VnSpfProblem problem, const 
 
 void SpfInstanceReader::watchField(unsigned) {}
 
-void SpfInstanceReader::notify(int, int) {
+void SpfInstanceReader::notify(int, int how) {
+    if (m_current.find(m_position)) return;  // one set of several in a list
     const std::string_view text = parameterText();
-    remark(SpfRemark::kBareList, text.data(), text.data() + text.size());
+    remark(how == 2 ? SpfRemark::kBareList : SpfRemark::kEqualElements, text.data(), text.data() + text.size());
     m_current.parameters.push_back({m_position, std::string(text), {}});
 }
 

@@ -21,6 +21,7 @@ struct SpfRemark {
         kUnclosedList,
         kBehindList,
         kBareList,
+        kEqualElements,
         kDangling,
     };
 

@@ -167,6 +167,7 @@ private:
             const char* position = m_structure.textOf(m_structure.instances[i]).data();
             while (*position != '#') --position;
             for (; remark != remarks.end() && remark->begin < position; ++remark) reportRemark(*remark);
+            reportFindings(position);
             VnIfcModel::Data::Place place{slotOf(i)->number, 0, 0};
             m_diagnostics.locate(position, place.line, place.column);
             m_data.places.push_back(place);

@@ -70,6 +70,12 @@ public:
     Scanner(SpfStructure& structure, const char* begin, const char* end) noexcept
         : m_structure(structure), m_p(begin), m_begin(begin), m_end(end) {}
 
+    bool canBegin() {
+        while (m_p < m_end && spf::isBlank(*m_p)) ++m_p;
+        std::string reason;
+        return startsWith(m_p, m_end, "/*"sv) || findBeginning(reason);  // a comment may end later
+    }
+
     bool scan(std::string& reason) {
         if (!findBeginning(reason)) return false;
         scanHeader();
@@ -184,7 +190,11 @@ private:
         }
         const char* const first = m_p;
         if (isWord(m_p, m_end, "DATA"sv)) {
+            const char* const open = spf::skipBlanks(m_p + 4, m_end);
+            const bool hasParameters = open < m_end && *open == '(';
             skipSectionWord(4);
+            if (m_hasData || hasParameters) report(SpfFinding::kDataSection, first, hasParameters ? m_p : first + 4);
+            m_hasData = true;
             scanData();
         } else if (startsWith(m_p, m_end, "END-ISO-10303-21"sv)) {
             m_p += 16;
@@ -193,7 +203,6 @@ private:
         } else if (isWord(m_p, m_end, "ANCHOR"sv) || isWord(m_p, m_end, "REFERENCE"sv) ||
                    isWord(m_p, m_end, "SIGNATURE"sv)) {
             skipSection();
-            report(SpfFinding::kSection, first, m_p);
         } else if (*m_p == '#') {
             scanData();
         } else {
@@ -205,7 +214,8 @@ private:
     /// Only the first exchange structure of a text counts, but instances of another one are not passed over in silence.
     bool scanBehindEnd() {
         m_ended = true;
-        if (!blank()) return false;
+        while (blank() && isWord(m_p, m_end, "SIGNATURE"sv)) skipSection();  // edition 3 has it there
+        if (m_p >= m_end) return false;
         const bool another = std::search(m_p, m_end, kMagic.begin(), kMagic.end()) != m_end;
         report(another ? SpfFinding::kSecondStructure : SpfFinding::kGarbage, m_p, m_end);
         return false;
@@ -238,13 +248,21 @@ private:
         return p;
     }
 
+    /// Leaves out a section that is neither the header nor data.
     void skipSection() {
+        const char* const first = m_p;
         while (m_p < m_end) {
-            skipStatement();
-            if (!blank()) return;
-            if (isWord(m_p, m_end, "ENDSEC"sv)) return skipSectionWord(6);
-            if (isWord(m_p, m_end, "DATA"sv) || startsWith(m_p, m_end, "END-ISO-10303-21"sv)) return;
+            const char* const end = statementEnd(m_p);
+            const bool ends = end < m_end && endsSection(end);  // a signature has no semicolons of its own
+            m_p = end < m_end ? end + 1 : end;
+            if (ends || !blank()) break;
+            if (isWord(m_p, m_end, "ENDSEC"sv)) {
+                skipSectionWord(6);
+                break;
+            }
+            if (isWord(m_p, m_end, "DATA"sv) || startsWith(m_p, m_end, "END-ISO-10303-21"sv)) break;
         }
+        report(SpfFinding::kSection, first, m_p);
     }
 
     /// What is none of an instance, up to the next thing that may be one.
@@ -280,20 +298,31 @@ private:
         ++m_p;
         blank();
         const char* const begin = m_p;
-        const char* const end = *m_p == '&' ? scopeEnd(number) : instanceEnd(number);
+        const char* const end = isWord(m_p, m_end, "&SCOPE"sv) ? scopeEnd(number) : instanceEnd(number);
         // Where the instance is missing altogether, the blanks before the next one are none of it.
         m_structure.add(hasNumber ? number : kNoNumber, begin, std::max(begin, end));
     }
 
-    /// A scope holds instances of its own (an early edition of the format); it is kept whole.
+    /// A scope holds instances of its own, with scopes of their own (an early edition of the format); it is kept whole.
     const char* scopeEnd(std::uint64_t number) {
         report(SpfFinding::kScope, m_p, m_p + 6, number);
         const char* const begin = m_p;
-        while (!m_scopesEnd && !isWord(m_p, m_end, "ENDSCOPE"sv)) {
-            skipStatement();
+        for (std::uint64_t depth = 0; !m_scopesEnd;) {
+            if (isWord(m_p, m_end, "ENDSCOPE"sv)) {
+                m_p += 8;
+                if (--depth == 0) return instanceEnd(number);
+                skipStatement();
+            } else if (isWord(m_p, m_end, "&SCOPE"sv)) {
+                m_p += 6;
+                ++depth;
+            } else if (const char* const inner = instanceBegin(m_p, m_end)) {
+                m_p = inner;
+            } else {
+                skipStatement();
+            }
             m_scopesEnd = !blank() || isWord(m_p, m_end, "ENDSEC"sv);
         }
-        if (m_scopesEnd) m_p = begin;
+        m_p = begin;
         return instanceEnd(number);
     }
 
@@ -416,6 +445,7 @@ private:
     const char* m_noLineFrom = nullptr;
     std::ptrdiff_t m_inVain = 0;
     bool m_ended = false;
+    bool m_hasData = false;
 };
 
 }  // namespace
@@ -430,6 +460,11 @@ void SpfStructure::add(std::uint64_t number, const char* begin, const char* end)
         instances.push_back({number, kLargeLength << kOffsetBits | large.size()});
         large.emplace_back(offset, length);
     }
+}
+
+bool SpfStructure::canBegin(const char* begin, const char* end) {
+    SpfStructure unused;
+    return Scanner(unused, begin, end).canBegin();
 }
 
 bool SpfStructure::scan(const char* begin, const char* end, std::string& reason) {

@@ -31,6 +31,7 @@ struct SpfFinding {
         kBrokenString,
         kOpenComment,
         kScope,
+        kDataSection,
         kSection,
         kSecondStructure,
     };
@@ -61,6 +62,8 @@ struct SpfStructure {
 
     /// False when the text is no exchange file at all; `reason` says why.
     bool scan(const char* begin, const char* end, std::string& reason);
+    /// False when these first bytes of a text, of 64 KiB at least, show already that it is none.
+    static bool canBegin(const char* begin, const char* end);
 
 private:
     static constexpr unsigned kOffsetBits = 44;

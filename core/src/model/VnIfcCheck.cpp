@@ -1,3 +1,4 @@
+#include "../exchange/SpfScan.h"
 #include "ModelData.h"
 
 #include <VnIfcCore/VnIfcCheck.h>
@@ -6,13 +7,40 @@
 #include <VnIfcCore/VnIfcText.h>
 
 #include <algorithm>
+#include <optional>
 #include <unordered_map>
+#include <vector>
 
 namespace VN_SDAI {
 
-/// Who was the first with the values of a UNIQUE rule.
+namespace {
+
+/// The numbers that stand in texts that were kept as they came, ascending.
+std::vector<std::uint64_t> numbersInTexts(const VnIfcModel& model) {
+    std::vector<std::uint64_t> numbers;
+    const auto collect = [&](std::string_view text) {
+        const std::string padded = std::string(text).append(spf::kPadding, '\0');
+        const auto add = [&](const char*, const char*, std::uint64_t number) { numbers.push_back(number); };
+        spf::forEachReference({padded.data(), text.size()}, add);
+    };
+    model.forEach([&](const VnIfcEntityBase& instance) {
+        if (!instance.getInstanceType()) collect(dynamic_cast<const VnIfcForeignInstance&>(instance).parameters());
+    });
+    for (const auto& [slot, kept] : model.data().kept) {
+        if (slot->has(VnIfcInstanceSlot::kErased)) continue;
+        for (const KeptParameters::Parameter& parameter : kept.parameters) collect(parameter.text);
+        collect(kept.surplus);
+    }
+    std::ranges::sort(numbers);
+    return numbers;
+}
+
+}  // namespace
+
+/// Who was the first with the values of a UNIQUE rule, and what is looked up once.
 struct VnIfcCheck::Seen {
     std::unordered_map<const void*, std::unordered_map<std::string, std::uint64_t>> byRule;
+    std::optional<std::vector<std::uint64_t>> namedInText;
 };
 
 VnIfcCheck::VnIfcCheck(const VnIfcModel& model, VnIfcDiagnosticSink sink, bool inverses)
@@ -47,6 +75,11 @@ void VnIfcCheck::unique(const VnIfcEntityBase& instance, const void* rule, std::
     if (isNew) return;
     report(VnIfcDiagnostic::kError, "unique", instance, attributes, "the value of #" + std::to_string(first->second),
            "a value that no other instance has");
+}
+
+bool VnIfcCheck::isNamedInText(const VnIfcEntityBase& instance) {
+    if (!m_seen->namedInText) m_seen->namedInText = numbersInTexts(m_model);
+    return std::ranges::binary_search(*m_seen->namedInText, instance.objectId().number());
 }
 
 void VnIfcCheck::text(const VnIfcEntityBase& instance, std::string_view attribute, std::string_view value) {
