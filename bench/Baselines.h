@@ -21,4 +21,4 @@ struct Tokens {
 /// parentheses matched; nothing is stored.
 Tokens tokenize(std::string_view text) noexcept;
 
-}  // namespace bench
+} // namespace bench

@@ -28,7 +28,8 @@ const std::string& fileText() {
 }
 
 bool ready(benchmark::State& state) {
-    if (fileName() && std::filesystem::exists(fileName())) return true;
+    if (fileName() && std::filesystem::exists(fileName()))
+        return true;
     state.SkipWithError("VNIFC_BENCH_FILE names no file");
     return false;
 }
@@ -51,23 +52,29 @@ VnIfcReadOptions readOptions(const benchmark::State& state) {
 }
 
 void plainScan(benchmark::State& state) {
-    if (!ready(state)) return;
-    for (auto _ : state) benchmark::DoNotOptimize(bench::scan(fileText()));
+    if (!ready(state))
+        return;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(bench::scan(fileText()));
     setRate(state);
 }
 
 void plainTokenizer(benchmark::State& state) {
-    if (!ready(state)) return;
-    for (auto _ : state) benchmark::DoNotOptimize(bench::tokenize(fileText()));
+    if (!ready(state))
+        return;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(bench::tokenize(fileText()));
     setRate(state);
 }
 
 void load(benchmark::State& state) {
-    if (!ready(state)) return;
+    if (!ready(state))
+        return;
     for (auto _ : state) {
         VnIfcModel model(schema());
         const VnIfcFileResult result = model.readFile(fileName(), readOptions(state));
-        if (!result) return state.SkipWithError(result.message.c_str());
+        if (!result)
+            return state.SkipWithError(result.message.c_str());
         state.counters["instances"] = static_cast<double>(model.count());
         state.PauseTiming();
         model.clear();
@@ -88,21 +95,24 @@ VnIfcModel& loaded() {
 }
 
 void write(benchmark::State& state) {
-    if (!ready(state)) return;
+    if (!ready(state))
+        return;
     VnIfcWriteOptions options;
     options.threads = static_cast<unsigned>(state.range(0));
     const std::filesystem::path target = std::filesystem::temp_directory_path() / "vnifc_bench.ifc";
     VnIfcModel& model = loaded();
     for (auto _ : state) {
         const VnIfcFileResult result = model.writeFile(target, options);
-        if (!result) return state.SkipWithError(result.message.c_str());
+        if (!result)
+            return state.SkipWithError(result.message.c_str());
     }
     std::filesystem::remove(target);
     setRate(state);
 }
 
 void setInverses(benchmark::State& state) {
-    if (!ready(state)) return;
+    if (!ready(state))
+        return;
     VnIfcModel model(schema());
     VnIfcReadOptions options;
     options.inverses = false;
@@ -122,4 +132,4 @@ BENCHMARK(load)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(setInverses)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(write)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-}  // namespace
+} // namespace

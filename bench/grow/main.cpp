@@ -20,7 +20,8 @@ struct Sections {
 Sections split(std::string_view text) {
     const std::size_t data = text.find("DATA;");
     const std::size_t end = data == text.npos ? text.npos : text.rfind("ENDSEC;");
-    if (end == text.npos || end < data) throw std::string("there is no data section");
+    if (end == text.npos || end < data)
+        throw std::string("there is no data section");
     return {text.substr(0, data + 5), text.substr(data + 5, end - data - 5)};
 }
 
@@ -30,15 +31,18 @@ void appendShifted(std::string& out, std::string_view data, unsigned long long s
     for (std::size_t i = 0; i < data.size(); ++i) {
         const char c = data[i];
         out += c;
-        if (c == '\'') inString = !inString;
+        if (c == '\'')
+            inString = !inString;
         if (c == '\\' && inString && data.substr(i, 3) == "\\S\\" && i + 3 < data.size()) {
             out += data.substr(i + 1, 3);
             i += 3;
         }
-        if (inString || c != '#') continue;
+        if (inString || c != '#')
+            continue;
         unsigned long long number = 0;
         const auto [end, error] = std::from_chars(data.data() + i + 1, data.data() + data.size(), number);
-        if (error != std::errc()) continue;
+        if (error != std::errc())
+            continue;
         out += std::to_string((number + shift) * factor);
         i = static_cast<std::size_t>(end - data.data()) - 1;
     }
@@ -48,21 +52,24 @@ unsigned long long largestNumber(std::string_view data) {
     unsigned long long largest = 0;
     for (std::size_t i = data.find('#'); i != data.npos; i = data.find('#', i + 1)) {
         unsigned long long number = 0;
-        if (std::from_chars(data.data() + i + 1, data.data() + data.size(), number).ec == std::errc() && number < 1ull << 40)
+        if (std::from_chars(data.data() + i + 1, data.data() + data.size(), number).ec == std::errc() &&
+            number < 1ull << 40)
             largest = std::max(largest, number);
     }
     return largest;
 }
 
-}  // namespace
+} // namespace
 
 int main(int argc, char** argv) try {
     if (argc != 4 && argc != 5) {
-        std::fputs("usage: vnifc_grow IN OUT MEGABYTES [FACTOR]   (FACTOR makes the instance numbers sparse)\n", stderr);
+        std::fputs("usage: vnifc_grow IN OUT MEGABYTES [FACTOR]   (FACTOR makes the instance numbers sparse)\n",
+                   stderr);
         return 2;
     }
     std::ifstream in(argv[1], std::ios::binary);
-    if (!in) throw std::string("cannot read it");
+    if (!in)
+        throw std::string("cannot read it");
     const std::string text{std::istreambuf_iterator<char>(in), {}};
     const Sections sections = split(text);
     const unsigned long long step = largestNumber(sections.data);

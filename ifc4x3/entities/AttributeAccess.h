@@ -22,4 +22,4 @@ Assigned assign(Entity& instance, const AttributeRow& row, const VN_SDAI::VnIfcV
 bool isSet(const Entity& instance, const AttributeRow& row) noexcept;
 void unset(Entity& instance, const AttributeRow& row) noexcept;
 
-}  // namespace IFC4X3
+} // namespace IFC4X3

@@ -12,9 +12,11 @@ namespace IFC4X3 {
 template <class Act>
 void withInverse(const VN_SDAI::VnDbObjectId& target, std::span<const InverseTarget> candidates, Act act) {
     VN_SDAI::VnIfcEntityBase* instance = target.openObject(VN_SDAI::kForWrite, false);
-    if (!instance) return;
+    if (!instance)
+        return;
     for (const InverseTarget& candidate : candidates) {
-        if (!instance->isKindOf(*candidate.entity)) continue;
+        if (!instance->isKindOf(*candidate.entity))
+            continue;
         act(static_cast<Entity&>(*instance), *candidate.inverse);
         break;
     }
@@ -26,22 +28,28 @@ template <class Visit>
 void forEachTarget(const Entity& instance, const AttributeRow& row, Visit visit) {
     using namespace VN_SDAI;
     switch (row.kind) {
-        case AttributeKind::kReference: visit(member<VnDbObjectId>(instance, row)); break;
-        case AttributeKind::kSelect: visit(member<VnIfcSelect>(instance, row).getHandle()); break;
-        case AttributeKind::kAggregate: {
-            const auto& aggregate = member<VnIfcAggr>(instance, row);
-            if (aggregate.elementKind() == VnTypeCodeKind::kEntity) {
-                for (const VnDbObjectId& handle : static_cast<const VnIfcAggrOf<VnDbObjectId>&>(aggregate)) visit(handle);
-            } else if (aggregate.elementKind() == VnTypeCodeKind::kSelect) {
-                // All select classes are of one size.
-                const auto* select = static_cast<const char*>(aggregate.imp().data());
-                for (std::uint32_t i = 0; i < aggregate.count(); ++i, select += aggregate.imp().elementSize())
-                    visit(reinterpret_cast<const VnIfcSelect*>(select)->getHandle());
-            }
-            break;
+    case AttributeKind::kReference:
+        visit(member<VnDbObjectId>(instance, row));
+        break;
+    case AttributeKind::kSelect:
+        visit(member<VnIfcSelect>(instance, row).getHandle());
+        break;
+    case AttributeKind::kAggregate: {
+        const auto& aggregate = member<VnIfcAggr>(instance, row);
+        if (aggregate.elementKind() == VnTypeCodeKind::kEntity) {
+            for (const VnDbObjectId& handle : static_cast<const VnIfcAggrOf<VnDbObjectId>&>(aggregate))
+                visit(handle);
+        } else if (aggregate.elementKind() == VnTypeCodeKind::kSelect) {
+            // All select classes are of one size.
+            const auto* select = static_cast<const char*>(aggregate.imp().data());
+            for (std::uint32_t i = 0; i < aggregate.count(); ++i, select += aggregate.imp().elementSize())
+                visit(reinterpret_cast<const VnIfcSelect*>(select)->getHandle());
         }
-        default: break;
+        break;
+    }
+    default:
+        break;
     }
 }
 
-}  // namespace IFC4X3
+} // namespace IFC4X3

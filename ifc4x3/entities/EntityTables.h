@@ -21,31 +21,47 @@ namespace IFC4X3 {
 template <class Member>
 constexpr AttributeKind kindOf() noexcept {
     using namespace VN_SDAI;
-    if constexpr (std::is_same_v<Member, VnAnsiString>) return AttributeKind::kString;
-    else if constexpr (std::is_same_v<Member, VnIfcGUID>) return AttributeKind::kGuid;
-    else if constexpr (std::is_same_v<Member, double>) return AttributeKind::kReal;
-    else if constexpr (std::is_same_v<Member, int>) return AttributeKind::kInteger;
-    else if constexpr (std::is_same_v<Member, VnIfcBoolean>) return AttributeKind::kBoolean;
-    else if constexpr (std::is_same_v<Member, VnIfcLogical>) return AttributeKind::kLogical;
-    else if constexpr (std::is_same_v<Member, VnDbObjectId>) return AttributeKind::kReference;
-    else if constexpr (std::is_base_of_v<Select, Member>) return AttributeKind::kSelect;
-    else if constexpr (std::is_base_of_v<VnIfcAggr, Member>) return AttributeKind::kAggregate;
-    else return AttributeKind::kEnumeration;
+    if constexpr (std::is_same_v<Member, VnAnsiString>)
+        return AttributeKind::kString;
+    else if constexpr (std::is_same_v<Member, VnIfcGUID>)
+        return AttributeKind::kGuid;
+    else if constexpr (std::is_same_v<Member, double>)
+        return AttributeKind::kReal;
+    else if constexpr (std::is_same_v<Member, int>)
+        return AttributeKind::kInteger;
+    else if constexpr (std::is_same_v<Member, VnIfcBoolean>)
+        return AttributeKind::kBoolean;
+    else if constexpr (std::is_same_v<Member, VnIfcLogical>)
+        return AttributeKind::kLogical;
+    else if constexpr (std::is_same_v<Member, VnDbObjectId>)
+        return AttributeKind::kReference;
+    else if constexpr (std::is_base_of_v<Select, Member>)
+        return AttributeKind::kSelect;
+    else if constexpr (std::is_base_of_v<VnIfcAggr, Member>)
+        return AttributeKind::kAggregate;
+    else
+        return AttributeKind::kEnumeration;
 }
 
 template <class Member>
 constexpr const void* typeOf() noexcept {
     constexpr AttributeKind kind = kindOf<Member>();
-    if constexpr (kind == AttributeKind::kEnumeration) return &Member::s_class;
-    else if constexpr (kind == AttributeKind::kSelect) return &selectOperations<Member>;
-    else if constexpr (kind == AttributeKind::kAggregate) return &aggregateOperations<typename Member::value_type>;
-    else return nullptr;
+    if constexpr (kind == AttributeKind::kEnumeration)
+        return &Member::s_class;
+    else if constexpr (kind == AttributeKind::kSelect)
+        return &selectOperations<Member>;
+    else if constexpr (kind == AttributeKind::kAggregate)
+        return &aggregateOperations<typename Member::value_type>;
+    else
+        return nullptr;
 }
 
 template <class Member>
 constexpr AttributeRow explicitRow(const char* name, const char* typeText, std::size_t offset, Mark mark,
-                                   VN_SDAI::VnIfcEntityType* const* target = nullptr, std::uint8_t unique = 0) noexcept {
-    const bool isBinary = std::is_base_of_v<VN_SDAI::VnIfcAggr, Member> && std::string_view(typeText).ends_with("IFCBINARY");
+                                   VN_SDAI::VnIfcEntityType* const* target = nullptr,
+                                   std::uint8_t unique = 0) noexcept {
+    const bool isBinary =
+        std::is_base_of_v<VN_SDAI::VnIfcAggr, Member> && std::string_view(typeText).ends_with("IFCBINARY");
     return {name,   typeText, typeOf<Member>(), static_cast<std::uint32_t>(offset), kindOf<Member>(), mark, isBinary,
             unique, target};
 }
@@ -83,4 +99,4 @@ void collectProperties(VN_SDAI::VnIfcPropertyCollection* collection, const VN_SD
 /// The callback that the entities without such attributes share.
 inline void collectNothing(VN_SDAI::VnIfcPropertyCollection*, const VN_SDAI::VnIfcEntityType*) {}
 
-}  // namespace IFC4X3
+} // namespace IFC4X3

@@ -19,4 +19,4 @@ const T& typeOf(const AttributeRow& row) noexcept {
     return *static_cast<const T*>(row.type);
 }
 
-}  // namespace IFC4X3
+} // namespace IFC4X3

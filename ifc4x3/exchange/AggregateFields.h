@@ -24,15 +24,18 @@ class ElementBuffer {
 public:
     T& add() {
         if constexpr (kInline > 0) {
-            if (m_count < kInline) return m_first[m_count++] = T{};
-            if (m_count == kInline && m_all.empty()) m_all.assign(m_first, m_first + kInline);
+            if (m_count < kInline)
+                return m_first[m_count++] = T{};
+            if (m_count == kInline && m_all.empty())
+                m_all.assign(m_first, m_first + kInline);
         }
         ++m_count;
         return m_all.emplace_back();
     }
     void dropLast() {
         --m_count;
-        if (!m_all.empty()) m_all.pop_back();
+        if (!m_all.empty())
+            m_all.pop_back();
     }
     std::span<T> elements() noexcept {
         return m_all.empty() && kInline > 0 ? std::span<T>(m_first, m_count) : std::span<T>(m_all);
@@ -49,7 +52,8 @@ private:
 template <class T>
 bool readElement(T& element, VN_SDAI::VnSpfFilerBase& filer, bool separated) {
     if constexpr (isList<T>) {
-        if (separated && !filer.skipUntil(',')) return false;
+        if (separated && !filer.skipUntil(','))
+            return false;
         return filer.helper().peek() == '(' && readElements<typename T::value_type>(element, filer);
     } else if constexpr (std::is_base_of_v<VN_SDAI::VnIfcSelect, T>) {
         return filer.rdPrimitive(static_cast<VN_SDAI::VnIfcSelect&>(element), separated);
@@ -62,20 +66,24 @@ bool readElement(T& element, VN_SDAI::VnSpfFilerBase& filer, bool separated) {
 template <class T>
 bool readBareElement(VN_SDAI::VnIfcAggrOf<T>& aggregate, VN_SDAI::VnSpfFilerBase& filer) {
     T element{};
-    if (isList<T> || filer.helper().peek() == '$' || !readElement(element, filer, false) || filer.helper().peek() != ')') return false;
+    if (isList<T> || filer.helper().peek() == '$' || !readElement(element, filer, false) ||
+        filer.helper().peek() != ')')
+        return false;
     filer.notify(1, 2);
     aggregate.assignMoved(std::span<T>(&element, 1));
     return true;
 }
 
-/// Reads a parenthesised list; false when it has an element that is none of type T. What was read before it is stored all
-/// the same. Bounds are not checked.
+/// Reads a parenthesised list; false when it has an element that is none of type T. What was read before it is stored
+/// all the same. Bounds are not checked.
 template <class T>
 bool readElements(VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase& filer) {
     auto& typed = static_cast<VN_SDAI::VnIfcAggrOf<T>&>(aggregate);
     VN_SDAI::VnSpfReadHelper& helper = filer.helper();
-    if (!helper.skipUntilRet('(')) return readBareElement(typed, filer);
-    if (helper.skipUntilRet(')')) return true;
+    if (!helper.skipUntilRet('('))
+        return readBareElement(typed, filer);
+    if (helper.skipUntilRet(')'))
+        return true;
     ElementBuffer<T> buffer;
     bool good = readElement(buffer.add(), filer, false);
     if (!good) {
@@ -83,23 +91,28 @@ bool readElements(VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase& filer)
         helper.ignoreParamter(false);
     }
     while (!helper.skipUntilRet(')')) {
-        if (readElement(buffer.add(), filer, true)) continue;
+        if (readElement(buffer.add(), filer, true))
+            continue;
         buffer.dropLast();
         good = false;
         break;
     }
     const std::size_t count = buffer.elements().size();
     typed.assignMoved(buffer.elements());
-    if (good && typed.count() < count) filer.notify(1, 3);
+    if (good && typed.count() < count)
+        filer.notify(1, 3);
     return good;
 }
 
 /// Erased instances leave the lists that they were in.
 template <class T>
 bool isErased(const T& element) noexcept {
-    if constexpr (std::is_same_v<T, VN_SDAI::VnDbObjectId>) return element.isErased();
-    else if constexpr (std::is_base_of_v<VN_SDAI::VnIfcSelect, T>) return element.getHandle().isErased();
-    else return false;
+    if constexpr (std::is_same_v<T, VN_SDAI::VnDbObjectId>)
+        return element.isErased();
+    else if constexpr (std::is_base_of_v<VN_SDAI::VnIfcSelect, T>)
+        return element.getHandle().isErased();
+    else
+        return false;
 }
 
 template <class T>
@@ -107,14 +120,18 @@ void writeElements(const VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase&
     filer.wrChar('(');
     bool separated = false;
     for (const T& element : static_cast<const VN_SDAI::VnIfcAggrOf<T>&>(aggregate)) {
-        if (isErased(element)) continue;
-        if (separated) filer.wrChar(',');
+        if (isErased(element))
+            continue;
+        if (separated)
+            filer.wrChar(',');
         separated = true;
         if constexpr (isList<T>) {
             writeElements<typename T::value_type>(element, filer, isBinary);
         } else if constexpr (std::is_same_v<T, VN_SDAI::VnAnsiString>) {
-            if (isBinary) filer.wrBinaryElement(element);
-            else filer.wrPrimitive(element);
+            if (isBinary)
+                filer.wrBinaryElement(element);
+            else
+                filer.wrPrimitive(element);
         } else if constexpr (std::is_base_of_v<VN_SDAI::VnIfcSelect, T>) {
             filer.wrPrimitive(static_cast<const VN_SDAI::VnIfcSelect&>(element));
         } else {
@@ -128,4 +145,4 @@ void writeElements(const VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase&
 bool readSelectAggregate(VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase& filer);
 void writeSelectAggregate(const VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase& filer);
 
-}  // namespace IFC4X3
+} // namespace IFC4X3

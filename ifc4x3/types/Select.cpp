@@ -25,7 +25,8 @@ public:
     std::int32_t find(const SelectClass& type, std::string_view name) const noexcept {
         for (std::size_t i = hash(type, name) & m_mask; m_entries[i].type; i = (i + 1) & m_mask) {
             const Entry& entry = m_entries[i];
-            if (entry.type == &type && type.members[static_cast<std::size_t>(entry.index)].name->compareNoCase(name) == 0)
+            if (entry.type == &type &&
+                type.members[static_cast<std::size_t>(entry.index)].name->compareNoCase(name) == 0)
                 return entry.index;
         }
         return type.memberCount();
@@ -39,20 +40,24 @@ private:
 
     MemberIndex() : m_entries(kSize), m_mask(kSize - 1) {
         for (const SelectClass* type : dictionary::selectClasses)
-            for (std::int32_t i = 0; i < type->memberCount(); ++i) insert(*type, i);
+            for (std::int32_t i = 0; i < type->memberCount(); ++i)
+                insert(*type, i);
     }
 
     void insert(const SelectClass& type, std::int32_t index) {
         const std::string_view name = type.members[static_cast<std::size_t>(index)].name->view();
-        if (find(type, name) != type.memberCount()) return;  // the first of equal names counts
+        if (find(type, name) != type.memberCount())
+            return; // the first of equal names counts
         std::size_t i = hash(type, name) & m_mask;
-        while (m_entries[i].type) i = (i + 1) & m_mask;
+        while (m_entries[i].type)
+            i = (i + 1) & m_mask;
         m_entries[i] = {&type, index};
     }
 
     static std::size_t hash(const SelectClass& type, std::string_view name) noexcept {
         std::size_t value = reinterpret_cast<std::uintptr_t>(&type) >> 4;
-        for (const char c : name) value = value * 31 + static_cast<unsigned char>(c | 0x20);
+        for (const char c : name)
+            value = value * 31 + static_cast<unsigned char>(c | 0x20);
         return value ^ (value >> 15);
     }
 
@@ -62,7 +67,7 @@ private:
     std::size_t m_mask;
 };
 
-}  // namespace
+} // namespace
 
 std::int32_t SelectClass::indexOf(std::string_view memberName) const noexcept {
     return MemberIndex::instance().find(*this, memberName);
@@ -81,7 +86,8 @@ std::int32_t Select::underlyingTypeByName(const VnAnsiString& name) const { retu
 
 bool Select::underlyingTypeName(const VnAnsiString& name) {
     const std::int32_t index = underlyingTypeByName(name);
-    if (index == selectClass().memberCount()) return false;
+    if (index == selectClass().memberCount())
+        return false;
     const SelectMember& chosenMember = selectClass().members[static_cast<std::size_t>(index)];
     nullify();
     resetTo(chosenMember.kind, chosenMember.prototype);
@@ -91,7 +97,8 @@ bool Select::underlyingTypeName(const VnAnsiString& name) {
 
 const VnAnsiString& Select::underlyingTypeName() const {
     static const VnAnsiString none;
-    if (m_discriminator == selectClass().memberCount() + 1) refreshSelectHandle();
+    if (m_discriminator == selectClass().memberCount() + 1)
+        refreshSelectHandle();
     const SelectMember* chosenMember = chosen();
     return chosenMember ? *chosenMember->name : none;
 }
@@ -99,13 +106,16 @@ const VnAnsiString& Select::underlyingTypeName() const {
 bool Select::setHandleD(const VnDbObjectId& handle) {
     const auto members = selectClass().members;
     const auto isEntity = [](const SelectMember& each) { return each.entity != nullptr; };
-    if (std::none_of(members.begin(), members.end(), isEntity)) return false;
+    if (std::none_of(members.begin(), members.end(), isEntity))
+        return false;
     const VnIfcEntityBase* instance = handle.openObject(kForRead, false);
-    if (!instance) return false;
+    if (!instance)
+        return false;
     bool found = false;
     for (std::size_t i = 0; i < members.size() && !found; ++i) {
         found = members[i].entity && instance->isKindOf(*members[i].entity);
-        if (found) m_discriminator = static_cast<std::int32_t>(i);
+        if (found)
+            m_discriminator = static_cast<std::int32_t>(i);
     }
     handle.close();
     return found;
@@ -117,7 +127,8 @@ void Select::setHandleOnLoad(const VnDbObjectId& handle) {
 }
 
 void Select::refreshSelectHandle() const {
-    if (m_discriminator == selectClass().memberCount() + 1) VnIfcSelect::refreshSelectHandle();
+    if (m_discriminator == selectClass().memberCount() + 1)
+        VnIfcSelect::refreshSelectHandle();
 }
 
 void Select::unset() { m_discriminator = selectClass().memberCount(); }
@@ -129,7 +140,8 @@ bool Select::chooseForReading(std::string_view name) {
 
 bool Select::chosenKind(VnTypeCodeKind& kind) const noexcept {
     const SelectMember* chosenMember = chosen();
-    if (chosenMember) kind = chosenMember->kind;
+    if (chosenMember)
+        kind = chosenMember->kind;
     return chosenMember != nullptr;
 }
 
@@ -139,28 +151,35 @@ const VnIfcVariantType* Select::chosenEnumeration() const {
 }
 
 VN::ErrorStatus Select::chooseType(std::int32_t code) {
-    if (code < 0 || code >= selectClass().memberCount()) return VN::eNotHandled;
+    if (code < 0 || code >= selectClass().memberCount())
+        return VN::eNotHandled;
     const SelectMember& chosenMember = selectClass().members[static_cast<std::size_t>(code)];
-    if (chosenMember.kind == VnTypeCodeKind::kEntity) return VN::eNotHandled;
+    if (chosenMember.kind == VnTypeCodeKind::kEntity)
+        return VN::eNotHandled;
     resetTo(chosenMember.kind, chosenMember.prototype);
     m_discriminator = code;
     return VN::eOk;
 }
 
-// ---- typed values in exchange files ------------------------------------------------------------------------------------
+// ---- typed values in exchange files
+// ------------------------------------------------------------------------------------
 
 VN::ErrorStatus Select::readTypedField(const VnAnsiString& typeName, VnSpfFilerBase* filer) {
     const std::int32_t code = underlyingTypeByName(typeName);
-    if (code == selectClass().memberCount()) return VN::eNotHandled;
+    if (code == selectClass().memberCount())
+        return VN::eNotHandled;
     const SelectMember& typeMember = selectClass().members[static_cast<std::size_t>(code)];
     if (typeMember.kind == VnTypeCodeKind::kAggregation) {
         chooseType(code);
-        if (!readSelectAggregate(*getAggr(), *filer)) filer->misfit(VnSpfProblem::kWrongKind);
+        if (!readSelectAggregate(*getAggr(), *filer))
+            filer->misfit(VnSpfProblem::kWrongKind);
         return VN::eOk;
     }
-    if (typeMember.kind != VnTypeCodeKind::kEnumeration) return VN::eNotHandled;
+    if (typeMember.kind != VnTypeCodeKind::kEnumeration)
+        return VN::eNotHandled;
     const std::uint32_t literal = typeMember.enumeration->fromLiteral(filer->rdEnumerationToStr(false, false));
-    if (literal == typeMember.enumeration->literals.size()) return VN::eUnknownLiteral;
+    if (literal == typeMember.enumeration->literals.size())
+        return VN::eUnknownLiteral;
     chooseType(code);
     setEnum(literal);
     return VN::eOk;
@@ -168,53 +187,66 @@ VN::ErrorStatus Select::readTypedField(const VnAnsiString& typeName, VnSpfFilerB
 
 VN::ErrorStatus Select::writeTypedField(VnSpfFilerBase* filer) const {
     const SelectMember* chosenMember = chosen();
-    if (!chosenMember) return VN::eNotHandled;
+    if (!chosenMember)
+        return VN::eNotHandled;
     if (chosenMember->kind == VnTypeCodeKind::kAggregation && getAggr()) {
         writeSelectAggregate(*getAggr(), *filer);
         return VN::eOk;
     }
-    if (chosenMember->kind != VnTypeCodeKind::kEnumeration) return VN::eNotHandled;
+    if (chosenMember->kind != VnTypeCodeKind::kEnumeration)
+        return VN::eNotHandled;
     std::uint32_t code = 0;
-    if (!getEnum(code)) return VN::eNoValue;
+    if (!getEnum(code))
+        return VN::eNoValue;
     const char* literal = chosenMember->enumeration->toLiteral(
         static_cast<int>(std::min<std::size_t>(code, chosenMember->enumeration->literals.size())));
     filer->wrEnumeration(literal ? literal : "", false, false);
     return VN::eOk;
 }
 
-// ---- typed setters -----------------------------------------------------------------------------------------------------
+// ---- typed setters
+// -----------------------------------------------------------------------------------------------------
 
 void Select::setInstance(const VnIfcEntityBase* instance) {
-    if (instance && !instance->objectId().isNull()) setHandle(instance->objectId());
-    else nullify();
+    if (instance && !instance->objectId().isNull())
+        setHandle(instance->objectId());
+    else
+        nullify();
 }
 
 void Select::setText(std::int32_t code, VnAnsiString value) {
-    if (chooseType(code) == VN::eOk) setString(std::move(value));
+    if (chooseType(code) == VN::eOk)
+        setString(std::move(value));
 }
 
 void Select::setBinary(std::int32_t code, VnAnsiString value) {
-    if (chooseType(code) == VN::eOk) setBINARY(std::move(value));
+    if (chooseType(code) == VN::eOk)
+        setBINARY(std::move(value));
 }
 
 void Select::setInteger(std::int32_t code, int value) {
-    if (chooseType(code) == VN::eOk) setInt32(value);
+    if (chooseType(code) == VN::eOk)
+        setInt32(value);
 }
 
 void Select::setReal(std::int32_t code, double value) {
-    if (chooseType(code) == VN::eOk) setDouble(value);
+    if (chooseType(code) == VN::eOk)
+        setDouble(value);
 }
 
 void Select::setBooleanValue(std::int32_t code, VnIfcBoolean value) {
-    if (chooseType(code) == VN::eOk) setBoolean(value);
+    if (chooseType(code) == VN::eOk)
+        setBoolean(value);
 }
 
 void Select::setLogicalValue(std::int32_t code, VnIfcLogical value) {
-    if (chooseType(code) == VN::eOk) setLogical(value);
+    if (chooseType(code) == VN::eOk)
+        setLogical(value);
 }
 
 void Select::setEnumeration(std::int32_t code, std::uint32_t value) {
-    if (chooseType(code) == VN::eOk) setEnum(value);
+    if (chooseType(code) == VN::eOk)
+        setEnum(value);
 }
 
-}  // namespace IFC4X3
+} // namespace IFC4X3

@@ -19,9 +19,12 @@ Assigned assignEnumeration(std::uint32_t& code, const EnumerationClass& type, co
         code = *number < 0 ? unset : std::min(static_cast<std::uint32_t>(*number), unset);
         return Assigned::kYes;
     }
-    if (const auto* text = value.get<const char*>()) literal = *text ? *text : "";
-    else if (const auto* string = value.get<VnAnsiString>()) literal = string->constStr();
-    else return Assigned::kNo;
+    if (const auto* text = value.get<const char*>())
+        literal = *text ? *text : "";
+    else if (const auto* string = value.get<VnAnsiString>())
+        literal = string->constStr();
+    else
+        return Assigned::kNo;
     code = type.fromLiteral(literal);
     return code == unset ? Assigned::kUnset : Assigned::kYes;
 }
@@ -30,11 +33,13 @@ bool assignSelect(VnIfcSelect& select, const SelectClass& type, const VnIfcVaria
     const auto& pointers = static_cast<const VnIfcSelectVariantType&>(type.descriptors.pointer->value());
     VnIfcVariant converted;
     const bool isPointer = value.type() == &pointers;
-    if (!isPointer && !value.convertTo(pointers, converted)) return false;
+    if (!isPointer && !value.convertTo(pointers, converted))
+        return false;
     const VnIfcSelect* source = pointers.selectIn(isPointer ? value : converted);
-    if (!source) return false;
+    if (!source)
+        return false;
     static_cast<Select&>(select) = static_cast<const Select&>(*source);
     return true;
 }
 
-}  // namespace IFC4X3
+} // namespace IFC4X3

@@ -30,7 +30,8 @@ template <class T, class Array, class Convert>
 bool assignElements(VN_SDAI::VnIfcAggrOf<T>& aggregate, const Array& array, Convert convert) {
     std::vector<T> elements(array.size());
     for (std::size_t i = 0; i < elements.size(); ++i)
-        if (!convert(array[i], elements[i])) return false;
+        if (!convert(array[i], elements[i]))
+            return false;
     aggregate.assign(std::move(elements));
     return true;
 }
@@ -54,8 +55,10 @@ bool assignAggregate(VN_SDAI::VnIfcAggr& aggregate, const VN_SDAI::VnIfcVariant&
     }
     if (const auto* variants = value.get<VnIfcArray<VnIfcVariant>>())
         return assignElements(typed, *variants, [](const VnIfcVariant& from, T& to) {
-            if constexpr (isList<T>) return assignAggregate<typename T::value_type>(to, from);
-            else return from.getAs(to);
+            if constexpr (isList<T>)
+                return assignAggregate<typename T::value_type>(to, from);
+            else
+                return from.getAs(to);
         });
     if constexpr (std::is_base_of_v<Select, T>) {
         if (const auto* handles = value.get<VnIfcArray<VnDbObjectId>>())
@@ -68,10 +71,11 @@ bool assignAggregate(VN_SDAI::VnIfcAggr& aggregate, const VN_SDAI::VnIfcVariant&
 enum class Assigned : std::uint8_t {
     kNo,
     kYes,
-    kUnset,  ///< an unknown literal: refused, yet the enumeration is unset now
+    kUnset, ///< an unknown literal: refused, yet the enumeration is unset now
 };
 
-/// Takes a code, of which all that are none of the type's mean unset, or a literal. An enumeration itself is none of these.
+/// Takes a code, of which all that are none of the type's mean unset, or a literal. An enumeration itself is none of
+/// these.
 Assigned assignEnumeration(std::uint32_t& code, const EnumerationClass& type, const VN_SDAI::VnIfcVariant& value);
 
 /// Takes over the select that the variant points to, or that it converts to.
@@ -86,7 +90,7 @@ struct AggregateOperations {
     void (*write)(const VN_SDAI::VnIfcAggr& aggregate, VN_SDAI::VnSpfFilerBase& filer, bool isBinary);
     VN_SDAI::VnIfcVariant (*toVariant)(const VN_SDAI::VnIfcAggr& aggregate);
     bool (*fromVariant)(VN_SDAI::VnIfcAggr& aggregate, const VN_SDAI::VnIfcVariant& value);
-    const VN_SDAI::VnIfcVariantType& (*arrayType)();  ///< of the arrays in which the elements are handed over
+    const VN_SDAI::VnIfcVariantType& (*arrayType)(); ///< of the arrays in which the elements are handed over
 };
 
 template <class T>
@@ -102,4 +106,4 @@ struct SelectOperations {
 template <class S>
 inline constexpr SelectOperations selectOperations{&S::s_class};
 
-}  // namespace IFC4X3
+} // namespace IFC4X3

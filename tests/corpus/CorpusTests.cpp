@@ -48,7 +48,7 @@ std::vector<const VnIfcParameterType*> typesOf(std::string_view keyword) {
     return types;
 }
 
-/// A text that is the same for equal values; SETs are sorted and hold each value once.
+/// A text that is the same for equal values; SETs are sorted.
 std::string canonical(const plain::Value& value, const VnIfcParameterType* type) {
     const VnIfcAggregationType* list = aggregation(type);
     if (value.kind == plain::Value::kNumber) {
@@ -64,16 +64,11 @@ std::string canonical(const plain::Value& value, const VnIfcParameterType* type)
     const bool isList = value.kind == plain::Value::kList;
     if (!isList && value.kind != plain::Value::kTyped)
         return value.text;
-    // An optional aggregate without elements is written as unset, and the other way round in the first place.
-    if (isList && list && value.values.empty())
-        return "$";
     std::vector<std::string> values;
     for (const plain::Value& each : value.values)
         values.push_back(canonical(each, list && isList ? list->elementType() : nullptr));
-    if (dynamic_cast<const VnIfcSetType*>(list)) {
+    if (dynamic_cast<const VnIfcSetType*>(list))
         std::ranges::sort(values);
-        values.erase(std::unique(values.begin(), values.end()), values.end());
-    }
     std::string text = isList ? "(" : value.text + '(';
     for (const std::string& each : values)
         text += each + ',';

@@ -32,6 +32,9 @@ TEST(Kept, parametersComeBackAsTheyWere) {
         {"IFCMATERIALLAYER(IFCMATERIAL('m'),1.5.2,.T,x'a',\"0F\",.X.,0x10)",
          "wrong-kind wrong-kind wrong-kind wrong-kind wrong-kind wrong-kind wrong-kind"},
         {"IFCFACEBOUND(.U.,.U.)", "wrong-kind wrong-kind"},
+        {"IFCINDEXEDPOLYCURVE(#1,(IFCLINEINDEX(2))-IFCFOO.+,.F.)",
+         "bare-list missing-comma wrong-kind too-many-parameters",
+         "IFCINDEXEDPOLYCURVE(#1,(IFCLINEINDEX(2)),-IFCFOO.+,.F.)"},
         // numbers that no double and no integer holds, and values that mean unset
         {"IFCMATERIALLAYER($,1.E400,$,'\xFF',$,$,2147483647)", "out-of-range reserved-value reserved-value"},
         {"IFCMATERIALLAYER($,1.#INF,$,$,$,$,99999999999)", "wrong-kind out-of-range"},

@@ -13,8 +13,8 @@
 #include <VnIfcCore/VnIfcVariantTypeAggregate.h>
 #include <VnIfcCore/VnIfcVariantTypeSelect.h>
 
-#include <ctime>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <map>

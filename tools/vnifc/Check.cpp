@@ -117,7 +117,7 @@ private:
 ExitCode check(const ReadFlags& flags, const CheckOptions& options) {
     Report report(flags.file == "-" ? "standard input" : flags.file, options, !flags.quiet);
     const VnIfcDiagnosticSink sink = [&report](const VnIfcDiagnostic& finding) { report.add(finding); };
-    const LoadedFile file(flags, {.inverses = true, .places = true, .diagnostics = sink});
+    const LoadedFile file(flags, {.inverses = true, .places = true, .strict = true, .diagnostics = sink});
     VnIfcCheck(file.model(), sink).run();
     report.end();
     return report.hasErrors() ? kErrorsInFile : kSuccess;

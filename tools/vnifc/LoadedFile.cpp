@@ -41,6 +41,7 @@ LoadedFile::LoadedFile(const ReadFlags& flags, const ReadNeeds& needs)
     options.threads = flags.threads;
     options.inverses = needs.inverses;
     options.places = needs.places;
+    options.strict = needs.strict;
     options.name = name;
     const auto start = std::chrono::steady_clock::now();
     const std::optional<std::string> inflated = readArchive(flags.file, [&](std::string_view line) {

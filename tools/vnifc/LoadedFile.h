@@ -17,6 +17,7 @@ VN_SDAI::VnModule loadSchemaModule();
 struct ReadNeeds {
     bool inverses = false;                         ///< inverse attributes
     bool places = false;                           ///< where each instance stands in the file
+    bool strict = false;                           ///< errors for all that contradicts standard or schema
     VN_SDAI::VnIfcDiagnosticSink diagnostics = {}; ///< takes the findings, in place of standard error
 };
 

@@ -22,7 +22,8 @@ struct VnStaticText {
     char text[N]{};
 
     constexpr VnStaticText(const char (&source)[N]) noexcept {
-        for (std::size_t i = 0; i < N; ++i) text[i] = source[i];
+        for (std::size_t i = 0; i < N; ++i)
+            text[i] = source[i];
     }
 };
 
@@ -42,17 +43,21 @@ public:
     /// Copies a NUL-terminated text; null gives the empty string.
     VnAnsiString(const char* text) : VnAnsiString(text ? std::string_view(text) : std::string_view()) {}
     VnAnsiString(std::string_view text) : m_text(VnEmptyText.text) {
-        if (!text.empty()) m_text = copyOf(text);
+        if (!text.empty())
+            m_text = copyOf(text);
     }
     VnAnsiString(const std::string& text) : VnAnsiString(std::string_view(text)) {}
-    VnAnsiString(const VnAnsiString& other) : m_text(other.head().storage == VnStorage::kStatic ? other.m_text : copyOf(other)) {}
+    VnAnsiString(const VnAnsiString& other)
+        : m_text(other.head().storage == VnStorage::kStatic ? other.m_text : copyOf(other)) {}
     constexpr VnAnsiString(VnAnsiString&& other) noexcept : m_text(other.m_text) { other.m_text = VnEmptyText.text; }
     constexpr ~VnAnsiString() {
-        if (!std::is_constant_evaluated()) release();
+        if (!std::is_constant_evaluated())
+            release();
     }
 
     VnAnsiString& operator=(const VnAnsiString& other) {
-        if (this != &other) VnAnsiString(other).swap(*this);
+        if (this != &other)
+            VnAnsiString(other).swap(*this);
         return *this;
     }
     VnAnsiString& operator=(VnAnsiString&& other) noexcept {
@@ -103,7 +108,8 @@ private:
     const VnStringHead& head() const noexcept { return reinterpret_cast<const VnStringHead*>(m_text)[-1]; }
     VNIFC_API static const char* copyOf(std::string_view text);
     void release() noexcept {
-        if (head().storage == VnStorage::kHeap) ::operator delete(const_cast<VnStringHead*>(&head()));
+        if (head().storage == VnStorage::kHeap)
+            ::operator delete(const_cast<VnStringHead*>(&head()));
     }
 
     const char* m_text;
@@ -111,4 +117,4 @@ private:
 
 static_assert(sizeof(VnAnsiString) == sizeof(void*));
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

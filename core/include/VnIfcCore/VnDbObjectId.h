@@ -25,8 +25,8 @@ struct VnIfcInstanceSlot {
 };
 
 /// Handle of an instance inside a model (ISO 10303-22, application instance identifier). A value of one pointer; never
-/// owns. Handles are ordered by instance number. A handle stays usable as long as its model lives; when its instance was
-/// erased or never defined, it opens to null.
+/// owns. Handles are ordered by instance number. A handle stays usable as long as its model lives; when its instance
+/// was erased or never defined, it opens to null.
 class VNIFC_API VnDbObjectId {
 public:
     constexpr VnDbObjectId() noexcept = default;
@@ -42,7 +42,8 @@ public:
     /// Opens the instance; null when there is none. An erased instance opens only with `openErased`. The pointer stays
     /// valid as long as the model.
     VnIfcEntityBase* openObject(OpenMode = kForRead, bool openErased = false) const noexcept {
-        if (!m_slot || (m_slot->has(VnIfcInstanceSlot::kErased) && !openErased)) return nullptr;
+        if (!m_slot || (m_slot->has(VnIfcInstanceSlot::kErased) && !openErased))
+            return nullptr;
         return m_slot->object();
     }
     /// Ends an opening.
@@ -56,7 +57,8 @@ public:
     friend constexpr bool operator==(const VnDbObjectId&, const VnDbObjectId&) noexcept = default;
     /// By instance number; handles of different models with the same number are ordered by model.
     friend bool operator<(const VnDbObjectId& left, const VnDbObjectId& right) noexcept {
-        if (left.number() != right.number()) return left.number() < right.number();
+        if (left.number() != right.number())
+            return left.number() < right.number();
         return left.m_slot < right.m_slot;
     }
 
@@ -66,4 +68,4 @@ private:
 
 static_assert(sizeof(VnDbObjectId) == 8);
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

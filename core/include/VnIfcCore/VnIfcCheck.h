@@ -34,8 +34,8 @@ public:
     /// `code` names the kind of finding: "mandatory", "wrong-type".
     void report(VnIfcDiagnostic::Severity severity, const char* code, const VnIfcEntityBase& instance,
                 std::string_view attribute, std::string found, std::string expected);
-    /// Reports an instance whose values under a UNIQUE rule (ISO 10303-11, 9.2.2.1) another one has already. `rule` must be
-    /// one object for all instances that it holds for.
+    /// Reports an instance whose values under a UNIQUE rule (ISO 10303-11, 9.2.2.1) another one has already. `rule`
+    /// must be one object for all instances that it holds for.
     void unique(const VnIfcEntityBase& instance, const void* rule, std::string_view attributes, std::string values);
     /// True when text that was kept as it came refers to the instance: nobody knows by which attribute.
     bool isNamedInText(const VnIfcEntityBase& instance);
@@ -53,4 +53,4 @@ private:
     std::unique_ptr<Seen> m_seen;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -15,4 +15,4 @@ struct Consts {
     static constexpr VnDbObjectId VnHandleUnset{};
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -12,12 +12,12 @@ struct VnIfcDiagnostic {
     enum Severity : std::uint8_t { kInfo, kWarning, kError };
 
     Severity severity = kError;
-    std::string code;            ///< stable name of the kind of finding: "unknown-keyword"
+    std::string code; ///< stable name of the kind of finding: "unknown-keyword"
     std::string file;
-    std::uint64_t line = 0;      ///< from 1; 0 when it has no place in a file
-    std::uint64_t column = 0;    ///< in bytes, from 1
-    std::uint64_t instance = 0;  ///< #id; 0 when it concerns none
-    std::string keyword;         ///< of the instance
+    std::uint64_t line = 0;     ///< from 1; 0 when it has no place in a file
+    std::uint64_t column = 0;   ///< in bytes, from 1
+    std::uint64_t instance = 0; ///< #id; 0 when it concerns none
+    std::string keyword;        ///< of the instance
     std::string attribute;
     std::string found;
     std::string expected;
@@ -29,4 +29,4 @@ struct VnIfcDiagnostic {
 /// Receives diagnostics in the order of the file. Called by the thread that started the operation.
 using VnIfcDiagnosticSink = std::function<void(const VnIfcDiagnostic&)>;
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -15,8 +15,9 @@ class VnIfcGUID;
 /// is used by one thread at a time.
 class VNIFC_API VnIfcEntityBase : public VnIfcObject {
 public:
-    /// Fills `value` with the attribute's value, set or not; false, and `value` untouched, for an unknown name. Names are
-    /// compared without regard to case here and below. Throws VnIfcException when the model's access mode forbids it.
+    /// Fills `value` with the attribute's value, set or not; false, and `value` untouched, for an unknown name. Names
+    /// are compared without regard to case here and below. Throws VnIfcException when the model's access mode forbids
+    /// it.
     virtual bool getAttr(const VnAnsiString& name, VnIfcVariant& value) const;
     virtual ~VnIfcEntityBase();
     /// The class's record in the dictionary; null until the schema is built, and for instances without a class.
@@ -75,7 +76,8 @@ protected:
 
     /// To be told of every change of an attribute, so that a text kept from the file gives way to the new value.
     void touched(unsigned position) noexcept {
-        if (!m_id.isNull() && m_id.slot()->has(VnIfcInstanceSlot::kHasKept)) dropKept(position);
+        if (!m_id.isNull() && m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
+            dropKept(position);
     }
 
 private:
@@ -87,4 +89,4 @@ private:
 
 static_assert(sizeof(VnIfcEntityBase) == 16);
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

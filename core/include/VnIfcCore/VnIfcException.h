@@ -27,4 +27,4 @@ private:
     std::string m_place;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

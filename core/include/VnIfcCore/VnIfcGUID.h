@@ -34,7 +34,9 @@ public:
     /// The 128 bits; nothing when the text is no valid identifier.
     std::optional<Bytes> toBytes() const noexcept;
 
-    friend bool operator==(const VnIfcGUID& left, const VnIfcGUID& right) noexcept { return left.view() == right.view(); }
+    friend bool operator==(const VnIfcGUID& left, const VnIfcGUID& right) noexcept {
+        return left.view() == right.view();
+    }
     friend auto operator<=>(const VnIfcGUID& left, const VnIfcGUID& right) noexcept {
         return left.view() <=> right.view();
     }
@@ -46,4 +48,4 @@ private:
 
 static_assert(sizeof(VnIfcGUID) == 24);
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -7,20 +7,21 @@
 
 namespace VN_SDAI {
 
-/// The header section of an exchange file (ISO 10303-21, 8): its entries in order, each with its parameter list as text.
+/// The header section of an exchange file (ISO 10303-21, 8): its entries in order, each with its parameter list as
+/// text.
 class VNIFC_API VnIfcHeader {
 public:
     struct Entry {
-        std::string keyword;     ///< "FILE_NAME"
-        std::string parameters;  ///< without the outer parentheses
+        std::string keyword;    ///< "FILE_NAME"
+        std::string parameters; ///< without the outer parentheses
     };
 
     std::vector<Entry>& entries() noexcept { return m_entries; }
     const std::vector<Entry>& entries() const noexcept { return m_entries; }
     /// The first entry of that keyword; null when there is none.
     const Entry* find(std::string_view keyword) const noexcept;
-    /// The strings of the index-th parameter (from 0) of an entry, decoded as exchange text of one level: a single string,
-    /// or each string of a list; empty for "$" and for what is not there.
+    /// The strings of the index-th parameter (from 0) of an entry, decoded as exchange text of one level: a single
+    /// string, or each string of a list; empty for "$" and for what is not there.
     std::vector<std::string> strings(std::string_view keyword, std::size_t index) const;
 
     /// The names in FILE_SCHEMA.
@@ -34,4 +35,4 @@ private:
     std::vector<Entry> m_entries;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -40,4 +40,4 @@ private:
 
 static_assert(sizeof(VnIfcBoolean) == 4 && sizeof(VnIfcLogical) == 4);
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

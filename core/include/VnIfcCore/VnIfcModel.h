@@ -18,23 +18,24 @@ class VnIfcGUID;
 using VnIfcProgress = std::function<bool(double)>;
 
 struct VnIfcReadOptions {
-    VnIfcDiagnosticSink diagnostics;  ///< none: findings are only counted
+    VnIfcDiagnosticSink diagnostics; ///< none: findings are only counted
     VnIfcProgress progress;
-    unsigned threads = 0;             ///< 0: as many as the machine has
-    bool inverses = true;             ///< set inverse attributes when the file has been read
-    bool places = false;              ///< remember where each instance stands in the file
-    std::string_view name;            ///< how diagnostics call the input; empty: its path
+    unsigned threads = 0;  ///< 0: as many as the machine has
+    bool inverses = true;  ///< set inverse attributes when the file has been read
+    bool places = false;   ///< remember where each instance stands in the file
+    bool strict = false;   ///< what contradicts standard or schema is an error, even where nothing is lost
+    std::string_view name; ///< how diagnostics call the input; empty: its path
 };
 
 struct VnIfcWriteOptions {
     VnIfcProgress progress;
-    unsigned threads = 0;             ///< 0: as many as the machine has
+    unsigned threads = 0; ///< 0: as many as the machine has
 };
 
 /// What an operation on a file came to.
 struct VnIfcFileResult {
     VN::ErrorStatus status = VN::eOk;
-    std::string message;              ///< why the status is no success
+    std::string message; ///< why the status is no success
     std::uint64_t bytes = 0;
     std::uint64_t errors = 0;
     std::uint64_t warnings = 0;
@@ -75,8 +76,9 @@ public:
     /// already; it is extended. Entities are matched by name. Null when the source's entity is not in this schema.
     VnDbObjectId copy(const VnDbObjectId& source);
     VnDbObjectId copy(const VnDbObjectId& source, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies);
-    /// Erases an instance: it is no longer found or written, its handle opens to null, and it leaves the inverse attributes
-    /// of others. References to it stay where they are; they are written as unset. False if it is not of this model.
+    /// Erases an instance: it is no longer found or written, its handle opens to null, and it leaves the inverse
+    /// attributes of others. References to it stay where they are; they are written as unset. False if it is not of
+    /// this model.
     bool erase(const VnDbObjectId& handle);
     /// Gives back all instances and the header.
     void clear();
@@ -87,11 +89,12 @@ public:
     VnDbObjectId find(std::uint64_t number) const noexcept;
     /// The instance of lowest number with that GlobalId; null when there is none. Looks at every instance.
     VnDbObjectId findByGlobalId(const VnIfcGUID& globalId) const;
-    /// Calls `visit` for each instance in ascending order of numbers; instances may be created and erased meanwhile, those
-    /// created are not visited.
+    /// Calls `visit` for each instance in ascending order of numbers; instances may be created and erased meanwhile,
+    /// those created are not visited.
     void forEach(const std::function<void(VnIfcEntityBase&)>& visit) const;
     /// As forEach, for instances of one entity type, with or without its subtypes.
-    void forEach(const VnIfcEntityType* type, bool withSubtypes, const std::function<void(VnIfcEntityBase&)>& visit) const;
+    void forEach(const VnIfcEntityType* type, bool withSubtypes,
+                 const std::function<void(VnIfcEntityBase&)>& visit) const;
     /// Handles of all instances in ascending order of numbers.
     std::vector<VnDbObjectId> instances() const;
     std::vector<VnDbObjectId> instancesOf(const VnIfcEntityType* type, bool withSubtypes = true) const;
@@ -128,8 +131,8 @@ private:
 /// Kept as text and written back as it came.
 class VNIFC_API VnIfcForeignInstance final : public VnIfcEntityBase {
 public:
-    /// Of a complex instance the keyword is empty and the parameters hold all its parts. Without `isList` it is text that
-    /// could not even be taken apart that far.
+    /// Of a complex instance the keyword is empty and the parameters hold all its parts. Without `isList` it is text
+    /// that could not even be taken apart that far.
     VnIfcForeignInstance(VnAnsiString keyword, VnAnsiString parameters, bool isList = true) noexcept
         : m_keyword(std::move(keyword)), m_parameters(std::move(parameters)), m_isList(isList) {}
 
@@ -153,4 +156,4 @@ private:
     bool m_isList;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

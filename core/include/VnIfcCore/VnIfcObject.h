@@ -5,4 +5,4 @@ namespace VN_SDAI {
 /// Root of the runtime's object classes.
 class VnIfcObject {};
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -62,7 +62,9 @@ public:
     /// Takes an instance if it belongs to one of the members; otherwise the select is nulled and the answer is false.
     bool setHandle(const VnDbObjectId& handle);
     /// The instance held; null when none is.
-    VnDbObjectId getHandle() const noexcept { return m_kind == VnTypeCodeKind::kEntity ? m_value.handle : VnDbObjectId(); }
+    VnDbObjectId getHandle() const noexcept {
+        return m_kind == VnTypeCodeKind::kEntity ? m_value.handle : VnDbObjectId();
+    }
     /// Drops value and choice.
     void nullify();
 
@@ -86,7 +88,9 @@ public:
     std::string_view text() const noexcept;
     /// The aggregate of an aggregate-valued member; null for other kinds. Owned by the select.
     VnIfcAggr* getAggr() noexcept { return m_kind == VnTypeCodeKind::kAggregation ? &m_value.aggregate : nullptr; }
-    const VnIfcAggr* getAggr() const noexcept { return m_kind == VnTypeCodeKind::kAggregation ? &m_value.aggregate : nullptr; }
+    const VnIfcAggr* getAggr() const noexcept {
+        return m_kind == VnTypeCodeKind::kAggregation ? &m_value.aggregate : nullptr;
+    }
 
     // For the descriptors of select types. A null select answers false; a refused conversion leaves `result` as it was.
 
@@ -94,7 +98,8 @@ public:
     static bool _subToString(VrString& text, const VnIfcSelect* select, StringFormat format);
     /// Converts the value, or makes a copy of the select, or a pointer to it, where `target` is for its class.
     static bool _subToValueType(const VnIfcVariantType& target, const VnIfcSelect* select, VnIfcVariant& result);
-    /// Chooses what is chosen in the select that `source` holds, and takes its value; false when there is no such member.
+    /// Chooses what is chosen in the select that `source` holds, and takes its value; false when there is no such
+    /// member.
     static bool _subFromValueType(const VnIfcVariant& source, VnIfcSelect& select);
     /// The value as one of a core type or an enumeration, an aggregate as a pointer to it; false when nothing is held.
     bool toVariant(VnIfcVariant& value) const;
@@ -145,4 +150,4 @@ private:
 
 static_assert(sizeof(VnIfcSelect) == 24);
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -23,7 +23,8 @@ public:
     /// Returns `bytes` bytes aligned for pointers and doubles; raises std::bad_alloc.
     void* allocate(std::size_t bytes) {
         const std::size_t size = (bytes + 7) & ~std::size_t{7};
-        if (size > static_cast<std::size_t>(m_end - m_next)) return allocateSlow(size);
+        if (size > static_cast<std::size_t>(m_end - m_next))
+            return allocateSlow(size);
         char* result = m_next;
         m_next += size;
         return result;
@@ -71,7 +72,8 @@ inline void* vnAllocate(std::size_t bytes, VnStorage& storage) {
 
 /// Gives back what vnAllocate gave; arena memory goes with its arena.
 inline void vnFree(void* memory, VnStorage storage) noexcept {
-    if (storage == VnStorage::kHeap) ::operator delete(memory);
+    if (storage == VnStorage::kHeap)
+        ::operator delete(memory);
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -6,17 +6,17 @@ namespace VN {
 /// Result of exchange-file operations and of operations that can be refused; 0 is success.
 enum ErrorStatus : int {
     eOk = 0,
-    eRefused = 2,          ///< a property refused the value, or an aggregate is at one of its bounds
-    eUnknownLiteral = 16,  ///< unknown enumeration literal inside a typed select value
-    eNotHandled = 18,      ///< a select member that the select does not handle itself
-    eNoValue = 410,        ///< an enumeration-valued select member without a value to write
-    eNotFound = 1001,      ///< a file, module or instance that is not there
-    eCannotRead = 1002,    ///< the input cannot be read, or is no exchange file
-    eCannotWrite = 1003,   ///< the output cannot be written; an existing file is left as it was
-    eCancelled = 1004,     ///< the host cancelled the operation
+    eRefused = 2,         ///< a property refused the value, or an aggregate is at one of its bounds
+    eUnknownLiteral = 16, ///< unknown enumeration literal inside a typed select value
+    eNotHandled = 18,     ///< a select member that the select does not handle itself
+    eNoValue = 410,       ///< an enumeration-valued select member without a value to write
+    eNotFound = 1001,     ///< a file, module or instance that is not there
+    eCannotRead = 1002,   ///< the input cannot be read, or is no exchange file
+    eCannotWrite = 1003,  ///< the output cannot be written; an existing file is left as it was
+    eCancelled = 1004,    ///< the host cancelled the operation
 };
 
-}  // namespace VN
+} // namespace VN
 
 namespace VN_SDAI {
 
@@ -57,4 +57,4 @@ class VnIfcSelect;
 class VnIfcVariant;
 class VnSpfFilerBase;
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -15,15 +15,15 @@ class VnIfcSelect;
 /// Why a parameter could not become its attribute's value.
 enum class VnSpfProblem : std::uint8_t {
     kNone,
-    kWrongKind,          ///< a token of another kind than the attribute's
-    kOutOfRange,         ///< a number that the attribute's type cannot hold
-    kReservedValue,      ///< a value that would read as "unset" in memory
-    kUnknownLiteral,     ///< an enumeration literal that the type does not have
-    kUnknownSelectType,  ///< a typed value that the select does not have
-    kMalformed,          ///< no token of the exchange structure
+    kWrongKind,         ///< a token of another kind than the attribute's
+    kOutOfRange,        ///< a number that the attribute's type cannot hold
+    kReservedValue,     ///< a value that would read as "unset" in memory
+    kUnknownLiteral,    ///< an enumeration literal that the type does not have
+    kUnknownSelectType, ///< a typed value that the select does not have
+    kMalformed,         ///< no token of the exchange structure
     kMissingComma,
-    kNotDerived,         ///< a value where the subtype derives the attribute
-    kNotRead,            ///< a value that the schema library leaves unread by design
+    kNotDerived, ///< a value where the subtype derives the attribute
+    kNotRead,    ///< a value that the schema library leaves unread by design
 };
 
 /// Position in the bytes of a parameter list. Behind the bytes there must be 64 NULs that are not part of them: whole
@@ -32,8 +32,10 @@ class VNIFC_API VnSpfReadHelper {
 public:
     /// Looks ahead: true, and the character consumed, when it is the next significant one.
     bool skipUntilRet(char character) noexcept {
-        if (*next != character && peek() != character) return false;
-        if (next >= end) return false;
+        if (*next != character && peek() != character)
+            return false;
+        if (next >= end)
+            return false;
         ++next;
         return true;
     }
@@ -42,7 +44,8 @@ public:
     void ignoreParamter(bool before);
     /// Moves to the next character that is neither blank nor in a comment, and returns it; NUL at the end.
     char peek() noexcept {
-        if (static_cast<unsigned char>(*next) <= ' ' || *next == '/') skipBlanks();
+        if (static_cast<unsigned char>(*next) <= ' ' || *next == '/')
+            skipBlanks();
         return *next;
     }
 
@@ -67,7 +70,8 @@ public:
 
     /// Says which position of the parameter list, from 0, comes next. Both directions.
     void field(unsigned position) {
-        if (m_watched) watchField(position);
+        if (m_watched)
+            watchField(position);
         m_position = position;
     }
 
@@ -92,6 +96,9 @@ public:
     bool openAggregate(bool separated, bool isBinary);
     /// Ends it; what could not be `read` does not fit.
     void closeAggregate(bool read);
+    /// Tells how an aggregate, which turned out to have no elements, will be written: the file may say it in the other
+    /// way.
+    void leaveEmpty(bool writtenAsUnset);
 
     // Reading: elements of aggregates; "$" reads as the unset value
     bool rdPrimitive(double& value, bool separated);
@@ -105,8 +112,9 @@ public:
     /// Moves behind the next such character of this parameter list; false when there is none.
     bool ignoreUntilComments(char character, bool);
     VnSpfReadHelper& helper() noexcept { return m_helper; }
-    /// Told by the field layer of what it accepted although it was not as it should be: (1, 2) is a bare value in place of
-    /// a list of one, (1, 3) are equal elements of a set, which holds each once.
+    /// Told by the field layer of what it accepted although it was not as it should be: (1, 2) is a bare value in place
+    /// of a list of one, (1, 3) are equal elements of a set, which holds each once, (1, 4) is no element in other
+    /// words.
     virtual void notify(int what, int how);
     /// The parameter at hand does not fit its attribute; its text is kept.
     void misfit(VnSpfProblem problem);
@@ -135,7 +143,8 @@ public:
     /// An element of a list of binary values: in double quotes, or "$" for one that is none.
     void wrBinaryElement(const VnAnsiString& value);
     void wrChar(char character) {
-        if (m_out == m_outEnd) growOutput(1);
+        if (m_out == m_outEnd)
+            growOutput(1);
         *m_out++ = character;
     }
 
@@ -150,11 +159,13 @@ protected:
     /// Slots by number; numbers beyond or without a slot are asked for through slotOf.
     void lookUpIn(std::span<VnIfcInstanceSlot* const> slots) noexcept { m_slots = slots; }
     void startReading(const char* begin, const char* end) noexcept;
-    /// Ends the list; true when everything was read. Otherwise [first, second) is what the list still holds, and `second`
-    /// stands at its closing parenthesis, or at the end of the bytes where there is none.
+    /// Ends the list; true when everything was read. Otherwise [first, second) is what the list still holds, and
+    /// `second` stands at its closing parenthesis, or at the end of the bytes where there is none.
     bool finishReading(const char*& surplusBegin, const char*& surplusEnd);
-    /// The text of the parameter at hand.
+    /// The text of the parameter at hand, up to the comma behind it.
     std::string_view parameterText() const noexcept;
+    /// The text of its value: without what follows it where the comma was forgotten.
+    std::string_view valueText() const noexcept;
     /// Number of parameters that were there, as far as they were asked for.
     unsigned parametersSeen() const noexcept { return m_seen; }
     /// True when more were asked for than there are.
@@ -193,11 +204,13 @@ private:
     bool failValue(VnSpfProblem problem);
 
     void separate(bool separated) {
-        if (separated) wrChar(',');
+        if (separated)
+            wrChar(',');
     }
     void growOutput(std::size_t need);
     char* reserve(std::size_t need) {
-        if (static_cast<std::size_t>(m_outEnd - m_out) < need) growOutput(need);
+        if (static_cast<std::size_t>(m_outEnd - m_out) < need)
+            growOutput(need);
         return m_out;
     }
     void writeString(std::string_view text);
@@ -219,4 +232,4 @@ private:
     char* m_outEnd = nullptr;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -14,20 +14,23 @@ namespace VN_SDAI {
 
 char* pages::map(std::size_t size) {
     void* memory = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (memory == MAP_FAILED) throw std::bad_alloc();
-    ::madvise(memory, size, MADV_HUGEPAGE);  // a wish; without it all is the same, only slower
+    if (memory == MAP_FAILED)
+        throw std::bad_alloc();
+    ::madvise(memory, size, MADV_HUGEPAGE); // a wish; without it all is the same, only slower
     return static_cast<char*>(memory);
 }
 
 void pages::unmap(char* memory, std::size_t size) noexcept {
-    if (memory) ::munmap(memory, size);
+    if (memory)
+        ::munmap(memory, size);
 }
 
 const char* PageMemory::discard(const char* from, const char* to) noexcept {
     constexpr std::uintptr_t kPage = 2 * 1024 * 1024;
     const auto first = (reinterpret_cast<std::uintptr_t>(from) + kPage - 1) & ~(kPage - 1);
     const auto last = reinterpret_cast<std::uintptr_t>(to) & ~(kPage - 1);
-    if (first >= last) return from;
+    if (first >= last)
+        return from;
     ::madvise(reinterpret_cast<void*>(first), last - first, MADV_DONTNEED);
     return reinterpret_cast<const char*>(last);
 }
@@ -38,7 +41,8 @@ void PageMemory::grow(std::size_t size) {
         return;
     }
     void* memory = ::mremap(m_data, m_size, size, MREMAP_MAYMOVE);
-    if (memory == MAP_FAILED) throw std::bad_alloc();
+    if (memory == MAP_FAILED)
+        throw std::bad_alloc();
     m_data = static_cast<char*>(memory);
     m_size = size;
 }
@@ -47,7 +51,8 @@ void PageMemory::grow(std::size_t size) {
 
 char* pages::map(std::size_t size) {
     void* memory = std::calloc(size, 1);
-    if (!memory) throw std::bad_alloc();
+    if (!memory)
+        throw std::bad_alloc();
     return static_cast<char*>(memory);
 }
 
@@ -67,4 +72,4 @@ PageMemory::PageMemory(std::size_t size) : m_data(pages::map(size)), m_size(size
 
 PageMemory::~PageMemory() { pages::unmap(m_data, m_size); }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

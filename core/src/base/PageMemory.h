@@ -10,7 +10,7 @@ namespace pages {
 /// Zeroed pages from the system; raises std::bad_alloc.
 char* map(std::size_t size);
 void unmap(char* memory, std::size_t size) noexcept;
-}  // namespace pages
+} // namespace pages
 
 /// A large piece of memory straight from the system: zeroed, in huge pages where there are such, untouched parts cost
 /// nothing, and parts that are done with can be given back before the rest.
@@ -50,17 +50,21 @@ struct PageAllocator {
     PageAllocator(const PageAllocator<U>&) noexcept {}
 
     T* allocate(std::size_t count) {
-        if (count > std::numeric_limits<std::size_t>::max() / sizeof(T)) throw std::bad_array_new_length();
-        if (count * sizeof(T) < kLarge) return static_cast<T*>(::operator new(count * sizeof(T)));
+        if (count > std::numeric_limits<std::size_t>::max() / sizeof(T))
+            throw std::bad_array_new_length();
+        if (count * sizeof(T) < kLarge)
+            return static_cast<T*>(::operator new(count * sizeof(T)));
         return reinterpret_cast<T*>(pages::map(count * sizeof(T)));
     }
     void deallocate(T* memory, std::size_t count) noexcept {
-        if (count * sizeof(T) < kLarge) ::operator delete(memory);
-        else pages::unmap(reinterpret_cast<char*>(memory), count * sizeof(T));
+        if (count * sizeof(T) < kLarge)
+            ::operator delete(memory);
+        else
+            pages::unmap(reinterpret_cast<char*>(memory), count * sizeof(T));
     }
     friend bool operator==(const PageAllocator&, const PageAllocator&) noexcept { return true; }
 
     static constexpr std::size_t kLarge = std::size_t{1} << 20;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

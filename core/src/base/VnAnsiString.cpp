@@ -12,7 +12,8 @@ constexpr unsigned char lower(char c) noexcept {
 }
 
 char* newText(std::size_t length) {
-    if (length > std::numeric_limits<std::uint32_t>::max()) throw std::length_error("VnAnsiString: text too long");
+    if (length > std::numeric_limits<std::uint32_t>::max())
+        throw std::length_error("VnAnsiString: text too long");
     VnStorage storage;
     void* memory = vnAllocate(sizeof(VnStringHead) + length + 1, storage);
     auto* head = new (memory) VnStringHead{static_cast<std::uint32_t>(length), storage};
@@ -21,10 +22,11 @@ char* newText(std::size_t length) {
     return text;
 }
 
-}  // namespace
+} // namespace
 
 const char* VnAnsiString::copyOf(std::string_view text) {
-    if (text.empty()) return VnEmptyText.text;
+    if (text.empty())
+        return VnEmptyText.text;
     char* copy = newText(text.size());
     std::memcpy(copy, text.data(), text.size());
     return copy;
@@ -42,9 +44,10 @@ int VnAnsiString::compareNoCase(std::string_view other) const noexcept {
     const std::size_t common = std::min(own.size(), other.size());
     for (std::size_t i = 0; i < common; ++i) {
         const int difference = int{lower(own[i])} - int{lower(other[i])};
-        if (difference != 0) return difference;
+        if (difference != 0)
+            return difference;
     }
     return own.size() == other.size() ? 0 : own.size() < other.size() ? -1 : 1;
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

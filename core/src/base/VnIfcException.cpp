@@ -4,4 +4,4 @@ namespace VN_SDAI {
 
 VnIfcException::~VnIfcException() = default;
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -10,8 +10,10 @@ constexpr char kAlphabet[] = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmn
 
 constexpr std::array<std::int8_t, 256> makeDigits() {
     std::array<std::int8_t, 256> digits{};
-    for (auto& digit : digits) digit = -1;
-    for (int i = 0; i < 64; ++i) digits[static_cast<unsigned char>(kAlphabet[i])] = static_cast<std::int8_t>(i);
+    for (auto& digit : digits)
+        digit = -1;
+    for (int i = 0; i < 64; ++i)
+        digits[static_cast<unsigned char>(kAlphabet[i])] = static_cast<std::int8_t>(i);
     return digits;
 }
 
@@ -22,16 +24,18 @@ constexpr int digit(char c) noexcept { return kDigits[static_cast<unsigned char>
 // The 128 bits are one number of 22 digits to the base 64: the first character stands for the first two bits of the
 // first byte, two for the rest of it, and four for every three bytes after that.
 void encode(char* to, int characters, std::uint32_t value) noexcept {
-    for (int i = characters - 1; i >= 0; --i, value /= 64) to[i] = kAlphabet[value % 64];
+    for (int i = characters - 1; i >= 0; --i, value /= 64)
+        to[i] = kAlphabet[value % 64];
 }
 
 std::uint32_t decode(const char* from, int characters) noexcept {
     std::uint32_t value = 0;
-    for (int i = 0; i < characters; ++i) value = value * 64 + static_cast<std::uint32_t>(digit(from[i]));
+    for (int i = 0; i < characters; ++i)
+        value = value * 64 + static_cast<std::uint32_t>(digit(from[i]));
     return value;
 }
 
-}  // namespace
+} // namespace
 
 void VnIfcGUID::assign(std::string_view text) noexcept {
     m_length = static_cast<std::uint8_t>(std::min(text.size(), kLength));
@@ -44,7 +48,8 @@ VnIfcGUID VnIfcGUID::fromBytes(const Bytes& bytes) noexcept {
     encode(result.m_text, 2, bytes[0]);
     for (std::size_t i = 0; i < 5; ++i) {
         const std::size_t at = 1 + 3 * i;
-        encode(result.m_text + 2 + 4 * i, 4, std::uint32_t{bytes[at]} << 16 | std::uint32_t{bytes[at + 1]} << 8 | bytes[at + 2]);
+        encode(result.m_text + 2 + 4 * i, 4,
+               std::uint32_t{bytes[at]} << 16 | std::uint32_t{bytes[at + 1]} << 8 | bytes[at + 2]);
     }
     result.m_length = kLength;
     result.m_text[kLength] = '\0';
@@ -52,7 +57,8 @@ VnIfcGUID VnIfcGUID::fromBytes(const Bytes& bytes) noexcept {
 }
 
 std::optional<VnIfcGUID::Bytes> VnIfcGUID::toBytes() const noexcept {
-    if (!isValid()) return std::nullopt;
+    if (!isValid())
+        return std::nullopt;
     Bytes bytes;
     bytes[0] = static_cast<std::uint8_t>(decode(m_text, 2));
     for (std::size_t i = 0; i < 5; ++i) {
@@ -65,7 +71,8 @@ std::optional<VnIfcGUID::Bytes> VnIfcGUID::toBytes() const noexcept {
 }
 
 bool VnIfcGUID::isValid() const noexcept {
-    if (m_length != kLength || digit(m_text[0]) < 0 || digit(m_text[0]) > 3) return false;
+    if (m_length != kLength || digit(m_text[0]) < 0 || digit(m_text[0]) > 3)
+        return false;
     return std::all_of(m_text, m_text + kLength, [](char c) { return digit(c) >= 0; });
 }
 
@@ -85,4 +92,4 @@ VnIfcGUID VnIfcGUID::create() {
     return fromBytes(bytes);
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

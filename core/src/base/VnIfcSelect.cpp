@@ -8,8 +8,10 @@ namespace VN_SDAI {
 VnIfcSelect::~VnIfcSelect() { dropValue(); }
 
 void VnIfcSelect::dropValue() noexcept {
-    if (isText()) m_value.string.~VnAnsiString();
-    if (m_kind == VnTypeCodeKind::kAggregation) m_value.aggregate.~VnIfcAggr();
+    if (isText())
+        m_value.string.~VnAnsiString();
+    if (m_kind == VnTypeCodeKind::kAggregation)
+        m_value.aggregate.~VnIfcAggr();
     m_value.number = 0;
     m_kind = VnTypeCodeKind::kNone;
 }
@@ -34,14 +36,16 @@ void VnIfcSelect::moveValue(VnIfcSelect& other) noexcept {
 }
 
 VnIfcSelect& VnIfcSelect::operator=(const VnIfcSelect& other) {
-    if (this == &other) return *this;
+    if (this == &other)
+        return *this;
     dropValue();
     copyValue(other);
     return *this;
 }
 
 VnIfcSelect& VnIfcSelect::operator=(VnIfcSelect&& other) noexcept {
-    if (this == &other) return *this;
+    if (this == &other)
+        return *this;
     dropValue();
     moveValue(other);
     return *this;
@@ -50,25 +54,41 @@ VnIfcSelect& VnIfcSelect::operator=(VnIfcSelect&& other) noexcept {
 void VnIfcSelect::resetTo(VnTypeCodeKind kind, const VnIfcAggr* prototype) {
     dropValue();
     switch (kind) {
-        case VnTypeCodeKind::kString:
-        case VnTypeCodeKind::kBinary: new (&m_value.string) VnAnsiString(VnUnsetText); break;
-        case VnTypeCodeKind::kAggregation:
-            if (!prototype) return;
-            new (&m_value.aggregate) VnIfcAggr(*prototype);
-            break;
-        case VnTypeCodeKind::kReal: m_value.real = std::numeric_limits<double>::quiet_NaN(); break;
-        case VnTypeCodeKind::kInteger: m_value.number = kNoInteger; break;
-        case VnTypeCodeKind::kBoolean: m_value.number = VnIfcBoolean::Unset; break;
-        case VnTypeCodeKind::kLogical: m_value.number = VnIfcLogical::Unset; break;
-        case VnTypeCodeKind::kEnumeration: m_value.number = 0xffffffff; break;
-        default: m_value.number = 0; break;
+    case VnTypeCodeKind::kString:
+    case VnTypeCodeKind::kBinary:
+        new (&m_value.string) VnAnsiString(VnUnsetText);
+        break;
+    case VnTypeCodeKind::kAggregation:
+        if (!prototype)
+            return;
+        new (&m_value.aggregate) VnIfcAggr(*prototype);
+        break;
+    case VnTypeCodeKind::kReal:
+        m_value.real = std::numeric_limits<double>::quiet_NaN();
+        break;
+    case VnTypeCodeKind::kInteger:
+        m_value.number = kNoInteger;
+        break;
+    case VnTypeCodeKind::kBoolean:
+        m_value.number = VnIfcBoolean::Unset;
+        break;
+    case VnTypeCodeKind::kLogical:
+        m_value.number = VnIfcLogical::Unset;
+        break;
+    case VnTypeCodeKind::kEnumeration:
+        m_value.number = 0xffffffff;
+        break;
+    default:
+        m_value.number = 0;
+        break;
     }
     m_kind = kind;
 }
 
 void VnIfcSelect::holdHandle(const VnDbObjectId& handle) noexcept {
     dropValue();
-    if (handle.isNull()) return;
+    if (handle.isNull())
+        return;
     new (&m_value.handle) VnDbObjectId(handle);
     m_kind = VnTypeCodeKind::kEntity;
 }
@@ -92,7 +112,8 @@ void VnIfcSelect::setHandleOnLoad(const VnDbObjectId& handle) { holdHandle(handl
 
 void VnIfcSelect::refreshSelectHandle() const {
     // Classifying changes what is known of the value, not the value.
-    if (m_kind == VnTypeCodeKind::kEntity) const_cast<VnIfcSelect*>(this)->setHandleD(m_value.handle);
+    if (m_kind == VnTypeCodeKind::kEntity)
+        const_cast<VnIfcSelect*>(this)->setHandleD(m_value.handle);
 }
 
 void VnIfcSelect::nullify() {
@@ -130,43 +151,50 @@ void VnIfcSelect::setLogical(VnIfcLogical value) { holdNumber(VnTypeCodeKind::kL
 void VnIfcSelect::setEnum(std::uint32_t value) { holdNumber(VnTypeCodeKind::kEnumeration, value); }
 
 bool VnIfcSelect::getString(VnAnsiString& value) const {
-    if (m_kind != VnTypeCodeKind::kString) return false;
+    if (m_kind != VnTypeCodeKind::kString)
+        return false;
     value = m_value.string;
     return true;
 }
 
 bool VnIfcSelect::getBINARY(VnAnsiString& value) const {
-    if (m_kind != VnTypeCodeKind::kBinary) return false;
+    if (m_kind != VnTypeCodeKind::kBinary)
+        return false;
     value = m_value.string;
     return true;
 }
 
 bool VnIfcSelect::getInt32(std::int32_t& value) const noexcept {
-    if (m_kind != VnTypeCodeKind::kInteger || m_value.number == kNoInteger) return false;
+    if (m_kind != VnTypeCodeKind::kInteger || m_value.number == kNoInteger)
+        return false;
     value = static_cast<std::int32_t>(m_value.number);
     return true;
 }
 
 bool VnIfcSelect::getDouble(double& value) const noexcept {
-    if (m_kind != VnTypeCodeKind::kReal) return false;
+    if (m_kind != VnTypeCodeKind::kReal)
+        return false;
     value = m_value.real;
     return true;
 }
 
 bool VnIfcSelect::getBoolean(VnIfcBoolean& value) const noexcept {
-    if (m_kind != VnTypeCodeKind::kBoolean) return false;
+    if (m_kind != VnTypeCodeKind::kBoolean)
+        return false;
     value = static_cast<VnIfcBoolean::Code>(m_value.number);
     return true;
 }
 
 bool VnIfcSelect::getLogical(VnIfcLogical& value) const noexcept {
-    if (m_kind != VnTypeCodeKind::kLogical) return false;
+    if (m_kind != VnTypeCodeKind::kLogical)
+        return false;
     value = static_cast<VnIfcLogical::Code>(m_value.number);
     return true;
 }
 
 bool VnIfcSelect::getEnum(std::uint32_t& value) const noexcept {
-    if (m_kind != VnTypeCodeKind::kEnumeration || m_value.number == 0xffffffff) return false;
+    if (m_kind != VnTypeCodeKind::kEnumeration || m_value.number == 0xffffffff)
+        return false;
     value = static_cast<std::uint32_t>(m_value.number);
     return true;
 }
@@ -176,12 +204,18 @@ std::string_view VnIfcSelect::text() const noexcept { return isText() ? m_value.
 bool VnIfcSelect::operator==(const VnIfcSelect& other) const noexcept { return !(*this < other) && !(other < *this); }
 
 bool VnIfcSelect::operator<(const VnIfcSelect& other) const noexcept {
-    if (m_kind != other.m_kind) return m_kind < other.m_kind;
-    if (m_kind == VnTypeCodeKind::kEntity) return m_value.handle < other.m_value.handle;
-    if (m_kind == VnTypeCodeKind::kNone) return false;
-    if (_d() != other._d()) return _d() < other._d();
-    if (isText()) return m_value.string < other.m_value.string;
-    if (m_kind == VnTypeCodeKind::kAggregation) return m_value.aggregate.compare(other.m_value.aggregate) < 0;
+    if (m_kind != other.m_kind)
+        return m_kind < other.m_kind;
+    if (m_kind == VnTypeCodeKind::kEntity)
+        return m_value.handle < other.m_value.handle;
+    if (m_kind == VnTypeCodeKind::kNone)
+        return false;
+    if (_d() != other._d())
+        return _d() < other._d();
+    if (isText())
+        return m_value.string < other.m_value.string;
+    if (m_kind == VnTypeCodeKind::kAggregation)
+        return m_value.aggregate.compare(other.m_value.aggregate) < 0;
     if (m_kind == VnTypeCodeKind::kReal) {
         // A total order, so that sets stay sorted whatever the numbers are: NaN comes last.
         const double left = m_value.real, right = other.m_value.real;
@@ -190,4 +224,4 @@ bool VnIfcSelect::operator<(const VnIfcSelect& other) const noexcept {
     return m_value.number < other.m_value.number;
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -16,10 +16,11 @@ thread_local VnIfcArena* currentArena = nullptr;
 constexpr std::size_t kFirstChunk = 16 * 1024;
 constexpr std::size_t kLargestChunk = 4 * 1024 * 1024;
 
-}  // namespace
+} // namespace
 
 VnIfcArena::~VnIfcArena() {
-    for (const Chunk& chunk : m_chunks) PageAllocator<char>().deallocate(chunk.memory, chunk.size);
+    for (const Chunk& chunk : m_chunks)
+        PageAllocator<char>().deallocate(chunk.memory, chunk.size);
 }
 
 char* VnIfcArena::newChunk(std::size_t size) {
@@ -30,9 +31,12 @@ char* VnIfcArena::newChunk(std::size_t size) {
 }
 
 void* VnIfcArena::allocateSlow(std::size_t size) {
-    const std::size_t wanted = m_capacity < kFirstChunk ? kFirstChunk : m_capacity < kLargestChunk ? m_capacity : kLargestChunk;
+    const std::size_t wanted = m_capacity < kFirstChunk     ? kFirstChunk
+                               : m_capacity < kLargestChunk ? m_capacity
+                                                            : kLargestChunk;
     // A block of its own must not end the chunk that small ones are taken from.
-    if (size > wanted / 4) return newChunk(size);
+    if (size > wanted / 4)
+        return newChunk(size);
     m_next = newChunk(wanted);
     m_end = m_next + wanted;
     return allocate(size);
@@ -44,4 +48,4 @@ VnIfcArenaScope::~VnIfcArenaScope() { currentArena = m_previous; }
 
 VnIfcArena* VnIfcArenaScope::current() noexcept { return currentArena; }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -129,7 +129,9 @@ VnModule& VnModule::operator=(VnModule&& other) noexcept {
 
 VnModule::~VnModule() { uninitialise(); }
 
-void* VnModule::symbol(const char* name) const noexcept { return m_library ? findSymbol(m_library.get(), name) : nullptr; }
+void* VnModule::symbol(const char* name) const noexcept {
+    return m_library ? findSymbol(m_library.get(), name) : nullptr;
+}
 
 void VnModule::uninitialise() noexcept {
     if (m_library && m_initialised)

@@ -9,7 +9,7 @@ namespace VN_SDAI {
 /// Turns what scanner and readers noticed into diagnostics with places. Findings must come in the order of the text.
 class SpfDiagnostics {
 public:
-    SpfDiagnostics(std::string file, const char* begin, const char* end, const VnIfcDiagnosticSink& sink,
+    SpfDiagnostics(std::string file, const char* begin, const char* end, const VnIfcReadOptions& options,
                    VnIfcFileResult& result);
 
     void report(const SpfFinding& finding);
@@ -28,10 +28,11 @@ private:
     std::string m_file;
     const char* m_end;
     const VnIfcDiagnosticSink& m_sink;
+    bool m_strict;
     VnIfcFileResult& m_result;
     const char* m_counted;
     const char* m_lineBegin;
     std::uint64_t m_line = 1;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -18,12 +18,14 @@ constexpr std::size_t kReadStep = std::size_t{1} << 20;
 
 struct FileCloser {
     void operator()(std::FILE* file) const noexcept {
-        if (file != stdin) std::fclose(file);
+        if (file != stdin)
+            std::fclose(file);
     }
 };
 
 std::FILE* openForReading(const std::filesystem::path& path) {
-    if (path == "-") return stdin;
+    if (path == "-")
+        return stdin;
 #if defined(_WIN32)
     return ::_wfopen(path.c_str(), L"rb");
 #else
@@ -31,7 +33,7 @@ std::FILE* openForReading(const std::filesystem::path& path) {
 #endif
 }
 
-}  // namespace
+} // namespace
 
 // Fresh pages are zeroed, so that the padding needs no writing.
 void SpfInput::copyFrom(std::string_view text) {
@@ -61,7 +63,8 @@ VN::ErrorStatus SpfInput::readFile(const std::filesystem::path& path, std::strin
     std::size_t capacity = kReadStep;
     if (std::filesystem::is_regular_file(status)) {
         const std::uintmax_t size = std::filesystem::file_size(path, error);
-        if (!error) capacity = static_cast<std::size_t>(size) + 1;
+        if (!error)
+            capacity = static_cast<std::size_t>(size) + 1;
     }
     std::setvbuf(file.get(), nullptr, _IONBF, 0);
     while (true) {
@@ -69,9 +72,11 @@ VN::ErrorStatus SpfInput::readFile(const std::filesystem::path& path, std::strin
         const std::size_t wanted = capacity - m_size;
         const std::size_t read = std::fread(m_memory.data() + m_size, 1, wanted, file.get());
         m_size += read;
-        if (read < wanted) break;
+        if (read < wanted)
+            break;
         // Some devices and pipes never end.
-        if (capacity == kReadStep && !SpfStructure::canBegin(begin(), end())) break;
+        if (capacity == kReadStep && !SpfStructure::canBegin(begin(), end()))
+            break;
         capacity *= 2;
     }
     if (std::ferror(file.get())) {
@@ -84,4 +89,4 @@ VN::ErrorStatus SpfInput::readFile(const std::filesystem::path& path, std::strin
     return VN::eCannotRead;
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -36,4 +36,4 @@ private:
     const char* m_released = nullptr;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -13,12 +13,14 @@ void SpfInstanceReader::remark(SpfRemark::Kind kind, const char* begin, const ch
 
 VnIfcInstanceSlot* SpfInstanceReader::slotOf(std::uint64_t number) {
     const char* begin = helper().next;
-    while (*begin != '#') --begin;
+    while (*begin != '#')
+        --begin;
     return slotOf(begin, helper().next, number);
 }
 
 VnIfcInstanceSlot* SpfInstanceReader::slotOf(const char* begin, const char* end, std::uint64_t number) {
-    if (VnIfcInstanceSlot* slot = m_data.slots.find(number)) return slot;
+    if (VnIfcInstanceSlot* slot = m_data.slots.find(number))
+        return slot;
     remark(SpfRemark::kDangling, begin, end);
     return m_data.danglingSlot(number);
 }
@@ -26,18 +28,22 @@ VnIfcInstanceSlot* SpfInstanceReader::slotOf(const char* begin, const char* end,
 /// What a text that is only kept refers to must not become another instance.
 void SpfInstanceReader::keepReferences(const char* begin, const char* end) {
     const std::string_view text(begin, static_cast<std::size_t>(end - begin));
-    spf::forEachReference(text, [this](const char* first, const char* last, std::uint64_t number) { slotOf(first, last, number); });
+    spf::forEachReference(
+        text, [this](const char* first, const char* last, std::uint64_t number) { slotOf(first, last, number); });
 }
 
 const VnIfcEntityType* SpfInstanceReader::typeOf(std::string_view keyword) {
     // A file has few keywords, and each many times.
     const std::size_t length = keyword.size();
     const auto at = [&](std::size_t i) { return static_cast<std::size_t>(static_cast<unsigned char>(keyword[i])); };
-    const std::size_t hash = length < 6 ? 0 : (length * 7 + at(3) * 31 + at(length / 2) * 5 + at(length - 2) * 3 + at(length - 1)) % 256;
+    const std::size_t hash =
+        length < 6 ? 0 : (length * 7 + at(3) * 31 + at(length / 2) * 5 + at(length - 2) * 3 + at(length - 1)) % 256;
     const VnIfcEntityType*& cached = m_types[hash];
-    if (cached && cached->name() == keyword) return cached;
+    if (cached && cached->name() == keyword)
+        return cached;
     const VnIfcEntityType* type = m_data.schema->entity(keyword);
-    if (type) cached = type;
+    if (type)
+        cached = type;
     return type;
 }
 
@@ -47,12 +53,15 @@ void SpfInstanceReader::read(std::string_view text, VnIfcInstanceSlot* slot) {
     m_position = 0;
     const char* const end = text.data() + text.size();
     const char* p = text.data();
-    while (spf::isNameCharacter(*p) || *p == '-' || *p == '!') ++p;
+    while (spf::isNameCharacter(*p) || *p == '-' || *p == '!')
+        ++p;
     const std::string_view keyword(text.data(), static_cast<std::size_t>(p - text.data()));
     const char* open = *p == '(' ? p : spf::skipBlanks(p, end);
-    if (keyword.empty() || open >= end || *open != '(') return readForeign(text, keyword, open);
+    if (keyword.empty() || open >= end || *open != '(')
+        return readForeign(text, keyword, open);
     m_type = typeOf(keyword);
-    if (!m_type) return readForeign(text, keyword, open);
+    if (!m_type)
+        return readForeign(text, keyword, open);
     VnIfcEntityBase* object = m_type->create();
     m_data.place(slot, object, VnIfcArenaScope::current() != nullptr);
     readFields(*object, open + 1, end);
@@ -71,7 +80,8 @@ void SpfInstanceReader::readFields(VnIfcEntityBase& instance, const char* begin,
         readList(instance, text.data(), text.data() + length);
         m_remarks.erase(m_remarks.begin() + remarks, m_remarks.end());
     }
-    if (!m_current.isEmpty()) keep(instance);
+    if (!m_current.isEmpty())
+        keep(instance);
 }
 
 /// Reads a list from behind its opening parenthesis, and returns its closing one; `end` when there is none.
@@ -94,9 +104,11 @@ const char* SpfInstanceReader::readList(VnIfcEntityBase& instance, const char* b
 }
 
 void SpfInstanceReader::remarkEnd(const char* close, const char* end) {
-    if (close == end) return remark(SpfRemark::kUnclosedList, end, end);
+    if (close == end)
+        return remark(SpfRemark::kUnclosedList, end, end);
     const char* const behind = spf::skipBlanks(close + 1, end);
-    if (behind < end) remark(SpfRemark::kBehindList, behind, end);
+    if (behind < end)
+        remark(SpfRemark::kBehindList, behind, end);
 }
 
 /// The rest of a list with what it takes to close it.
@@ -120,7 +132,8 @@ void SpfInstanceReader::readForeign(std::string_view text, std::string_view keyw
         remark(SpfRemark::kNoKeyword, text.data(), end);
         // Some of the numbers may be those of instances inside.
         spf::forEachReference(text, [this](const char*, const char*, std::uint64_t number) {
-            if (!m_data.slots.find(number)) m_data.danglingSlot(number);
+            if (!m_data.slots.find(number))
+                m_data.danglingSlot(number);
         });
         return m_data.place(m_slot, new VnIfcForeignInstance({}, spf::closed(text), false), isInArena);
     }
@@ -141,17 +154,20 @@ void SpfInstanceReader::readForeign(std::string_view text, std::string_view keyw
 void SpfInstanceReader::onMisfit(unsigned position, VnSpfProblem problem, const char* begin, const char* end) {
     remark(SpfRemark::kProblem, begin, end);
     m_remarks.back().problem = problem;
-    if (problem == VnSpfProblem::kMissingComma) return;
+    if (problem == VnSpfProblem::kMissingComma)
+        return;
     m_current.parameters.push_back({position, std::string(begin, end), {}});
 }
 
 void SpfInstanceReader::watchField(unsigned) {}
 
 void SpfInstanceReader::notify(int, int how) {
-    if (m_current.find(m_position)) return;  // one set of several in a list
-    const std::string_view text = parameterText();
-    remark(how == 2 ? SpfRemark::kBareList : SpfRemark::kEqualElements, text.data(), text.data() + text.size());
+    if (m_current.find(m_position))
+        return; // one set of several in a list
+    const std::string_view text = valueText();
+    if (how != 4)
+        remark(how == 2 ? SpfRemark::kBareList : SpfRemark::kEqualElements, text.data(), text.data() + text.size());
     m_current.parameters.push_back({m_position, std::string(text), {}});
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

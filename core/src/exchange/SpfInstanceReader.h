@@ -72,9 +72,9 @@ private:
     const VnIfcEntityType* m_type = nullptr;
     KeptParameters m_current;
     SpfFieldWriter m_writer;
-    std::array<const VnIfcEntityType*, 256> m_types{};  // those looked up last
+    std::array<const VnIfcEntityType*, 256> m_types{}; // those looked up last
     std::vector<SpfRemark> m_remarks;
     std::vector<std::pair<VnIfcInstanceSlot*, KeptParameters>> m_kept;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

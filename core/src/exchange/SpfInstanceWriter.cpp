@@ -6,11 +6,9 @@ namespace VN_SDAI {
 
 namespace {
 
-bool isUnset(std::string_view text) noexcept {
-    return text == "$" || text == "()" || text == "*" || text == "\"\"";
-}
+bool isUnset(std::string_view text) noexcept { return text == "$" || text == "()" || text == "*" || text == "\"\""; }
 
-}  // namespace
+} // namespace
 
 void SpfFieldWriter::write(const VnIfcEntityBase& instance) {
     clearOutput();
@@ -20,7 +18,8 @@ void SpfFieldWriter::write(const VnIfcEntityBase& instance) {
 }
 
 std::string_view SpfFieldWriter::parameter(unsigned position) const noexcept {
-    if (position >= m_starts.size()) return {};
+    if (position >= m_starts.size())
+        return {};
     const std::string_view all = output();
     const std::size_t end = position + 1 < m_starts.size() ? m_starts[position + 1] : all.size();
     // Each field but the first begins with the comma that separates it.
@@ -39,33 +38,41 @@ void SpfInstanceWriter::write(const VnIfcInstanceSlot* slot) {
 void SpfInstanceWriter::writeBody(const VnIfcInstanceSlot* slot) {
     const VnIfcEntityBase* instance = slot->object();
     const VnIfcEntityType* type = instance->getInstanceType();
-    if (!type) return writeForeign(*dynamic_cast<const VnIfcForeignInstance*>(instance));
+    if (!type)
+        return writeForeign(*dynamic_cast<const VnIfcForeignInstance*>(instance));
     VnSpfFilerBase::write(type->name());
     wrChar('(');
-    if (slot->has(VnIfcInstanceSlot::kHasKept)) writeWithKept(*instance, m_data.kept.at(slot));
-    else instance->_outFields(this);
+    if (slot->has(VnIfcInstanceSlot::kHasKept))
+        writeWithKept(*instance, m_data.kept.at(slot));
+    else
+        instance->_outFields(this);
     wrChar(')');
 }
 
 void SpfInstanceWriter::writeForeign(const VnIfcForeignInstance& instance) {
     VnSpfFilerBase::write(instance.keyword().view());
-    if (instance.isList()) wrChar('(');
+    if (instance.isList())
+        wrChar('(');
     VnSpfFilerBase::write(instance.parameters().view());
-    if (instance.isList()) wrChar(')');
+    if (instance.isList())
+        wrChar(')');
 }
 
 /// Puts the texts that were kept from the file in place of what the instance writes where nobody has changed it.
 void SpfInstanceWriter::writeWithKept(const VnIfcEntityBase& instance, const KeptParameters& kept) {
     m_fields.write(instance);
     unsigned count = m_fields.count();
-    while (kept.absentFrom && count > *kept.absentFrom && isUnset(m_fields.parameter(count - 1))) --count;
+    while (kept.absentFrom && count > *kept.absentFrom && isUnset(m_fields.parameter(count - 1)))
+        --count;
     for (unsigned position = 0; position < count; ++position) {
-        if (position > 0) wrChar(',');
+        if (position > 0)
+            wrChar(',');
         const std::string_view written = m_fields.parameter(position);
         const KeptParameters::Parameter* parameter = kept.find(position);
-        VnSpfFilerBase::write(parameter && parameter->writtenAs == written ? std::string_view(parameter->text) : written);
+        VnSpfFilerBase::write(parameter && parameter->writtenAs == written ? std::string_view(parameter->text)
+                                                                           : written);
     }
     VnSpfFilerBase::write(kept.surplus);
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

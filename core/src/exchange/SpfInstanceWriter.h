@@ -47,4 +47,4 @@ private:
     SpfFieldWriter m_fields;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

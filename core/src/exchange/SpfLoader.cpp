@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <atomic>
 #include <iterator>
+#include <stdexcept>
 
 namespace VN_SDAI {
 
@@ -22,12 +23,8 @@ constexpr std::size_t kBlock = 2048;
 class Loader {
 public:
     Loader(VnIfcModel& model, SpfInput& input, const VnIfcReadOptions& options, VnIfcFileResult& result)
-        : m_model(model),
-          m_data(model.data()),
-          m_input(input),
-          m_options(options),
-          m_result(result),
-          m_diagnostics(std::string(options.name), input.begin(), input.end(), options.diagnostics, result) {}
+        : m_model(model), m_data(model.data()), m_input(input), m_options(options), m_result(result),
+          m_diagnostics(std::string(options.name), input.begin(), input.end(), options, result) {}
 
     void run() {
         if (!m_structure.scan(m_input.begin(), m_input.end(), m_result.message)) {
@@ -49,9 +46,11 @@ public:
         m_data.count = m_structure.instances.size();
         std::ranges::stable_sort(m_data.places, {}, &VnIfcModel::Data::Place::number);
         for (const auto& reader : m_readers)
-            for (auto& [slot, kept] : reader->kept()) m_data.kept.emplace(slot, std::move(kept));
-        m_structure.instances = {};  // inverse attributes take the memory that the records leave
-        if (m_options.inverses) m_model.setInverseCounterParts();
+            for (auto& [slot, kept] : reader->kept())
+                m_data.kept.emplace(slot, std::move(kept));
+        m_structure.instances = {}; // inverse attributes take the memory that the records leave
+        if (m_options.inverses)
+            m_model.setInverseCounterParts();
     }
 
 private:
@@ -68,7 +67,8 @@ private:
             const auto [low, high] = std::minmax(instances[i - 1].number, instances[i].number);
             gaps.push_back(high - low);
         }
-        if (gaps.empty()) return 1;
+        if (gaps.empty())
+            return 1;
         const auto middle = gaps.begin() + static_cast<std::ptrdiff_t>(gaps.size() / 2);
         std::nth_element(gaps.begin(), middle, gaps.end());
         return *middle;
@@ -83,15 +83,19 @@ private:
         std::vector<std::size_t> homeless;
         for (std::size_t i = 0; i < instances.size(); ++i) {
             const std::uint64_t number = instances[i].number;
-            if (number == 0 || m_data.slots.find(number)) homeless.push_back(i);
-            else setSlot(i, m_data.slotForInstance(number));
+            if (number == 0 || m_data.slots.find(number))
+                homeless.push_back(i);
+            else
+                setSlot(i, m_data.slotForInstance(number));
         }
-        if (!homeless.empty()) reserveReferences();
+        if (!homeless.empty())
+            reserveReferences();
         for (const std::size_t i : homeless) {
             SpfRemark remark{SpfRemark::kDuplicate};
             remark.number = instances[i].number;
             remark.begin = m_structure.textOf(instances[i]).data();
-            if (remark.number != 0) m_blocks[i / kBlock].remarks.push_back(remark);
+            if (remark.number != 0)
+                m_blocks[i / kBlock].remarks.push_back(remark);
             setSlot(i, m_data.slotForInstance(m_data.nextNumber()));
         }
     }
@@ -101,7 +105,8 @@ private:
         const char* const end = m_input.end();
         for (const char* p = m_input.begin(); (p = std::find(p, end, '#')) < end;) {
             std::uint64_t number = 0;
-            if (spf::readNumber(++p, number)) m_data.slotForReference(number);
+            if (spf::readNumber(++p, number))
+                m_data.slotForReference(number);
         }
     }
 
@@ -122,7 +127,8 @@ private:
         }
         return shareWork(m_blocks.size(), threads, m_options.progress, [&](unsigned worker, std::size_t block) {
             readBlock(*m_readers[worker], *m_data.arenas[worker], block);
-            if (worker == 0) report();
+            if (worker == 0)
+                report();
             return true;
         });
     }
@@ -130,7 +136,8 @@ private:
     void readBlock(SpfInstanceReader& reader, VnIfcArena& arena, std::size_t block) {
         const VnIfcArenaScope scope(arena);
         const std::size_t last = std::min(m_structure.instances.size(), (block + 1) * kBlock);
-        for (std::size_t i = block * kBlock; i < last; ++i) reader.read(m_structure.textOf(m_structure.instances[i]), slotOf(i));
+        for (std::size_t i = block * kBlock; i < last; ++i)
+            reader.read(m_structure.textOf(m_structure.instances[i]), slotOf(i));
         std::vector<SpfRemark>& remarks = m_blocks[block].remarks;
         std::ranges::move(reader.remarks(), std::back_inserter(remarks));
         reader.remarks().clear();
@@ -138,19 +145,24 @@ private:
         m_blocks[block].done.store(true, std::memory_order_release);
     }
 
-    /// Reports what is known up to the first block that is not done, in the order of the text, whose part before is then
-    /// given back. Called by the first worker only.
+    /// Reports what is known up to the first block that is not done, in the order of the text, whose part before is
+    /// then given back. Called by the first worker only.
     void report() {
-        for (; m_reported < m_blocks.size() && m_blocks[m_reported].done.load(std::memory_order_acquire); ++m_reported) {
+        for (; m_reported < m_blocks.size() && m_blocks[m_reported].done.load(std::memory_order_acquire);
+             ++m_reported) {
             std::vector<SpfRemark> remarks = std::move(m_blocks[m_reported].remarks);
-            if (m_options.places) takePlaces(m_reported, remarks);
-            for (const SpfRemark& remark : remarks) reportRemark(remark);
+            if (m_options.places)
+                takePlaces(m_reported, remarks);
+            for (const SpfRemark& remark : remarks)
+                reportRemark(remark);
         }
         const std::size_t next = m_reported * kBlock;
-        if (next >= m_structure.instances.size()) return;
+        if (next >= m_structure.instances.size())
+            return;
         const char* const position = m_structure.textOf(m_structure.instances[next]).data();
         reportFindings(position);
-        if (m_options.diagnostics || m_options.places) m_diagnostics.pass(position);
+        if (m_options.diagnostics || m_options.places)
+            m_diagnostics.pass(position);
         m_input.release(position);
     }
 
@@ -159,14 +171,17 @@ private:
         m_diagnostics.report(remark);
     }
 
-    /// Remembers where the instances of a block stand. Lines are counted once, hence the remarks on the way are reported.
+    /// Remembers where the instances of a block stand. Lines are counted once, hence the remarks on the way are
+    /// reported.
     void takePlaces(std::size_t block, std::vector<SpfRemark>& remarks) {
         const std::size_t last = std::min(m_structure.instances.size(), (block + 1) * kBlock);
         auto remark = remarks.begin();
         for (std::size_t i = block * kBlock; i < last; ++i) {
             const char* position = m_structure.textOf(m_structure.instances[i]).data();
-            while (*position != '#') --position;
-            for (; remark != remarks.end() && remark->begin < position; ++remark) reportRemark(*remark);
+            while (*position != '#')
+                --position;
+            for (; remark != remarks.end() && remark->begin < position; ++remark)
+                reportRemark(*remark);
             reportFindings(position);
             VnIfcModel::Data::Place place{slotOf(i)->number, 0, 0};
             m_diagnostics.locate(position, place.line, place.column);
@@ -188,8 +203,10 @@ private:
         for (const std::string& name : names) {
             // Releases of a schema append to its name: IFC4X3_ADD2.
             std::string upper = name.substr(0, expected.size());
-            for (char& c : upper) c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 0x20) : c;
-            if (upper == expected) return;
+            for (char& c : upper)
+                c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 0x20) : c;
+            if (upper == expected)
+                return;
         }
         m_diagnostics.report(VnIfcDiagnostic::kWarning, "schema", m_input.begin(),
                              names.empty() ? "no FILE_SCHEMA" : "FILE_SCHEMA " + names.front(),
@@ -205,41 +222,55 @@ private:
     SpfStructure m_structure;
     std::vector<std::unique_ptr<SpfInstanceReader>> m_readers;
     std::vector<Block> m_blocks;
-    std::size_t m_reported = 0;  // blocks
-    std::size_t m_finding = 0;   // the next one to report
+    std::size_t m_reported = 0; // blocks
+    std::size_t m_finding = 0;  // the next one to report
 };
 
+/// A text or list that is longer than memory can hold one is no reason to end the host.
+void load(VnIfcModel& model, SpfInput& input, const VnIfcReadOptions& options, VnIfcFileResult& result) try {
+    Loader(model, input, options, result).run();
+} catch (const std::length_error& tooLong) {
+    model.clear();
+    result.status = VN::eCannotRead;
+    result.message = tooLong.what();
+}
+
 bool refuseUsedModel(const VnIfcModel& model, VnIfcFileResult& result) {
-    if (model.data().slots.size() == 0) return false;
+    if (model.data().slots.size() == 0)
+        return false;
     result.status = VN::eRefused;
     result.message = "the model holds instances already";
     return true;
 }
 
-}  // namespace
+} // namespace
 
 VnIfcFileResult VnIfcModel::readFile(const std::filesystem::path& path, const VnIfcReadOptions& options) {
     VnIfcFileResult result;
-    if (refuseUsedModel(*this, result)) return result;
+    if (refuseUsedModel(*this, result))
+        return result;
     SpfInput input;
     result.status = input.readFile(path, result.message);
-    if (!result) return result;
+    if (!result)
+        return result;
     result.bytes = input.size();
     VnIfcReadOptions named = options;
     const std::string name = path.string();
-    if (named.name.empty()) named.name = name;
-    Loader(*this, input, named, result).run();
+    if (named.name.empty())
+        named.name = name;
+    load(*this, input, named, result);
     return result;
 }
 
 VnIfcFileResult VnIfcModel::readText(std::string_view text, const VnIfcReadOptions& options) {
     VnIfcFileResult result;
-    if (refuseUsedModel(*this, result)) return result;
+    if (refuseUsedModel(*this, result))
+        return result;
     SpfInput input;
     input.copyFrom(text);
     result.bytes = input.size();
-    Loader(*this, input, options, result).run();
+    load(*this, input, options, result);
     return result;
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

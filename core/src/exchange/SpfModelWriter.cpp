@@ -47,7 +47,7 @@ public:
     bool write(std::size_t piece, Make make) try {
         return writeText(piece, make());
     } catch (...) {
-        fail();  // or others would wait for this piece for ever
+        fail(); // or others would wait for this piece for ever
         throw;
     }
 
@@ -55,7 +55,8 @@ private:
     bool writeText(std::size_t piece, std::string_view text) {
         std::unique_lock lock(m_mutex);
         m_moved.wait(lock, [&] { return m_next == piece || m_failed; });
-        if (m_failed) return false;
+        if (m_failed)
+            return false;
         // Nobody else gets past the wait until the next piece is announced.
         lock.unlock();
         const bool written = m_sink(text);
@@ -85,12 +86,15 @@ bool writeModel(const VnIfcModel& model, const VnIfcWriteOptions& options, Sink 
     std::vector<const VnIfcInstanceSlot*> slots;
     slots.reserve(model.count());
     for (const VnIfcInstanceSlot* slot : model.data().ordered())
-        if (slot->object() && !slot->has(VnIfcInstanceSlot::kErased)) slots.push_back(slot);
-    if (!sink(headerText(model))) return false;
+        if (slot->object() && !slot->has(VnIfcInstanceSlot::kErased))
+            slots.push_back(slot);
+    if (!sink(headerText(model)))
+        return false;
     const std::size_t blocks = (slots.size() + kBlock - 1) / kBlock;
     const unsigned threads = threadsFor(options.threads, blocks);
     std::vector<std::unique_ptr<SpfInstanceWriter>> writers;
-    for (unsigned i = 0; i < threads; ++i) writers.push_back(std::make_unique<SpfInstanceWriter>(model.data()));
+    for (unsigned i = 0; i < threads; ++i)
+        writers.push_back(std::make_unique<SpfInstanceWriter>(model.data()));
     // Each worker formats a block of its own and then waits for its turn, so that one formats while another writes.
     OrderedSink<Sink> ordered(sink);
     const bool done = shareWork(blocks, threads, options.progress, [&](unsigned worker, std::size_t block) {
@@ -98,7 +102,8 @@ bool writeModel(const VnIfcModel& model, const VnIfcWriteOptions& options, Sink 
             SpfInstanceWriter& writer = *writers[worker];
             writer.clear();
             const std::size_t last = std::min(slots.size(), (block + 1) * kBlock);
-            for (std::size_t i = block * kBlock; i < last; ++i) writer.write(slots[i]);
+            for (std::size_t i = block * kBlock; i < last; ++i)
+                writer.write(slots[i]);
             return writer.text();
         });
     });
@@ -111,16 +116,20 @@ public:
     explicit PendingFile(const std::filesystem::path& target) : m_target(target) {
         std::error_code error;
         // A link stays a link, and the file behind it is replaced.
-        if (std::filesystem::is_symlink(target, error)) m_target = std::filesystem::canonical(target, error);
-        if (error) m_target = target;
+        if (std::filesystem::is_symlink(target, error))
+            m_target = std::filesystem::canonical(target, error);
+        if (error)
+            m_target = target;
         m_path = m_target;
         m_path += ".part" + std::to_string(::getpid());
         m_file = std::fopen(m_path.string().c_str(), "wb");
         m_error = m_file ? 0 : errno;
-        if (m_file) std::setvbuf(m_file, nullptr, _IONBF, 0);  // pieces are large
+        if (m_file)
+            std::setvbuf(m_file, nullptr, _IONBF, 0); // pieces are large
     }
     ~PendingFile() {
-        if (!m_file) return;
+        if (!m_file)
+            return;
         std::fclose(m_file);
         std::remove(m_path.string().c_str());
     }
@@ -128,7 +137,8 @@ public:
     PendingFile& operator=(const PendingFile&) = delete;
 
     bool write(std::string_view text) {
-        if (!m_file) return false;
+        if (!m_file)
+            return false;
         if (std::fwrite(text.data(), 1, text.size(), m_file) != text.size()) {
             m_error = errno;
             return false;
@@ -147,7 +157,8 @@ public:
 #if !defined(_WIN32)
         good = good && ::fsync(::fileno(file)) == 0;
 #endif
-        if (!good) m_error = errno;
+        if (!good)
+            m_error = errno;
         if (std::fclose(file) != 0 && good) {
             good = false;
             m_error = errno;
@@ -155,9 +166,11 @@ public:
         std::error_code error;
         if (good) {
             const auto permissions = std::filesystem::status(m_target, error).permissions();
-            if (!error && std::filesystem::exists(m_target)) std::filesystem::permissions(m_path, permissions, error);
+            if (!error && std::filesystem::exists(m_target))
+                std::filesystem::permissions(m_path, permissions, error);
             std::filesystem::rename(m_path, m_target, error);
-            if (!error) return true;
+            if (!error)
+                return true;
             m_error = error.value();
         }
         std::remove(m_path.string().c_str());
@@ -173,7 +186,7 @@ private:
     int m_error = 0;
 };
 
-}  // namespace
+} // namespace
 
 VnIfcFileResult VnIfcModel::writeFile(const std::filesystem::path& path, const VnIfcWriteOptions& options) const {
     VnIfcFileResult result;
@@ -190,7 +203,8 @@ VnIfcFileResult VnIfcModel::writeFile(const std::filesystem::path& path, const V
         return file.write(text);
     };
     const bool written = file.error() == 0 && writeModel(*this, options, sink);
-    if (written && file.commit()) return result;
+    if (written && file.commit())
+        return result;
     result.status = file.error() != 0 ? VN::eCannotWrite : VN::eCancelled;
     result.message = file.error() != 0 ? std::strerror(file.error()) : "cancelled";
     return result;
@@ -205,4 +219,4 @@ std::string VnIfcModel::writeText(const VnIfcWriteOptions& options) const {
     return text;
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -21,7 +21,8 @@ struct Digits {
 
     const char* scan(const char* p) noexcept {
         const char* first = p;
-        for (; spf::isDigit(*p); ++p) mantissa = mantissa * 10 + static_cast<std::uint64_t>(*p - '0');
+        for (; spf::isDigit(*p); ++p)
+            mantissa = mantissa * 10 + static_cast<std::uint64_t>(*p - '0');
         count += p - first;
         return p;
     }
@@ -29,38 +30,45 @@ struct Digits {
 
 /// Behind an exponent that begins at `p`; `p` itself when there is none, and the exponent is added to `exponent`.
 const char* scanExponent(const char* p, int& exponent) noexcept {
-    if (*p != 'E' && *p != 'e') return p;
+    if (*p != 'E' && *p != 'e')
+        return p;
     const char* q = p + 1;
     const bool negative = *q == '-';
-    if (*q == '-' || *q == '+') ++q;
-    if (!spf::isDigit(*q)) return p;
+    if (*q == '-' || *q == '+')
+        ++q;
+    if (!spf::isDigit(*q))
+        return p;
     int value = 0;
-    for (; spf::isDigit(*q); ++q) value = value < 100000 ? value * 10 + (*q - '0') : value;
+    for (; spf::isDigit(*q); ++q)
+        value = value < 100000 ? value * 10 + (*q - '0') : value;
     exponent += negative ? -value : value;
     return q;
 }
 
-}  // namespace
+} // namespace
 
 // ---- look-ahead ----------------------------------------------------------------------------------------------------
 
 void VnSpfReadHelper::skipBlanks() noexcept { next = spf::skipBlanks(next, end); }
 
 void VnSpfReadHelper::ignoreParamter(bool before) {
-    if (before) return;  // the comma is missing, the parameter itself may still be there
+    if (before)
+        return; // the comma is missing, the parameter itself may still be there
     next = spf::parameterEnd(next, end);
 }
 
 bool VnSpfFilerBase::ignoreUntilComments(char character, bool) {
     for (const char* p = m_helper.next; (p = spf::skipBlanks(p, m_helper.end)) < m_helper.end; ++p) {
-        if (*p != character) continue;
+        if (*p != character)
+            continue;
         m_helper.next = p + 1;
         return true;
     }
     return false;
 }
 
-// ---- the parameter list ----------------------------------------------------------------------------------------------
+// ---- the parameter list
+// ----------------------------------------------------------------------------------------------
 
 void VnSpfFilerBase::startReading(const char* begin, const char* end) noexcept {
     m_helper.next = begin;
@@ -102,7 +110,7 @@ VnSpfFilerBase::Token VnSpfFilerBase::beginField(bool separated) {
         return Token::kNothing;
     }
     ++m_seen;
-    if (c == ',' || c == ')') {  // a comma that nothing follows
+    if (c == ',' || c == ')') { // a comma that nothing follows
         failField(VnSpfProblem::kMalformed);
         return Token::kNothing;
     }
@@ -112,8 +120,10 @@ VnSpfFilerBase::Token VnSpfFilerBase::beginField(bool separated) {
 bool VnSpfFilerBase::separatorMissing() {
     const char c = m_helper.peek();
     m_fieldBegin = m_helper.next;
-    if (c == ')' || m_helper.next >= m_helper.end) return false;
-    if (m_seen > 0) onMisfit(m_position, VnSpfProblem::kMissingComma, m_helper.next, m_helper.next);
+    if (c == ')' || m_helper.next >= m_helper.end)
+        return false;
+    if (m_seen > 0)
+        onMisfit(m_position, VnSpfProblem::kMissingComma, m_helper.next, m_helper.next);
     return true;
 }
 
@@ -122,16 +132,31 @@ void VnSpfFilerBase::misfit(VnSpfProblem problem) { failField(problem); }
 bool VnSpfFilerBase::failField(VnSpfProblem problem) {
     m_failed = true;
     m_problem = problem;
-    if (m_nested) return false;  // the whole parameter is dealt with once its reader gives up
+    if (m_nested)
+        return false; // the whole parameter is dealt with once its reader gives up
     const std::string_view text = parameterText();
     m_helper.next = spf::parameterEnd(m_fieldBegin, m_helper.end);
     onMisfit(m_position, problem, text.data(), text.data() + text.size());
     return false;
 }
 
+std::string_view VnSpfFilerBase::valueText() const noexcept {
+    const char* p = m_fieldBegin;
+    if (*p == '$')
+        return {p, 1};
+    while (spf::isNameCharacter(*p))
+        ++p;
+    p = spf::skipBlanks(p, m_helper.end);
+    if (*p != '(')
+        return parameterText();
+    const char* const close = spf::listEnd(p + 1, m_helper.end);
+    return {m_fieldBegin, static_cast<std::size_t>(close - m_fieldBegin) + (close < m_helper.end)};
+}
+
 std::string_view VnSpfFilerBase::parameterText() const noexcept {
     const char* end = spf::parameterEnd(m_fieldBegin, m_helper.end);
-    while (end > m_fieldBegin && spf::isBlank(end[-1])) --end;
+    while (end > m_fieldBegin && spf::isBlank(end[-1]))
+        --end;
     return {m_fieldBegin, static_cast<std::size_t>(end - m_fieldBegin)};
 }
 
@@ -142,31 +167,42 @@ void VnSpfFilerBase::notify(int, int) {}
 bool VnSpfFilerBase::openAggregate(bool separated, bool isBinary) {
     m_nested = false;
     m_elementQuote = isBinary ? '"' : '\'';
-    if (beginField(separated) != Token::kValue) return false;
+    if (beginField(separated) != Token::kValue)
+        return false;
     m_nested = true;
     return true;
 }
 
 void VnSpfFilerBase::closeAggregate(bool read) {
     m_nested = false;
-    if (!read) failField(m_failed ? m_problem : VnSpfProblem::kWrongKind);
+    if (!read)
+        failField(m_failed ? m_problem : VnSpfProblem::kWrongKind);
+}
+
+void VnSpfFilerBase::leaveEmpty(bool writtenAsUnset) {
+    if (!m_short && (*m_fieldBegin == '$') != writtenAsUnset)
+        notify(1, 4);
 }
 
 bool VnSpfFilerBase::atDelimiter() const noexcept {
     const char c = *m_helper.next;
-    if (c == ',' || c == ')' || m_helper.next >= m_helper.end || spf::isBlank(c)) return true;
+    if (c == ',' || c == ')' || m_helper.next >= m_helper.end || spf::isBlank(c))
+        return true;
     // A comment, or another value, where the comma between them was forgotten.
-    if (c == '#') return spf::isDigit(m_helper.next[1]);  // not so in 1.#INF
+    if (c == '#')
+        return spf::isDigit(m_helper.next[1]); // not so in 1.#INF
     return c == '/' || c == '$' || c == '*' || c == '(' || c == '\'' || c == '"';
 }
 
-// ---- tokens ------------------------------------------------------------------------------------------------------------
+// ---- tokens
+// ------------------------------------------------------------------------------------------------------------
 
 bool VnSpfFilerBase::readReal(double& value, VnSpfProblem& problem) {
     const char* const first = m_helper.next;
     const char* p = first;
     const bool negative = *p == '-';
-    if (*p == '-' || *p == '+') ++p;
+    if (*p == '-' || *p == '+')
+        ++p;
     const char* const unsignedFirst = p;
     Digits digits;
     p = digits.scan(p);
@@ -177,7 +213,8 @@ bool VnSpfFilerBase::readReal(double& value, VnSpfProblem& problem) {
         exponent = static_cast<int>(std::max<std::ptrdiff_t>(before - digits.count, -100000));
     }
     problem = VnSpfProblem::kWrongKind;
-    if (digits.count == 0) return false;
+    if (digits.count == 0)
+        return false;
     p = scanExponent(p, exponent);
     m_helper.next = p;
     if (!atDelimiter()) {
@@ -205,8 +242,10 @@ bool VnSpfFilerBase::readInteger(std::int64_t& value, VnSpfProblem& problem) {
     const char* const first = m_helper.next;
     const char* p = first;
     const bool negative = *p == '-';
-    if (*p == '-' || *p == '+') ++p;
-    while (*p == '0' && spf::isDigit(p[1])) ++p;
+    if (*p == '-' || *p == '+')
+        ++p;
+    while (*p == '0' && spf::isDigit(p[1]))
+        ++p;
     Digits digits;
     p = digits.scan(p);
     m_helper.next = p;
@@ -214,19 +253,23 @@ bool VnSpfFilerBase::readInteger(std::int64_t& value, VnSpfProblem& problem) {
     const bool whole = digits.count > 0 && atDelimiter();
     if (whole && digits.count <= 18) {
         value = static_cast<std::int64_t>(digits.mantissa);
-        if (negative) value = -value;
+        if (negative)
+            value = -value;
         return true;
     }
-    if (whole) problem = VnSpfProblem::kOutOfRange;
+    if (whole)
+        problem = VnSpfProblem::kOutOfRange;
     m_helper.next = first;
     return false;
 }
 
 bool VnSpfFilerBase::readReference(VnDbObjectId& value) {
-    if (*m_helper.next != '#') return false;
+    if (*m_helper.next != '#')
+        return false;
     const char* p = m_helper.next + 1;
     std::uint64_t number = 0;
-    if (!spf::readNumber(p, number)) return false;
+    if (!spf::readNumber(p, number))
+        return false;
     const char* const first = m_helper.next;
     m_helper.next = p;
     if (!atDelimiter()) {
@@ -243,7 +286,8 @@ bool VnSpfFilerBase::readPlainText(std::string_view& text) noexcept {
     const char* const open = m_helper.next;
     const char* const end = m_helper.end;
     const char* const close = spf::findInString(open + 1, end);
-    if (close >= end || *close != '\'' || close[1] == '\'') return false;
+    if (close >= end || *close != '\'' || close[1] == '\'')
+        return false;
     text = {open + 1, static_cast<std::size_t>(close - open - 1)};
     m_helper.next = close + 1;
     return true;
@@ -261,7 +305,8 @@ bool VnSpfFilerBase::readText(VnAnsiString& value) {
     const char* p = spf::findInString(open + 1, end);
     std::size_t doubled = 0;
     while (true) {
-        if (p >= end) return false;
+        if (p >= end)
+            return false;
         if (*p == '\\') {
             p += spf::backslashLength(p, end);
         } else if (p[1] == '\'') {
@@ -272,7 +317,8 @@ bool VnSpfFilerBase::readText(VnAnsiString& value) {
         }
         p = spf::findInString(p, end);
     }
-    if (p >= end) return false;
+    if (p >= end)
+        return false;
     VnAnsiString text;
     char* to = text.allocate(static_cast<std::size_t>(p - open - 1) - doubled);
     for (const char* from = open + 1; from < p;) {
@@ -286,28 +332,36 @@ bool VnSpfFilerBase::readText(VnAnsiString& value) {
 }
 
 bool VnSpfFilerBase::readString(VnAnsiString& value, char quote) {
-    if (*m_helper.next != quote) return false;
-    if (quote == '\'') return readText(value);
+    if (*m_helper.next != quote)
+        return false;
+    if (quote == '\'')
+        return readText(value);
     const char* const first = m_helper.next + 1;
     const char* p = first;
-    while (p < m_helper.end && (spf::isDigit(*p) || spf::isLetter(*p))) ++p;
-    if (p >= m_helper.end || *p != quote) return false;
+    while (p < m_helper.end && (spf::isDigit(*p) || spf::isLetter(*p)))
+        ++p;
+    if (p >= m_helper.end || *p != quote)
+        return false;
     value = std::string_view(first, static_cast<std::size_t>(p - first));
     m_helper.next = p + 1;
     return true;
 }
 
 std::string_view VnSpfFilerBase::readLiteral() {
-    if (*m_helper.next != '.') return {};
+    if (*m_helper.next != '.')
+        return {};
     const char* const first = m_helper.next + 1;
     const char* p = first;
-    while (spf::isNameCharacter(*p)) ++p;
-    if (*p != '.' || p == first || p >= m_helper.end) return {};
+    while (spf::isNameCharacter(*p))
+        ++p;
+    if (*p != '.' || p == first || p >= m_helper.end)
+        return {};
     m_helper.next = p + 1;
     return {first, static_cast<std::size_t>(p - first)};
 }
 
-// ---- attributes ----------------------------------------------------------------------------------------------------------
+// ---- attributes
+// ----------------------------------------------------------------------------------------------------------
 
 bool VnSpfFilerBase::rdLimitedString(char* buffer, std::size_t length, bool, bool separated) {
     std::string_view text = VnUnsetText.text;
@@ -315,10 +369,14 @@ bool VnSpfFilerBase::rdLimitedString(char* buffer, std::size_t length, bool, boo
     bool read = false;
     if (beginField(separated) == Token::kValue) {
         read = *m_helper.next == '\'';
-        if (read && !readPlainText(text) && (read = readText(special))) text = special.view();
-        if (!read) failField(VnSpfProblem::kWrongKind);
-        else if (text == VnUnsetText.text) failField(VnSpfProblem::kReservedValue);
-        else if (text.size() > length || text.find('\0') != text.npos) failField(VnSpfProblem::kOutOfRange);
+        if (read && !readPlainText(text) && (read = readText(special)))
+            text = special.view();
+        if (!read)
+            failField(VnSpfProblem::kWrongKind);
+        else if (text == VnUnsetText.text)
+            failField(VnSpfProblem::kReservedValue);
+        else if (text.size() > length || text.find('\0') != text.npos)
+            failField(VnSpfProblem::kOutOfRange);
     }
     const std::size_t taken = std::min(text.size(), length);
     std::copy_n(text.data(), taken, buffer);
@@ -332,7 +390,8 @@ bool VnSpfFilerBase::rdVnAnsiString(VnAnsiString& value, bool, bool separated) {
             value = VnUnsetText;
             return failField(VnSpfProblem::kWrongKind);
         }
-        if (value.isUnset()) failField(VnSpfProblem::kReservedValue);
+        if (value.isUnset())
+            failField(VnSpfProblem::kReservedValue);
         return true;
     }
     value = VnUnsetText;
@@ -342,7 +401,8 @@ bool VnSpfFilerBase::rdVnAnsiString(VnAnsiString& value, bool, bool separated) {
 bool VnSpfFilerBase::rdDouble(double& value, bool, bool separated) {
     if (beginField(separated) == Token::kValue) {
         VnSpfProblem problem;
-        if (readReal(value, problem)) return true;
+        if (readReal(value, problem))
+            return true;
         failField(problem);
     }
     value = Consts::VnRealUnset;
@@ -351,40 +411,48 @@ bool VnSpfFilerBase::rdDouble(double& value, bool, bool separated) {
 
 bool VnSpfFilerBase::rdInt(int& value, bool, bool separated) {
     value = Consts::VnIntUnset;
-    if (beginField(separated) != Token::kValue) return false;
+    if (beginField(separated) != Token::kValue)
+        return false;
     VnSpfProblem problem;
     std::int64_t number = 0;
-    if (!readInteger(number, problem)) return failField(problem);
+    if (!readInteger(number, problem))
+        return failField(problem);
     if (number < std::numeric_limits<int>::min() || number > std::numeric_limits<int>::max())
         return failField(VnSpfProblem::kOutOfRange);
     value = static_cast<int>(number);
-    if (value == Consts::VnIntUnset) failField(VnSpfProblem::kReservedValue);
+    if (value == Consts::VnIntUnset)
+        failField(VnSpfProblem::kReservedValue);
     return true;
 }
 
 bool VnSpfFilerBase::rdPrimitive(VnIfcLogical& value, bool, bool separated) {
     value = VnIfcLogical::Unset;
-    if (beginField(separated) != Token::kValue) return false;
+    if (beginField(separated) != Token::kValue)
+        return false;
     const std::string_view literal = readLiteral();
     const char c = literal.size() == 1 ? static_cast<char>(literal[0] & ~0x20) : '\0';
-    if (c != 'T' && c != 'F' && c != 'U') return failField(VnSpfProblem::kWrongKind);
+    if (c != 'T' && c != 'F' && c != 'U')
+        return failField(VnSpfProblem::kWrongKind);
     value = c == 'T' ? VnIfcLogical::True : c == 'F' ? VnIfcLogical::False : VnIfcLogical::Unknown;
     return true;
 }
 
 bool VnSpfFilerBase::rdPrimitive(VnIfcBoolean& value, bool, bool separated) {
     value = VnIfcBoolean::Unset;
-    if (beginField(separated) != Token::kValue) return false;
+    if (beginField(separated) != Token::kValue)
+        return false;
     const std::string_view literal = readLiteral();
     const char c = literal.size() == 1 ? static_cast<char>(literal[0] & ~0x20) : '\0';
-    if (c != 'T' && c != 'F') return failField(VnSpfProblem::kWrongKind);
+    if (c != 'T' && c != 'F')
+        return failField(VnSpfProblem::kWrongKind);
     value = c == 'T' ? VnIfcBoolean::True : VnIfcBoolean::False;
     return true;
 }
 
 bool VnSpfFilerBase::rdReference(VnDbObjectId& value, bool separated) {
     if (beginField(separated) == Token::kValue) {
-        if (readReference(value)) return true;
+        if (readReference(value))
+            return true;
         failField(VnSpfProblem::kWrongKind);
     }
     value.setNull();
@@ -396,40 +464,48 @@ VnAnsiString VnSpfFilerBase::rdEnumerationToStr(bool optional, bool separated) {
 }
 
 std::string_view VnSpfFilerBase::rdEnumeration(bool, bool separated) {
-    if (beginField(separated) != Token::kValue) return {};
+    if (beginField(separated) != Token::kValue)
+        return {};
     const std::string_view literal = readLiteral();
-    if (literal.empty()) failField(VnSpfProblem::kWrongKind);
+    if (literal.empty())
+        failField(VnSpfProblem::kWrongKind);
     return literal;
 }
 
 bool VnSpfFilerBase::rdDerive(bool separated) {
     const Token token = beginField(separated);
-    if (token == Token::kNothing) return false;
-    if (token == Token::kUnset || *m_helper.next != '*') return failField(VnSpfProblem::kNotDerived);
+    if (token == Token::kNothing)
+        return false;
+    if (token == Token::kUnset || *m_helper.next != '*')
+        return failField(VnSpfProblem::kNotDerived);
     ++m_helper.next;
     return true;
 }
 
 void VnSpfFilerBase::rdBinary(bool separated) {
-    if (beginField(separated) == Token::kValue) failField(VnSpfProblem::kNotRead);
+    if (beginField(separated) == Token::kValue)
+        failField(VnSpfProblem::kNotRead);
 }
 
 bool VnSpfFilerBase::rdSelect(VnIfcSelect& value, bool, bool separated) {
     if (beginField(separated) == Token::kValue) {
-        if (readSelectValue(value)) return true;
+        if (readSelectValue(value))
+            return true;
         failField(m_failed ? m_problem : VnSpfProblem::kWrongKind);
     }
     value.nullify();
     return false;
 }
 
-// ---- values of selects -------------------------------------------------------------------------------------------------
+// ---- values of selects
+// -------------------------------------------------------------------------------------------------
 
 bool VnSpfFilerBase::readSelectValue(VnIfcSelect& value) {
     const char c = *m_helper.next;
     if (c == '#') {
         VnDbObjectId handle;
-        if (!readReference(handle)) return false;
+        if (!readReference(handle))
+            return false;
         value.setHandleOnLoad(handle);
         return true;
     }
@@ -439,12 +515,15 @@ bool VnSpfFilerBase::readSelectValue(VnIfcSelect& value) {
 bool VnSpfFilerBase::readTypedValue(VnIfcSelect& value) {
     const char* const first = m_helper.next;
     const char* p = first;
-    while (spf::isNameCharacter(*p)) ++p;
+    while (spf::isNameCharacter(*p))
+        ++p;
     const std::string_view name(first, static_cast<std::size_t>(p - first));
     m_helper.next = p;
     VnTypeCodeKind kind = VnTypeCodeKind::kNone;
-    if (!skipUntil('(')) return false;
-    if (!value.chooseForReading(name) || !value.chosenKind(kind)) return failValue(VnSpfProblem::kUnknownSelectType);
+    if (!skipUntil('('))
+        return false;
+    if (!value.chooseForReading(name) || !value.chosenKind(kind))
+        return failValue(VnSpfProblem::kUnknownSelectType);
     m_helper.peek();
     const bool read = kind == VnTypeCodeKind::kEnumeration || kind == VnTypeCodeKind::kAggregation
                           ? readSelectField(value, name)
@@ -464,49 +543,62 @@ bool VnSpfFilerBase::readSelectField(VnIfcSelect& value, std::string_view name) 
     m_seen = seen;
     m_nested = nested;
     m_short = ranShort;
-    if (status == VN::eUnknownLiteral && !m_failed) return failValue(VnSpfProblem::kUnknownLiteral);
+    if (status == VN::eUnknownLiteral && !m_failed)
+        return failValue(VnSpfProblem::kUnknownLiteral);
     return status == VN::eOk && !m_failed;
 }
 
 bool VnSpfFilerBase::readSelectSimple(VnIfcSelect& value, VnTypeCodeKind kind) {
     VnSpfProblem problem;
     switch (kind) {
-        case VnTypeCodeKind::kReal: {
-            double real = 0;
-            if (!readReal(real, problem)) return failValue(problem);
-            value.setDouble(real);
-            return true;
-        }
-        case VnTypeCodeKind::kInteger: {
-            std::int64_t number = 0;
-            if (!readInteger(number, problem)) return failValue(problem);
-            if (number != static_cast<std::int32_t>(number)) return failValue(VnSpfProblem::kOutOfRange);
-            value.setInt32(static_cast<std::int32_t>(number));
-            return true;
-        }
-        case VnTypeCodeKind::kString:
-        case VnTypeCodeKind::kBinary: {
-            VnAnsiString text;
-            if (!readString(text, kind == VnTypeCodeKind::kString ? '\'' : '"')) return false;
-            if (text.isUnset()) return failValue(VnSpfProblem::kReservedValue);
-            if (kind == VnTypeCodeKind::kString) value.setString(std::move(text));
-            else value.setBINARY(std::move(text));
-            return true;
-        }
-        case VnTypeCodeKind::kBoolean:
-        case VnTypeCodeKind::kLogical: {
-            const std::string_view literal = readLiteral();
-            const char c = literal.size() == 1 ? static_cast<char>(literal[0] & ~0x20) : '\0';
-            if (c != 'T' && c != 'F' && (c != 'U' || kind == VnTypeCodeKind::kBoolean)) return false;
-            if (kind == VnTypeCodeKind::kBoolean) value.setBoolean(c == 'T');
-            else value.setLogical(c == 'T' ? VnIfcLogical::True : c == 'F' ? VnIfcLogical::False : VnIfcLogical::Unknown);
-            return true;
-        }
-        default: return false;
+    case VnTypeCodeKind::kReal: {
+        double real = 0;
+        if (!readReal(real, problem))
+            return failValue(problem);
+        value.setDouble(real);
+        return true;
+    }
+    case VnTypeCodeKind::kInteger: {
+        std::int64_t number = 0;
+        if (!readInteger(number, problem))
+            return failValue(problem);
+        if (number != static_cast<std::int32_t>(number))
+            return failValue(VnSpfProblem::kOutOfRange);
+        value.setInt32(static_cast<std::int32_t>(number));
+        return true;
+    }
+    case VnTypeCodeKind::kString:
+    case VnTypeCodeKind::kBinary: {
+        VnAnsiString text;
+        if (!readString(text, kind == VnTypeCodeKind::kString ? '\'' : '"'))
+            return false;
+        if (text.isUnset())
+            return failValue(VnSpfProblem::kReservedValue);
+        if (kind == VnTypeCodeKind::kString)
+            value.setString(std::move(text));
+        else
+            value.setBINARY(std::move(text));
+        return true;
+    }
+    case VnTypeCodeKind::kBoolean:
+    case VnTypeCodeKind::kLogical: {
+        const std::string_view literal = readLiteral();
+        const char c = literal.size() == 1 ? static_cast<char>(literal[0] & ~0x20) : '\0';
+        if (c != 'T' && c != 'F' && (c != 'U' || kind == VnTypeCodeKind::kBoolean))
+            return false;
+        if (kind == VnTypeCodeKind::kBoolean)
+            value.setBoolean(c == 'T');
+        else
+            value.setLogical(c == 'T' ? VnIfcLogical::True : c == 'F' ? VnIfcLogical::False : VnIfcLogical::Unknown);
+        return true;
+    }
+    default:
+        return false;
     }
 }
 
-// ---- elements ------------------------------------------------------------------------------------------------------------
+// ---- elements
+// ------------------------------------------------------------------------------------------------------------
 
 bool VnSpfFilerBase::failValue(VnSpfProblem problem) {
     m_failed = true;
@@ -517,10 +609,12 @@ bool VnSpfFilerBase::failValue(VnSpfProblem problem) {
 /// Reads one element; one that cannot be read leaves the position at its first character.
 template <class Read>
 bool VnSpfFilerBase::readElement(bool separated, Read read) {
-    if (separated && !skipUntil(',')) return false;
+    if (separated && !skipUntil(','))
+        return false;
     m_helper.peek();
     const char* const first = m_helper.next;
-    if (read()) return true;
+    if (read())
+        return true;
     m_helper.next = first;
     return false;
 }
@@ -528,7 +622,8 @@ bool VnSpfFilerBase::readElement(bool separated, Read read) {
 bool VnSpfFilerBase::rdPrimitive(double& value, bool separated) {
     return readElement(separated, [&] {
         VnSpfProblem problem;
-        if (readReal(value, problem)) return true;
+        if (readReal(value, problem))
+            return true;
         value = Consts::VnRealUnset;
         return m_helper.skipUntilRet('$') || failValue(problem);
     });
@@ -539,9 +634,12 @@ bool VnSpfFilerBase::rdPrimitive(int& value, bool separated) {
         VnSpfProblem problem;
         std::int64_t number = 0;
         value = Consts::VnIntUnset;
-        if (!readInteger(number, problem)) return m_helper.skipUntilRet('$') || failValue(problem);
-        if (number != static_cast<int>(number)) return failValue(VnSpfProblem::kOutOfRange);
-        if (number == Consts::VnIntUnset) return failValue(VnSpfProblem::kReservedValue);
+        if (!readInteger(number, problem))
+            return m_helper.skipUntilRet('$') || failValue(problem);
+        if (number != static_cast<int>(number))
+            return failValue(VnSpfProblem::kOutOfRange);
+        if (number == Consts::VnIntUnset)
+            return failValue(VnSpfProblem::kReservedValue);
         value = static_cast<int>(number);
         return true;
     });
@@ -549,7 +647,8 @@ bool VnSpfFilerBase::rdPrimitive(int& value, bool separated) {
 
 bool VnSpfFilerBase::rdPrimitive(VnDbObjectId& value, bool separated) {
     return readElement(separated, [&] {
-        if (readReference(value)) return true;
+        if (readReference(value))
+            return true;
         value.setNull();
         return m_helper.skipUntilRet('$');
     });
@@ -557,7 +656,8 @@ bool VnSpfFilerBase::rdPrimitive(VnDbObjectId& value, bool separated) {
 
 bool VnSpfFilerBase::rdPrimitive(VnAnsiString& value, bool separated) {
     return readElement(separated, [&] {
-        if (readString(value, m_elementQuote)) return !value.isUnset() || failValue(VnSpfProblem::kReservedValue);
+        if (readString(value, m_elementQuote))
+            return !value.isUnset() || failValue(VnSpfProblem::kReservedValue);
         value = VnUnsetText;
         return m_helper.skipUntilRet('$');
     });
@@ -565,10 +665,11 @@ bool VnSpfFilerBase::rdPrimitive(VnAnsiString& value, bool separated) {
 
 bool VnSpfFilerBase::rdPrimitive(VnIfcSelect& value, bool separated) {
     return readElement(separated, [&] {
-        if (readSelectValue(value)) return true;
+        if (readSelectValue(value))
+            return true;
         value.nullify();
         return !m_failed && m_helper.skipUntilRet('$');
     });
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

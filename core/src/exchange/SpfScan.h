@@ -22,14 +22,18 @@ constexpr bool isLetter(char c) noexcept { return (c >= 'A' && c <= 'Z') || (c >
 constexpr bool isNameCharacter(char c) noexcept { return isLetter(c) || isDigit(c); }
 constexpr bool isBlank(char c) noexcept { return static_cast<unsigned char>(c) <= ' '; }
 
-/// Length of the directive or escaped backslash that begins at the backslash `at` (ISO 10303-21, 6.4.3): `\\`, `\S\` with
-/// the character that follows, `\P?\`, `\X0\`, `\X2\`, `\X4\`. Taken whole, so that neither an apostrophe that belongs to
-/// a directive nor two backslashes of adjacent ones are mistaken. 1 for all else.
+/// Length of the directive or escaped backslash that begins at the backslash `at` (ISO 10303-21, 6.4.3): `\\`, `\S\`
+/// with the character that follows, `\P?\`, `\X0\`, `\X2\`, `\X4\`. Taken whole, so that neither an apostrophe that
+/// belongs to a directive nor two backslashes of adjacent ones are mistaken. 1 for all else.
 inline std::size_t backslashLength(const char* at, const char* end) noexcept {
-    if (end - at >= 2 && at[1] == '\\') return 2;
-    if (end - at < 4) return 1;
-    if (at[1] == 'S' && at[2] == '\\') return 4;
-    if (at[3] != '\\') return 1;
+    if (end - at >= 2 && at[1] == '\\')
+        return 2;
+    if (end - at < 4)
+        return 1;
+    if (at[1] == 'S' && at[2] == '\\')
+        return 4;
+    if (at[3] != '\\')
+        return 1;
     const bool isPage = at[1] == 'P' && at[2] >= 'A' && at[2] <= 'Z';
     const bool isWide = at[1] == 'X' && (at[2] == '0' || at[2] == '2' || at[2] == '4');
     return isPage || isWide ? 4 : 1;
@@ -52,7 +56,8 @@ inline const char* findInString(const char* p, const char* end) noexcept {
     }
     return end;
 #else
-    while (p < end && *p != '\'' && *p != '\\') ++p;
+    while (p < end && *p != '\'' && *p != '\\')
+        ++p;
     return p;
 #endif
 }
@@ -64,15 +69,17 @@ inline const char* findLineEnd(const char* p, const char* end) noexcept {
     const __m128i cr = _mm_set1_epi8('\r');
     for (; p < end; p += 16) {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-        const auto mask =
-            static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(bytes, lf), _mm_cmpeq_epi8(bytes, cr))));
-        if (mask == 0) continue;
+        const auto mask = static_cast<unsigned>(
+            _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(bytes, lf), _mm_cmpeq_epi8(bytes, cr))));
+        if (mask == 0)
+            continue;
         p += std::countr_zero(mask);
         return p < end ? p : end;
     }
     return end;
 #else
-    while (p < end && *p != '\n' && *p != '\r') ++p;
+    while (p < end && *p != '\n' && *p != '\r')
+        ++p;
     return p;
 #endif
 }
@@ -96,8 +103,10 @@ inline const char* stringEnd(const char* open, const char* end) noexcept {
 inline const char* commentEnd(const char* p, const char* end) noexcept {
     for (p += 2; p + 1 < end; ++p) {
         p = static_cast<const char*>(std::memchr(p, '*', static_cast<std::size_t>(end - p - 1)));
-        if (!p) return nullptr;
-        if (p[1] == '/') return p + 2;
+        if (!p)
+            return nullptr;
+        if (p[1] == '/')
+            return p + 2;
     }
     return nullptr;
 }
@@ -109,7 +118,8 @@ inline const char* skipBlanks(const char* p, const char* end) noexcept {
             ++p;
         } else if (*p == '/' && p + 1 < end && p[1] == '*') {
             p = commentEnd(p, end);
-            if (!p) return end;
+            if (!p)
+                return end;
         } else {
             return p;
         }
@@ -122,12 +132,14 @@ inline const char* parameterEnd(const char* p, const char* end) noexcept {
     for (std::uint64_t depth = 0; (p = skipBlanks(p, end)) < end; ++p) {
         if (*p == '\'') {
             const char* behind = stringEnd(p, end);
-            if (!behind) return end;
+            if (!behind)
+                return end;
             p = behind - 1;
         } else if (*p == '(') {
             ++depth;
         } else if (*p == ')') {
-            if (depth-- == 0) return p;
+            if (depth-- == 0)
+                return p;
         } else if (*p == ',' && depth == 0) {
             return p;
         }
@@ -138,7 +150,8 @@ inline const char* parameterEnd(const char* p, const char* end) noexcept {
 /// The closing parenthesis of the list whose first parameter begins at `p`, or `end`.
 inline const char* listEnd(const char* p, const char* end) noexcept {
     p = parameterEnd(p, end);
-    while (p < end && *p == ',') p = parameterEnd(p + 1, end);
+    while (p < end && *p == ',')
+        p = parameterEnd(p + 1, end);
     return p;
 }
 
@@ -153,16 +166,19 @@ inline std::string closed(std::string_view text) {
         const char* behind = p + 1;
         if (*p == '\'') {
             behind = stringEnd(p, end);
-            if (!behind) closing = "'";
+            if (!behind)
+                closing = "'";
         } else if (*p == '/' && p + 1 < end && p[1] == '*') {
             behind = commentEnd(p, end);
-            if (!behind) closing = "*/";
+            if (!behind)
+                closing = "*/";
         } else if (*p == '(') {
             ++depth;
         } else if (*p == ')' && depth > 0) {
             --depth;
         }
-        if (!behind) break;
+        if (!behind)
+            break;
         p = behind;
     }
     std::string result = std::string(text) + closing;
@@ -171,7 +187,8 @@ inline std::string closed(std::string_view text) {
         std::string again(result, static_cast<std::size_t>(p - text.data()));
         const std::size_t length = again.size();
         again.append(kPadding, '\0');
-        if (!stringEnd(again.data(), again.data() + length)) result += '\'';
+        if (!stringEnd(again.data(), again.data() + length))
+            result += '\'';
     }
     return result.append(depth, ')');
 }
@@ -183,7 +200,8 @@ inline bool readNumber(const char*& p, std::uint64_t& number) noexcept {
     bool fits = true;
     for (; isDigit(*p); ++p) {
         const auto digit = static_cast<std::uint64_t>(*p - '0');
-        if (p - first >= 19 && (value > UINT64_MAX / 10 || value * 10 > UINT64_MAX - digit)) fits = false;
+        if (p - first >= 19 && (value > UINT64_MAX / 10 || value * 10 > UINT64_MAX - digit))
+            fits = false;
         value = value * 10 + digit;
     }
     number = value;
@@ -207,4 +225,4 @@ void forEachReference(std::string_view text, Visit visit) {
     }
 }
 
-}  // namespace VN_SDAI::spf
+} // namespace VN_SDAI::spf

@@ -14,10 +14,12 @@ using namespace std::string_view_literals;
 constexpr std::ptrdiff_t kSearched = 64 * 1024;
 
 bool startsWith(const char* p, const char* end, std::string_view word) noexcept {
-    if (static_cast<std::size_t>(end - p) < word.size()) return false;
+    if (static_cast<std::size_t>(end - p) < word.size())
+        return false;
     for (std::size_t i = 0; i < word.size(); ++i) {
         const char c = p[i] >= 'a' && p[i] <= 'z' ? static_cast<char>(p[i] - 0x20) : p[i];
-        if (c != word[i]) return false;
+        if (c != word[i])
+            return false;
     }
     return true;
 }
@@ -29,19 +31,25 @@ bool isWord(const char* p, const char* end, std::string_view word) noexcept {
 
 /// Behind "#123 =" if that is what stands at `p`, else null.
 const char* instanceBegin(const char* p, const char* end) noexcept {
-    if (*p != '#') return nullptr;
+    if (*p != '#')
+        return nullptr;
     const char* q = p + 1;
-    while (spf::isDigit(*q)) ++q;
-    if (q == p + 1) return nullptr;
-    while (q < end && spf::isBlank(*q)) ++q;
+    while (spf::isDigit(*q))
+        ++q;
+    if (q == p + 1)
+        return nullptr;
+    while (q < end && spf::isBlank(*q))
+        ++q;
     return q < end && *q == '=' ? q + 1 : nullptr;
 }
 
 /// The first line in (p, end) that begins with an instance or with the end of the section; null when there is none.
 const char* nextLine(const char* p, const char* end) noexcept {
     while ((p = spf::findLineEnd(p, end)) < end) {
-        while (p < end && spf::isBlank(*p)) ++p;
-        if (p < end && (instanceBegin(p, end) || isWord(p, end, "ENDSEC"sv))) return p;
+        while (p < end && spf::isBlank(*p))
+            ++p;
+        if (p < end && (instanceBegin(p, end) || isWord(p, end, "ENDSEC"sv)))
+            return p;
     }
     return nullptr;
 }
@@ -53,14 +61,17 @@ const char* findStructural(const char* p, const char* end) noexcept {
     const __m128i slash = _mm_set1_epi8('/'), equals = _mm_set1_epi8('=');
     for (; p < end; p += 16) {
         const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-        const __m128i hits = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, semicolon), _mm_cmpeq_epi8(bytes, apostrophe)),
-                                          _mm_or_si128(_mm_cmpeq_epi8(bytes, slash), _mm_cmpeq_epi8(bytes, equals)));
+        const __m128i hits =
+            _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(bytes, semicolon), _mm_cmpeq_epi8(bytes, apostrophe)),
+                         _mm_or_si128(_mm_cmpeq_epi8(bytes, slash), _mm_cmpeq_epi8(bytes, equals)));
         const auto mask = static_cast<unsigned>(_mm_movemask_epi8(hits));
-        if (mask != 0) return std::min(p + std::countr_zero(mask), end);
+        if (mask != 0)
+            return std::min(p + std::countr_zero(mask), end);
     }
     return end;
 #else
-    while (p < end && *p != ';' && *p != '\'' && *p != '/' && *p != '=') ++p;
+    while (p < end && *p != ';' && *p != '\'' && *p != '/' && *p != '=')
+        ++p;
     return p;
 #endif
 }
@@ -71,15 +82,18 @@ public:
         : m_structure(structure), m_p(begin), m_begin(begin), m_end(end) {}
 
     bool canBegin() {
-        while (m_p < m_end && spf::isBlank(*m_p)) ++m_p;
+        while (m_p < m_end && spf::isBlank(*m_p))
+            ++m_p;
         std::string reason;
-        return startsWith(m_p, m_end, "/*"sv) || findBeginning(reason);  // a comment may end later
+        return startsWith(m_p, m_end, "/*"sv) || findBeginning(reason); // a comment may end later
     }
 
     bool scan(std::string& reason) {
-        if (!findBeginning(reason)) return false;
+        if (!findBeginning(reason))
+            return false;
         scanHeader();
-        while (scanSection()) {}
+        while (scanSection()) {
+        }
         return true;
     }
 
@@ -89,8 +103,10 @@ private:
         end = std::min(end, m_end);
         const bool goesOn = kind == SpfFinding::kGarbage && !findings.empty() && findings.back().kind == kind &&
                             spf::skipBlanks(findings.back().end, begin) == begin;
-        if (goesOn) findings.back().end = end;
-        else findings.push_back({kind, begin, end, number});
+        if (goesOn)
+            findings.back().end = end;
+        else
+            findings.push_back({kind, begin, end, number});
     }
 
     /// Moves to the next significant character; false at the end of the text.
@@ -101,7 +117,8 @@ private:
             } else if (startsWith(m_p, m_end, "/*"sv)) {
                 m_p = commentEndIn(m_p);
                 const char* line = m_commentsEnd ? nextLineFrom(m_p) : nullptr;
-                if (line) m_p = line;
+                if (line)
+                    m_p = line;
             } else {
                 return true;
             }
@@ -115,7 +132,8 @@ private:
             reason = "it is UTF-16 text; an exchange file is 8-bit text";
             return false;
         }
-        if (m_end - m_p >= 3 && startsWith(m_p, m_end, "\xEF\xBB\xBF"sv)) m_p += 3;
+        if (m_end - m_p >= 3 && startsWith(m_p, m_end, "\xEF\xBB\xBF"sv))
+            m_p += 3;
         if (!blank()) {
             reason = "it is empty";
             return false;
@@ -129,10 +147,12 @@ private:
         for (const char* p = m_p; p < limit; ++p) {
             const bool isMagic = startsWith(p, m_end, "ISO-10303-21"sv);
             const bool atWord = p == m_begin || !spf::isNameCharacter(p[-1]);
-            if (!isMagic && !(atWord && (isWord(p, m_end, "HEADER"sv) || isWord(p, m_end, "DATA"sv)))) continue;
+            if (!isMagic && !(atWord && (isWord(p, m_end, "HEADER"sv) || isWord(p, m_end, "DATA"sv))))
+                continue;
             report(SpfFinding::kNoMagic, m_p, p);
             m_p = isMagic ? p + 12 : p;
-            if (isMagic) skipSemicolon();
+            if (isMagic)
+                skipSemicolon();
             return true;
         }
         reason = "it does not begin with ISO-10303-21";
@@ -140,7 +160,8 @@ private:
     }
 
     void skipSemicolon() {
-        if (blank() && *m_p == ';') ++m_p;
+        if (blank() && *m_p == ';')
+            ++m_p;
     }
 
     // ---- header
@@ -154,22 +175,28 @@ private:
         skipSemicolon();
         while (blank() && *m_p != '#' && !isWord(m_p, m_end, "ENDSEC"sv) && !isWord(m_p, m_end, "DATA"sv))
             scanHeaderEntry();
-        if (m_p < m_end && isWord(m_p, m_end, "ENDSEC"sv)) skipSectionWord(6);
+        if (m_p < m_end && isWord(m_p, m_end, "ENDSEC"sv))
+            skipSectionWord(6);
     }
 
     void scanHeaderEntry() {
         const char* const first = m_p;
-        while (spf::isNameCharacter(*m_p) || *m_p == '!') ++m_p;
+        while (spf::isNameCharacter(*m_p) || *m_p == '!')
+            ++m_p;
         const std::string_view keyword(first, static_cast<std::size_t>(m_p - first));
-        if (keyword.empty() || !blank() || *m_p != '(') return leaveHeader(first);
+        if (keyword.empty() || !blank() || *m_p != '(')
+            return leaveHeader(first);
         const char* const open = m_p + 1;
         const char* const close = spf::listEnd(open, m_end);
         // A string that is not closed swallows what follows, up to an apostrophe anywhere in the data.
-        if (close == m_end || nextLine(open, close)) return leaveHeader(first);
+        if (close == m_end || nextLine(open, close))
+            return leaveHeader(first);
         m_structure.header.entries().push_back({std::string(keyword), std::string(open, close)});
         m_p = close + 1;
-        if (blank() && *m_p == ';') ++m_p;
-        else report(SpfFinding::kHeaderEntry, first, m_p);
+        if (blank() && *m_p == ';')
+            ++m_p;
+        else
+            report(SpfFinding::kHeaderEntry, first, m_p);
     }
 
     /// The data must not be lost to a broken header.
@@ -185,7 +212,8 @@ private:
     /// One section, or what stands in its place; false at the end of the text.
     bool scanSection() {
         if (!blank()) {
-            if (!m_ended) report(SpfFinding::kNoEnd, m_end, m_end);
+            if (!m_ended)
+                report(SpfFinding::kNoEnd, m_end, m_end);
             return false;
         }
         const char* const first = m_p;
@@ -193,7 +221,8 @@ private:
             const char* const open = spf::skipBlanks(m_p + 4, m_end);
             const bool hasParameters = open < m_end && *open == '(';
             skipSectionWord(4);
-            if (m_hasData || hasParameters) report(SpfFinding::kDataSection, first, hasParameters ? m_p : first + 4);
+            if (m_hasData || hasParameters)
+                report(SpfFinding::kDataSection, first, hasParameters ? m_p : first + 4);
             m_hasData = true;
             scanData();
         } else if (startsWith(m_p, m_end, "END-ISO-10303-21"sv)) {
@@ -214,8 +243,10 @@ private:
     /// Only the first exchange structure of a text counts, but instances of another one are not passed over in silence.
     bool scanBehindEnd() {
         m_ended = true;
-        while (blank() && isWord(m_p, m_end, "SIGNATURE"sv)) skipSection();  // edition 3 has it there
-        if (m_p >= m_end) return false;
+        while (blank() && isWord(m_p, m_end, "SIGNATURE"sv))
+            skipSection(); // edition 3 has it there
+        if (m_p >= m_end)
+            return false;
         const bool another = std::search(m_p, m_end, kMagic.begin(), kMagic.end()) != m_end;
         report(another ? SpfFinding::kSecondStructure : SpfFinding::kGarbage, m_p, m_end);
         return false;
@@ -230,14 +261,17 @@ private:
             const char* const line = nextLine(m_p, end);
             m_p = line ? line : end;
         }
-        if (m_p < m_end && *m_p == ';') ++m_p;
-        else report(SpfFinding::kNoSemicolon, behind, behind);
+        if (m_p < m_end && *m_p == ';')
+            ++m_p;
+        else
+            report(SpfFinding::kNoSemicolon, behind, behind);
     }
 
     /// Moves behind the semicolon of the statement at hand.
     void skipStatement() {
         m_p = statementEnd(m_p);
-        if (m_p < m_end) ++m_p;
+        if (m_p < m_end)
+            ++m_p;
     }
 
     const char* statementEnd(const char* p) {
@@ -253,14 +287,16 @@ private:
         const char* const first = m_p;
         while (m_p < m_end) {
             const char* const end = statementEnd(m_p);
-            const bool ends = end < m_end && endsSection(end);  // a signature has no semicolons of its own
+            const bool ends = end < m_end && endsSection(end); // a signature has no semicolons of its own
             m_p = end < m_end ? end + 1 : end;
-            if (ends || !blank()) break;
+            if (ends || !blank())
+                break;
             if (isWord(m_p, m_end, "ENDSEC"sv)) {
                 skipSectionWord(6);
                 break;
             }
-            if (isWord(m_p, m_end, "DATA"sv) || startsWith(m_p, m_end, "END-ISO-10303-21"sv)) break;
+            if (isWord(m_p, m_end, "DATA"sv) || startsWith(m_p, m_end, "END-ISO-10303-21"sv))
+                break;
         }
         report(SpfFinding::kSection, first, m_p);
     }
@@ -268,8 +304,10 @@ private:
     /// What is none of an instance, up to the next thing that may be one.
     void skipGarbage() {
         const char* const first = m_p;
-        while (m_p < m_end && *m_p != ';' && *m_p != '#' && *m_p != '\n') ++m_p;
-        if (m_p < m_end && *m_p == ';') ++m_p;
+        while (m_p < m_end && *m_p != ';' && *m_p != '#' && *m_p != '\n')
+            ++m_p;
+        if (m_p < m_end && *m_p == ';')
+            ++m_p;
         report(SpfFinding::kGarbage, first, m_p);
     }
 
@@ -293,8 +331,10 @@ private:
         const char* const first = m_p++;
         std::uint64_t number = 0;
         const bool hasNumber = spf::readNumber(m_p, number) && number != 0;
-        if (!blank() || *m_p != '=') return report(SpfFinding::kGarbage, first, m_p);
-        if (!hasNumber) report(SpfFinding::kNoNumber, first, m_p);
+        if (!blank() || *m_p != '=')
+            return report(SpfFinding::kGarbage, first, m_p);
+        if (!hasNumber)
+            report(SpfFinding::kNoNumber, first, m_p);
         ++m_p;
         blank();
         const char* const begin = m_p;
@@ -310,7 +350,8 @@ private:
         for (std::uint64_t depth = 0; !m_scopesEnd;) {
             if (isWord(m_p, m_end, "ENDSCOPE"sv)) {
                 m_p += 8;
-                if (--depth == 0) return instanceEnd(number);
+                if (--depth == 0)
+                    return instanceEnd(number);
                 skipStatement();
             } else if (isWord(m_p, m_end, "&SCOPE"sv)) {
                 m_p += 6;
@@ -331,16 +372,19 @@ private:
         const char* p = m_p;
         while ((p = findStructural(p, m_end)) < m_end) {
             if (*p == ';') {
-                if (endsSection(p)) return resume(p - 6, number);
+                if (endsSection(p))
+                    return resume(p - 6, number);
                 m_p = p + 1;
                 return p;
             }
             if (*p == '\'') {
                 const char* behind = stringEndIn(p);
-                if (!behind) return brokenString(p, number);
+                if (!behind)
+                    return brokenString(p, number);
                 p = behind;
             } else if (*p == '=') {
-                if (const char* other = startOf(p)) return resume(other, number);
+                if (const char* other = startOf(p))
+                    return resume(other, number);
                 ++p;
             } else {
                 p = p[1] == '*' ? commentEndIn(p) : p + 1;
@@ -349,21 +393,26 @@ private:
         return resume(m_end, number);
     }
 
-    /// True when the semicolon at `p` is the one of the section's end, which a missing semicolon made part of an instance.
+    /// True when the semicolon at `p` is the one of the section's end, which a missing semicolon made part of an
+    /// instance.
     bool endsSection(const char* p) const noexcept {
-        return (p[-1] == 'C' || p[-1] == 'c') && p - m_p > 6 && spf::isBlank(p[-7]) && startsWith(p - 6, m_end, "ENDSEC"sv);
+        return (p[-1] == 'C' || p[-1] == 'c') && p - m_p > 6 && spf::isBlank(p[-7]) &&
+               startsWith(p - 6, m_end, "ENDSEC"sv);
     }
 
     /// Behind the string at `open`; null when it is broken: not closed, or what follows is nothing that can follow a
     /// string, and there is an instance inside that it may have swallowed.
     const char* stringEndIn(const char* open) {
         const char* const behind = stringEnd(open);
-        if (!behind) return nullptr;
+        if (!behind)
+            return nullptr;
         const char* next = behind;
         while (next < m_end && (spf::isBlank(*next) || startsWith(next, m_end, "/*"sv)))
             next = spf::isBlank(*next) ? next + 1 : commentEndIn(next);
-        if (next < m_end && (*next == ',' || *next == ')')) return behind;
-        if (!nextLine(open, behind)) return behind;
+        if (next < m_end && (*next == ',' || *next == ')'))
+            return behind;
+        if (!nextLine(open, behind))
+            return behind;
         m_inVain += behind - open;
         return nullptr;
     }
@@ -374,7 +423,8 @@ private:
         const bool paid = m_inVain <= kVainLooks * (m_end - m_begin);
         const char* const limit = paid ? m_end : std::min(m_end, open + kGlance);
         const char* const behind = spf::stringEnd(open, limit);
-        if (!behind) m_inVain += limit - open;
+        if (!behind)
+            m_inVain += limit - open;
         return behind;
     }
 
@@ -396,24 +446,29 @@ private:
     }
 
     const char* trimmed(const char* end) const noexcept {
-        while (end > m_begin && spf::isBlank(end[-1])) --end;
+        while (end > m_begin && spf::isBlank(end[-1]))
+            --end;
         return end;
     }
 
     /// As nextLine up to the end of the text, which is looked through in vain only once.
     const char* nextLineFrom(const char* p) {
-        if (m_noLineFrom && p >= m_noLineFrom) return nullptr;
+        if (m_noLineFrom && p >= m_noLineFrom)
+            return nullptr;
         const char* const line = nextLine(p, m_end);
-        if (!line) m_noLineFrom = p;
+        if (!line)
+            m_noLineFrom = p;
         return line;
     }
 
-    /// Behind the comment at `p`. The mark of one that is never closed counts as two characters of garbage, because taking
-    /// it by the letter would lose the rest of the file.
+    /// Behind the comment at `p`. The mark of one that is never closed counts as two characters of garbage, because
+    /// taking it by the letter would lose the rest of the file.
     const char* commentEndIn(const char* p) {
         const char* behind = m_commentsEnd ? nullptr : spf::commentEnd(p, m_end);
-        if (behind) return behind;
-        if (!m_commentsEnd) report(SpfFinding::kOpenComment, p, p + 2);
+        if (behind)
+            return behind;
+        if (!m_commentsEnd)
+            report(SpfFinding::kOpenComment, p, p + 2);
         m_commentsEnd = true;
         return p + 2;
     }
@@ -421,9 +476,11 @@ private:
     /// The "#" of the instance whose "=" is at `p`; null when it is none.
     const char* startOf(const char* p) const noexcept {
         const char* q = p;
-        while (q > m_p && spf::isBlank(q[-1])) --q;
+        while (q > m_p && spf::isBlank(q[-1]))
+            --q;
         const char* const digits = q;
-        while (q > m_p && spf::isDigit(q[-1])) --q;
+        while (q > m_p && spf::isDigit(q[-1]))
+            --q;
         return q < digits && q > m_p && q[-1] == '#' ? q - 1 : nullptr;
     }
 
@@ -433,22 +490,22 @@ public:
 
 private:
     static constexpr std::string_view kMagic = "ISO-10303-21;";
-    static constexpr std::ptrdiff_t kVainLooks = 8;  // times the size of the text
+    static constexpr std::ptrdiff_t kVainLooks = 8; // times the size of the text
     static constexpr std::ptrdiff_t kGlance = 256;
 
     SpfStructure& m_structure;
     const char* m_p;
     const char* m_begin;
     const char* m_end;
-    bool m_commentsEnd = false;  // a comment was never closed, so none behind it is
-    bool m_scopesEnd = false;    // likewise
+    bool m_commentsEnd = false; // a comment was never closed, so none behind it is
+    bool m_scopesEnd = false;   // likewise
     const char* m_noLineFrom = nullptr;
     std::ptrdiff_t m_inVain = 0;
     bool m_ended = false;
     bool m_hasData = false;
 };
 
-}  // namespace
+} // namespace
 
 void SpfStructure::add(std::uint64_t number, const char* begin, const char* end) {
     const auto offset = static_cast<std::uint64_t>(begin - text);
@@ -474,4 +531,4 @@ bool SpfStructure::scan(const char* begin, const char* end, std::string& reason)
     return Scanner(*this, begin, end).scan(reason);
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -15,7 +15,7 @@ namespace VN_SDAI {
 /// as instances: the place of nearly every one fits into the second, others have it in SpfStructure::large.
 struct SpfInstance {
     std::uint64_t number;
-    std::uint64_t place;  ///< offset of the text, and its length in the upper bits
+    std::uint64_t place; ///< offset of the text, and its length in the upper bits
 };
 
 /// Something that is wrong with the text, at a place in it.
@@ -37,9 +37,9 @@ struct SpfFinding {
     };
 
     Kind kind;
-    const char* begin;  ///< what was found is [begin, end)
+    const char* begin; ///< what was found is [begin, end)
     const char* end;
-    std::uint64_t number = 0;  ///< of the instance; 0 for none
+    std::uint64_t number = 0; ///< of the instance; 0 for none
 };
 
 /// The structure of an exchange file (ISO 10303-21, 5 and 7 to 11): header entries, and where each instance stands.
@@ -55,7 +55,8 @@ struct SpfStructure {
     std::string_view textOf(const SpfInstance& instance) const noexcept {
         const std::uint64_t length = instance.place >> kOffsetBits;
         const std::uint64_t offset = instance.place & kOffsetMask;
-        if (length != kLargeLength) return {text + offset, length};
+        if (length != kLargeLength)
+            return {text + offset, length};
         return {text + large[offset].first, large[offset].second};
     }
     void add(std::uint64_t number, const char* begin, const char* end);
@@ -73,4 +74,4 @@ private:
     std::vector<std::pair<std::uint64_t, std::uint64_t>> large;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

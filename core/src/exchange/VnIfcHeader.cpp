@@ -18,7 +18,8 @@ bool equalNoCase(std::string_view left, std::string_view right) noexcept {
 std::string quoted(std::string_view text) {
     std::string result = "'";
     for (const char c : vnEncodeText(text)) {
-        if (c == '\'') result += c;
+        if (c == '\'')
+            result += c;
         result += c;
     }
     return result + '\'';
@@ -32,7 +33,8 @@ void collectStrings(const char* p, const char* end, std::vector<std::string>& st
             continue;
         }
         const char* behind = spf::stringEnd(p, end);
-        if (!behind) return;
+        if (!behind)
+            return;
         std::string text;
         for (const char* q = p + 1; q < behind - 1;) {
             const std::size_t length = *q == '\\' ? spf::backslashLength(q, behind - 1) : 1;
@@ -44,17 +46,19 @@ void collectStrings(const char* p, const char* end, std::vector<std::string>& st
     }
 }
 
-}  // namespace
+} // namespace
 
 const VnIfcHeader::Entry* VnIfcHeader::find(std::string_view keyword) const noexcept {
-    const auto found = std::ranges::find_if(m_entries, [&](const Entry& entry) { return equalNoCase(entry.keyword, keyword); });
+    const auto found =
+        std::ranges::find_if(m_entries, [&](const Entry& entry) { return equalNoCase(entry.keyword, keyword); });
     return found == m_entries.end() ? nullptr : &*found;
 }
 
 std::vector<std::string> VnIfcHeader::strings(std::string_view keyword, std::size_t index) const {
     std::vector<std::string> result;
     const Entry* entry = find(keyword);
-    if (!entry) return result;
+    if (!entry)
+        return result;
     // A closing parenthesis as end mark, so that the text has the form that the scanner knows.
     const std::string text = entry->parameters + ')' + std::string(spf::kPadding, '\0');
     const char* const end = text.data() + entry->parameters.size() + 1;
@@ -86,4 +90,4 @@ VnIfcHeader VnIfcHeader::standard(std::string_view schema, std::string_view file
     return header;
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

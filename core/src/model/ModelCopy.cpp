@@ -18,12 +18,14 @@ class Copier {
 public:
     Copier(VnIfcModel::Data& target, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies)
         : m_target(target), m_reader(target), m_copies(copies) {
-        for (const auto& [source, copy] : copies) m_counterparts.emplace(source.slot(), copy.slot());
+        for (const auto& [source, copy] : copies)
+            m_counterparts.emplace(source.slot(), copy.slot());
     }
 
     VnDbObjectId copy(VnIfcInstanceSlot* source) {
         VnIfcInstanceSlot* result = counterpart(source);
-        for (std::size_t i = 0; i < m_pending.size(); ++i) fill(m_pending[i].first, m_pending[i].second);
+        for (std::size_t i = 0; i < m_pending.size(); ++i)
+            fill(m_pending[i].first, m_pending[i].second);
         return VnDbObjectId(result);
     }
 
@@ -59,13 +61,14 @@ private:
         const std::string from = padded(writer.text());
         std::string text;
         const char* copied = from.data();
-        spf::forEachReference({from.data(), from.size() - spf::kPadding}, [&](const char* first, const char* last, std::uint64_t number) {
-            text.append(copied, first);
-            VnIfcInstanceSlot* referred = data.slots.find(number);
-            const bool exists = referred && VnDbObjectId(referred).openObject();
-            text += exists ? '#' + std::to_string(counterpart(referred)->number) : "$";
-            copied = last;
-        });
+        spf::forEachReference({from.data(), from.size() - spf::kPadding},
+                              [&](const char* first, const char* last, std::uint64_t number) {
+                                  text.append(copied, first);
+                                  VnIfcInstanceSlot* referred = data.slots.find(number);
+                                  const bool exists = referred && VnDbObjectId(referred).openObject();
+                                  text += exists ? '#' + std::to_string(counterpart(referred)->number) : "$";
+                                  copied = last;
+                              });
         text.append(copied, from.data() + from.size() - spf::kPadding);
         read(text, copy);
     }
@@ -75,7 +78,8 @@ private:
     void read(std::string_view text, VnIfcInstanceSlot* slot) {
         m_reader.read({padded(text).data(), text.size()}, slot);
         m_reader.remarks().clear();
-        for (auto& [keeper, kept] : m_reader.kept()) m_target.kept.emplace(keeper, std::move(kept));
+        for (auto& [keeper, kept] : m_reader.kept())
+            m_target.kept.emplace(keeper, std::move(kept));
         m_reader.kept().clear();
         ++m_target.count;
     }
@@ -87,7 +91,7 @@ private:
     std::vector<std::pair<VnIfcInstanceSlot*, VnIfcInstanceSlot*>> m_pending;
 };
 
-}  // namespace
+} // namespace
 
 VnDbObjectId VnIfcModel::copy(const VnDbObjectId& source) {
     std::vector<std::pair<VnDbObjectId, VnDbObjectId>> copies;
@@ -96,11 +100,13 @@ VnDbObjectId VnIfcModel::copy(const VnDbObjectId& source) {
 
 VnDbObjectId VnIfcModel::copy(const VnDbObjectId& source, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies) {
     const VnIfcEntityBase* instance = source.openObject();
-    if (!instance) return {};
+    if (!instance)
+        return {};
     const VnIfcEntityType* type = instance->getInstanceType();
-    if (type && !m_data->schema->entity(type->name())) return {};
+    if (type && !m_data->schema->entity(type->name()))
+        return {};
     Copier copier(*m_data, copies);
     return source.model() == this ? copier.copyAlone(source.slot()) : copier.copy(source.slot());
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

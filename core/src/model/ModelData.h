@@ -13,10 +13,11 @@ namespace VN_SDAI {
 struct VnIfcModel::Data {
     Data(VnIfcModel* owner, const VnIfcSchema* schemaOfModel) : model(owner), schema(schemaOfModel), slots(owner) {}
 
-    /// The slot of a number; makes one for a number that no instance has (a dangling reference). Safe from several threads
-    /// as long as nobody inserts instances.
+    /// The slot of a number; makes one for a number that no instance has (a dangling reference). Safe from several
+    /// threads as long as nobody inserts instances.
     VnIfcInstanceSlot* slotForReference(std::uint64_t number) {
-        if (VnIfcInstanceSlot* slot = slots.find(number)) return slot;
+        if (VnIfcInstanceSlot* slot = slots.find(number))
+            return slot;
         return danglingSlot(number);
     }
     VnIfcInstanceSlot* danglingSlot(std::uint64_t number);
@@ -44,7 +45,7 @@ struct VnIfcModel::Data {
         std::uint64_t line;
         std::uint64_t column;
     };
-    std::vector<Place> places;  // ascending numbers; empty when nobody asked for them
+    std::vector<Place> places; // ascending numbers; empty when nobody asked for them
 
     std::mutex orderMutex;
     std::mutex danglingMutex;
@@ -52,4 +53,4 @@ struct VnIfcModel::Data {
     std::unordered_map<const VnIfcInstanceSlot*, KeptParameters> kept;
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

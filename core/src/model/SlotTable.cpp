@@ -21,16 +21,16 @@ bool byNumber(const VnIfcInstanceSlot* left, const VnIfcInstanceSlot* right) noe
 
 /// Different in each run, so that nobody can prepare a file whose numbers all meet in one cell.
 std::uint64_t randomMultiplier() noexcept {
-    static std::atomic<std::uint64_t> next = reinterpret_cast<std::uintptr_t>(&next) +
-                                             static_cast<std::uint64_t>(
-                                                 std::chrono::steady_clock::now().time_since_epoch().count());
+    static std::atomic<std::uint64_t> next =
+        reinterpret_cast<std::uintptr_t>(&next) +
+        static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
     std::uint64_t bits = next.fetch_add(0x9E3779B97F4A7C15ull, std::memory_order_relaxed);
     bits = (bits ^ (bits >> 30)) * 0xBF58476D1CE4E5B9ull;
     bits = (bits ^ (bits >> 27)) * 0x94D049BB133111EBull;
     return bits | 1;
 }
 
-}  // namespace
+} // namespace
 
 SlotTable::SlotTable(VnIfcModel* model) noexcept : m_model(model), m_multiplier(randomMultiplier()) {}
 
@@ -52,7 +52,8 @@ void SlotTable::newBlock() {
 
 VnIfcInstanceSlot* SlotTable::newSlot() {
     if (m_next == m_pageEnd) {
-        if (m_nextPage == m_blockEnd) newBlock();
+        if (m_nextPage == m_blockEnd)
+            newBlock();
         new (m_nextPage) PageHead{m_model, 0};
         m_next = reinterpret_cast<VnIfcInstanceSlot*>(m_nextPage + sizeof(PageHead));
         m_nextPage += kPageSize;
@@ -63,12 +64,15 @@ VnIfcInstanceSlot* SlotTable::newSlot() {
 
 void SlotTable::reserve(std::size_t count, std::uint64_t largest, std::uint64_t gap) {
     if (largest < denseLimit(m_count + count)) {
-        if (m_count == 0 && m_dense.size() <= largest) m_dense.resize(static_cast<std::size_t>(largest) + 1);
+        if (m_count == 0 && m_dense.size() <= largest)
+            m_dense.resize(static_cast<std::size_t>(largest) + 1);
         return;
     }
-    if (m_hashedCount == 0) m_shift = std::bit_width(gap | 1) - 1;
+    if (m_hashedCount == 0)
+        m_shift = std::bit_width(gap | 1) - 1;
     const std::size_t cells = 3 * (m_hashedCount + count) / 2;
-    if (cells > m_cells.size()) rehash(cells);
+    if (cells > m_cells.size())
+        rehash(cells);
 }
 
 VnIfcInstanceSlot* SlotTable::insert(std::uint64_t number) {
@@ -77,17 +81,21 @@ VnIfcInstanceSlot* SlotTable::insert(std::uint64_t number) {
         m_dense.resize(std::max<std::size_t>(static_cast<std::size_t>(number) + 1, before + before / 2));
         if (m_hashedCount > 0) {
             forEachSlot([&](VnIfcInstanceSlot* other) {
-                if (other->number >= before && other->number < m_dense.size()) m_dense[other->number] = other;
+                if (other->number >= before && other->number < m_dense.size())
+                    m_dense[other->number] = other;
             });
         }
     }
     VnIfcInstanceSlot* slot = newSlot();
     slot->number = number;
-    if (number < m_dense.size()) m_dense[number] = slot;
-    else insertHashed(slot);
+    if (number < m_dense.size())
+        m_dense[number] = slot;
+    else
+        insertHashed(slot);
     m_largest = std::max(m_largest, number);
     // An order that was asked for stays good as long as new instances come last.
-    if (m_ordered.size() == m_count && !m_ordered.empty() && number > m_ordered.back()->number) m_ordered.push_back(slot);
+    if (m_ordered.size() == m_count && !m_ordered.empty() && number > m_ordered.back()->number)
+        m_ordered.push_back(slot);
     ++m_count;
     return slot;
 }
@@ -100,14 +108,17 @@ std::size_t SlotTable::cellOf(std::uint64_t number) const noexcept {
 
 VnIfcInstanceSlot* SlotTable::findHashed(std::uint64_t number) const noexcept {
     for (std::size_t i = cellOf(number); m_cells[i].slot; i = i + 1 < m_cells.size() ? i + 1 : 0)
-        if (m_cells[i].number == number) return m_cells[i].slot;
+        if (m_cells[i].number == number)
+            return m_cells[i].slot;
     return nullptr;
 }
 
 void SlotTable::insertHashed(VnIfcInstanceSlot* slot) {
-    if (4 * (m_hashedCount + 1) > 3 * m_cells.size()) rehash(2 * (m_hashedCount + 8));
+    if (4 * (m_hashedCount + 1) > 3 * m_cells.size())
+        rehash(2 * (m_hashedCount + 8));
     std::size_t i = cellOf(slot->number);
-    for (; m_cells[i].slot; i = i + 1 < m_cells.size() ? i + 1 : 0) ++m_steps;
+    for (; m_cells[i].slot; i = i + 1 < m_cells.size() ? i + 1 : 0)
+        ++m_steps;
     m_cells[i] = {slot->number, slot};
     ++m_hashedCount;
     if (m_steps > 32 * m_hashedCount + 4096) {
@@ -124,16 +135,19 @@ void SlotTable::rehash(std::size_t cells) {
     m_hashedCount = 0;
     m_steps = 0;
     for (const Cell& cell : before)
-        if (cell.slot) insertHashed(cell.slot);
+        if (cell.slot)
+            insertHashed(cell.slot);
 }
 
 const std::vector<VnIfcInstanceSlot*>& SlotTable::ordered() {
-    if (m_ordered.size() == m_count) return m_ordered;
+    if (m_ordered.size() == m_count)
+        return m_ordered;
     m_ordered.clear();
     m_ordered.reserve(m_count);
-    if (m_hashedCount == 0) {  // the dense table is in order already
+    if (m_hashedCount == 0) { // the dense table is in order already
         for (VnIfcInstanceSlot* slot : m_dense)
-            if (slot) m_ordered.push_back(slot);
+            if (slot)
+                m_ordered.push_back(slot);
         return m_ordered;
     }
     forEachSlot([&](VnIfcInstanceSlot* slot) { m_ordered.push_back(slot); });
@@ -142,4 +156,4 @@ const std::vector<VnIfcInstanceSlot*>& SlotTable::ordered() {
     return m_ordered;
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

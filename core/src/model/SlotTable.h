@@ -19,7 +19,8 @@ public:
     /// Makes room for `count` slots with numbers up to `largest`, most of which are `gap` apart.
     void reserve(std::size_t count, std::uint64_t largest, std::uint64_t gap);
     VnIfcInstanceSlot* find(std::uint64_t number) const noexcept {
-        if (number < m_dense.size() && m_dense[number]) return m_dense[number];
+        if (number < m_dense.size() && m_dense[number])
+            return m_dense[number];
         return m_cells.empty() ? nullptr : findHashed(number);
     }
     /// Makes the slot of a number that has none yet.
@@ -53,7 +54,7 @@ private:
     /// Holds the number too: to look into the slots would cost a cache miss for each.
     struct Cell {
         std::uint64_t number;
-        VnIfcInstanceSlot* slot;  // null in an empty cell
+        VnIfcInstanceSlot* slot; // null in an empty cell
     };
     using Cells = std::vector<Cell, PageAllocator<Cell>>;
 
@@ -77,10 +78,10 @@ private:
     Slots m_dense;
     Cells m_cells;
     std::size_t m_hashedCount = 0;
-    std::size_t m_steps = 0;  // taken from one cell to the next by all that were inserted
+    std::size_t m_steps = 0; // taken from one cell to the next by all that were inserted
     std::uint64_t m_multiplier;
-    unsigned m_shift = 0;  // numbers that differ in lower bits only share a cell
-    std::vector<VnIfcInstanceSlot*> m_ordered;  // of the first slots made, when somebody asked last
+    unsigned m_shift = 0;                      // numbers that differ in lower bits only share a cell
+    std::vector<VnIfcInstanceSlot*> m_ordered; // of the first slots made, when somebody asked last
 };
 
 template <class Visit>
@@ -91,11 +92,12 @@ void SlotTable::forEachSlot(Visit visit) const {
             auto* slot = reinterpret_cast<VnIfcInstanceSlot*>(page + sizeof(PageHead));
             auto* const end = reinterpret_cast<VnIfcInstanceSlot*>(page + kPageSize);
             for (; slot < end; ++slot) {
-                if (slot == m_next) return;
+                if (slot == m_next)
+                    return;
                 visit(slot);
             }
         }
     }
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -24,18 +24,21 @@ std::vector<std::uint64_t> numbersInTexts(const VnIfcModel& model) {
         spf::forEachReference({padded.data(), text.size()}, add);
     };
     model.forEach([&](const VnIfcEntityBase& instance) {
-        if (!instance.getInstanceType()) collect(dynamic_cast<const VnIfcForeignInstance&>(instance).parameters());
+        if (!instance.getInstanceType())
+            collect(dynamic_cast<const VnIfcForeignInstance&>(instance).parameters());
     });
     for (const auto& [slot, kept] : model.data().kept) {
-        if (slot->has(VnIfcInstanceSlot::kErased)) continue;
-        for (const KeptParameters::Parameter& parameter : kept.parameters) collect(parameter.text);
+        if (slot->has(VnIfcInstanceSlot::kErased))
+            continue;
+        for (const KeptParameters::Parameter& parameter : kept.parameters)
+            collect(parameter.text);
         collect(kept.surplus);
     }
     std::ranges::sort(numbers);
     return numbers;
 }
 
-}  // namespace
+} // namespace
 
 /// Who was the first with the values of a UNIQUE rule, and what is looked up once.
 struct VnIfcCheck::Seen {
@@ -54,14 +57,18 @@ void VnIfcCheck::run() {
 
 void VnIfcCheck::report(VnIfcDiagnostic::Severity severity, const char* code, const VnIfcEntityBase& instance,
                         std::string_view attribute, std::string found, std::string expected) {
-    if (severity == VnIfcDiagnostic::kError) ++m_errors;
-    if (severity == VnIfcDiagnostic::kWarning) ++m_warnings;
-    if (!m_sink) return;
+    if (severity == VnIfcDiagnostic::kError)
+        ++m_errors;
+    if (severity == VnIfcDiagnostic::kWarning)
+        ++m_warnings;
+    if (!m_sink)
+        return;
     VnIfcDiagnostic diagnostic;
     diagnostic.severity = severity;
     diagnostic.code = code;
     diagnostic.instance = instance.objectId().number();
-    if (const VnIfcEntityType* type = instance.getInstanceType()) diagnostic.keyword = type->name();
+    if (const VnIfcEntityType* type = instance.getInstanceType())
+        diagnostic.keyword = type->name();
     diagnostic.attribute = attribute;
     diagnostic.found = std::move(found);
     diagnostic.expected = std::move(expected);
@@ -69,27 +76,33 @@ void VnIfcCheck::report(VnIfcDiagnostic::Severity severity, const char* code, co
     m_sink(diagnostic);
 }
 
-void VnIfcCheck::unique(const VnIfcEntityBase& instance, const void* rule, std::string_view attributes, std::string values) {
+void VnIfcCheck::unique(const VnIfcEntityBase& instance, const void* rule, std::string_view attributes,
+                        std::string values) {
     const std::uint64_t number = instance.objectId().number();
     const auto [first, isNew] = m_seen->byRule[rule].try_emplace(std::move(values), number);
-    if (isNew) return;
+    if (isNew)
+        return;
     report(VnIfcDiagnostic::kError, "unique", instance, attributes, "the value of #" + std::to_string(first->second),
            "a value that no other instance has");
 }
 
 bool VnIfcCheck::isNamedInText(const VnIfcEntityBase& instance) {
-    if (!m_seen->namedInText) m_seen->namedInText = numbersInTexts(m_model);
+    if (!m_seen->namedInText)
+        m_seen->namedInText = numbersInTexts(m_model);
     return std::ranges::binary_search(*m_seen->namedInText, instance.objectId().number());
 }
 
 void VnIfcCheck::text(const VnIfcEntityBase& instance, std::string_view attribute, std::string_view value) {
-    const bool isPlain = std::all_of(value.begin(), value.end(), [](char c) { return c >= ' ' && c <= '~' && c != '\\'; });
-    if (isPlain) return;
+    const bool isPlain =
+        std::all_of(value.begin(), value.end(), [](char c) { return c >= ' ' && c <= '~' && c != '\\'; });
+    if (isPlain)
+        return;
     const VnIfcDecodedText decoded = vnDecodeText(value);
-    if (decoded.faults.empty()) return;
+    if (decoded.faults.empty())
+        return;
     const auto& fault = decoded.faults.front();
-    report(VnIfcDiagnostic::kWarning, "text", instance, attribute, std::string(value.substr(fault.offset, fault.length)),
-           "text that can be decoded");
+    report(VnIfcDiagnostic::kWarning, "text", instance, attribute,
+           std::string(value.substr(fault.offset, fault.length)), "text that can be decoded");
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

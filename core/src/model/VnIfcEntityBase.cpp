@@ -15,7 +15,8 @@ void* VnIfcEntityBase::operator new(std::size_t size) {
 
 void VnIfcEntityBase::operator delete(void* memory) noexcept {
     // Reached inside an arena scope only when a constructor failed; the memory goes with the arena.
-    if (!VnIfcArenaScope::current()) ::operator delete(memory);
+    if (!VnIfcArenaScope::current())
+        ::operator delete(memory);
 }
 
 bool VnIfcEntityBase::testAttr(const VnIfcAttributeDefinition* attribute) const {
@@ -40,10 +41,12 @@ void VnIfcEntityBase::_unsetAttr(const VnAnsiString& name) { unsetAttr(name); }
 void VnIfcEntityBase::check(VnIfcCheck&) const {}
 const VnIfcGUID* VnIfcEntityBase::globalId() const noexcept { return nullptr; }
 
-// ---- VnIfcForeignInstance --------------------------------------------------------------------------------------------------
+// ---- VnIfcForeignInstance
+// --------------------------------------------------------------------------------------------------
 
 VN::ErrorStatus VnIfcForeignInstance::outFields(VnSpfFilerBase* filer) const {
-    for (const char c : m_parameters.view()) filer->wrChar(c);
+    for (const char c : m_parameters.view())
+        filer->wrChar(c);
     return VN::eOk;
 }
 
@@ -51,4 +54,4 @@ bool VnIfcForeignInstance::isInstanceOf(const char* name) const {
     return name && !m_keyword.isEmpty() && m_keyword.compareNoCase(name) == 0;
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

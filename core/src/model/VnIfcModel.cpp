@@ -11,11 +11,13 @@ namespace VN_SDAI {
 
 VnIfcModel* VnIfcInstanceSlot::model() const noexcept { return SlotTable::modelOf(this); }
 
-// ---- Data ----------------------------------------------------------------------------------------------------------------
+// ---- Data
+// ----------------------------------------------------------------------------------------------------------------
 
 VnIfcInstanceSlot* VnIfcModel::Data::danglingSlot(std::uint64_t number) {
     const std::lock_guard lock(danglingMutex);
-    if (VnIfcInstanceSlot* slot = dangling.find(number)) return slot;
+    if (VnIfcInstanceSlot* slot = dangling.find(number))
+        return slot;
     return dangling.insert(number);
 }
 
@@ -23,17 +25,22 @@ VnIfcInstanceSlot* VnIfcModel::Data::slotForInstance(std::uint64_t number) { ret
 
 std::uint64_t VnIfcModel::Data::nextNumber() noexcept {
     const std::uint64_t largest = std::max(slots.largest(), dangling.largest());
-    if (largest != UINT64_MAX) return largest + 1;
-    while (slots.find(firstFree) || dangling.find(firstFree)) ++firstFree;
+    if (largest != UINT64_MAX)
+        return largest + 1;
+    while (slots.find(firstFree) || dangling.find(firstFree))
+        ++firstFree;
     return firstFree;
 }
 
 void VnIfcModel::Data::destroyInstances() noexcept {
     slots.forEachSlot([](const VnIfcInstanceSlot* slot) {
         VnIfcEntityBase* instance = slot->object();
-        if (!instance) return;
-        if (slot->has(VnIfcInstanceSlot::kInArena)) instance->~VnIfcEntityBase();
-        else delete instance;
+        if (!instance)
+            return;
+        if (slot->has(VnIfcInstanceSlot::kInArena))
+            instance->~VnIfcEntityBase();
+        else
+            delete instance;
     });
 }
 
@@ -42,7 +49,8 @@ const std::vector<VnIfcInstanceSlot*>& VnIfcModel::Data::ordered() {
     return slots.ordered();
 }
 
-// ---- Life ------------------------------------------------------------------------------------------------------------------
+// ---- Life
+// ------------------------------------------------------------------------------------------------------------------
 
 VnIfcModel::VnIfcModel(const VnIfcSchema* schema) : m_data(std::make_unique<Data>(this, schema)) {}
 
@@ -57,7 +65,8 @@ const VnIfcSchema* VnIfcModel::schema() const noexcept { return m_data->schema; 
 VnIfcHeader& VnIfcModel::header() noexcept { return m_data->header; }
 const VnIfcHeader& VnIfcModel::header() const noexcept { return m_data->header; }
 
-// ---- Instances -------------------------------------------------------------------------------------------------------------
+// ---- Instances
+// -------------------------------------------------------------------------------------------------------------
 
 void VnIfcModel::adopt(VnIfcInstanceSlot* slot, VnIfcEntityBase* instance, bool inArena) const noexcept {
     instance->m_id = VnDbObjectId(slot);
@@ -78,7 +87,8 @@ VnDbObjectId VnIfcModel::append(std::unique_ptr<VnIfcEntityBase> instance) {
 }
 
 bool VnIfcModel::erase(const VnDbObjectId& handle) {
-    if (handle.isNull() || handle.model() != this || !handle.openObject()) return false;
+    if (handle.isNull() || handle.model() != this || !handle.openObject())
+        return false;
     handle.openObject()->leaveInverseCounterParts();
     handle.slot()->set(VnIfcInstanceSlot::kErased);
     --m_data->count;
@@ -96,7 +106,8 @@ VnDbObjectId VnIfcModel::findByGlobalId(const VnIfcGUID& globalId) const {
     for (VnIfcInstanceSlot* slot : m_data->ordered()) {
         const VnIfcEntityBase* instance = VnDbObjectId(slot).openObject();
         const VnIfcGUID* own = instance ? instance->globalId() : nullptr;
-        if (own && *own == globalId) return VnDbObjectId(slot);
+        if (own && *own == globalId)
+            return VnDbObjectId(slot);
     }
     return {};
 }
@@ -105,13 +116,15 @@ void VnIfcModel::forEach(const std::function<void(VnIfcEntityBase&)>& visit) con
     // A copy, because visitors may create instances, and where the largest number is taken those come in between.
     const std::vector<VnIfcInstanceSlot*> slots = m_data->ordered();
     for (VnIfcInstanceSlot* slot : slots)
-        if (VnIfcEntityBase* instance = VnDbObjectId(slot).openObject()) visit(*instance);
+        if (VnIfcEntityBase* instance = VnDbObjectId(slot).openObject())
+            visit(*instance);
 }
 
 void VnIfcModel::forEach(const VnIfcEntityType* type, bool withSubtypes,
                          const std::function<void(VnIfcEntityBase&)>& visit) const {
     forEach([&](VnIfcEntityBase& instance) {
-        if (withSubtypes ? instance.isKindOf(type) : instance.isInstanceOf(type)) visit(instance);
+        if (withSubtypes ? instance.isKindOf(type) : instance.isInstanceOf(type))
+            visit(instance);
     });
 }
 
@@ -130,7 +143,8 @@ std::vector<VnDbObjectId> VnIfcModel::instancesOf(const VnIfcEntityType* type, b
 
 bool VnIfcModel::place(const VnDbObjectId& handle, std::uint64_t& line, std::uint64_t& column) const noexcept {
     const auto found = std::ranges::lower_bound(m_data->places, handle.number(), {}, &Data::Place::number);
-    if (found == m_data->places.end() || found->number != handle.number()) return false;
+    if (found == m_data->places.end() || found->number != handle.number())
+        return false;
     line = found->line;
     column = found->column;
     return true;
@@ -140,10 +154,12 @@ void VnIfcModel::setInverseCounterParts() {
     forEach([](VnIfcEntityBase& instance) { instance.setInverseCounterParts(); });
 }
 
-// ---- VnIfcEntityBase -------------------------------------------------------------------------------------------------------
+// ---- VnIfcEntityBase
+// -------------------------------------------------------------------------------------------------------
 
 bool VnIfcEntityBase::keepsText(unsigned position) const noexcept {
-    if (m_id.isNull() || !m_id.slot()->has(VnIfcInstanceSlot::kHasKept)) return false;
+    if (m_id.isNull() || !m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
+        return false;
     const auto& kept = owningModel()->data().kept;
     const auto found = kept.find(m_id.slot());
     return found != kept.end() && found->second.find(position);
@@ -152,11 +168,13 @@ bool VnIfcEntityBase::keepsText(unsigned position) const noexcept {
 void VnIfcEntityBase::dropKept(unsigned position) noexcept {
     VnIfcModel::Data& data = owningModel()->data();
     const auto found = data.kept.find(m_id.slot());
-    if (found == data.kept.end()) return;
+    if (found == data.kept.end())
+        return;
     found->second.drop(position);
-    if (!found->second.isEmpty()) return;
+    if (!found->second.isEmpty())
+        return;
     data.kept.erase(found);
     m_id.slot()->reset(VnIfcInstanceSlot::kHasKept);
 }
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI

@@ -6,29 +6,29 @@
 namespace IFC4X3::dictionary {
 
 struct DefinedType {
-    const char* name;        ///< "IfcLabel"
-    const char* underlying;  ///< "string", "ifclengthmeasure"
+    const char* name;       ///< "IfcLabel"
+    const char* underlying; ///< "string", "ifclengthmeasure"
 };
 
 struct EnumerationRecord {
-    const char* name;        ///< "ifcwalltypeenum"
+    const char* name; ///< "ifcwalltypeenum"
     std::span<const char* const> literals;
 };
 
 struct SelectRecord {
-    const char* name;        ///< "IfcValue"
-    std::span<const char* const> members;  ///< direct members, upper case
+    const char* name;                     ///< "IfcValue"
+    std::span<const char* const> members; ///< direct members, upper case
     VN_SDAI::VnIfcNameType** type;
 };
 
 enum class AggregationKind : std::uint8_t { kSet, kList, kArray };
 
 struct AggregationRecord {
-    const char* name;        ///< "IfcArcIndex", "list [1:?] of IfcActorRole"
+    const char* name; ///< "IfcArcIndex", "list [1:?] of IfcActorRole"
     AggregationKind kind;
     int lower;
-    int upper;               ///< kUnbounded for "?"
-    const char* element;     ///< "IfcActorRole", "real", or an inner aggregation's text
+    int upper;           ///< kUnbounded for "?"
+    const char* element; ///< "IfcActorRole", "real", or an inner aggregation's text
     bool named;
 };
 
@@ -40,4 +40,4 @@ extern const std::span<const EnumerationRecord> enumerations;
 extern const std::span<const SelectRecord> selects;
 extern const std::span<const AggregationRecord> aggregations;
 
-}  // namespace IFC4X3::dictionary
+} // namespace IFC4X3::dictionary

@@ -26,7 +26,7 @@ enum class AttributeKind : std::uint8_t {
     kEnumeration,
     kSelect,
     kAggregate,
-    kDerived,  ///< a position of the parameter list that a subtype derives: no member
+    kDerived, ///< a position of the parameter list that a subtype derives: no member
 };
 
 enum Mark : std::uint8_t { kMandatory = 0, kOptional = 1 };
@@ -37,31 +37,31 @@ inline constexpr int kUnset = VN_SDAI::Consts::VnIntUnset;
 
 /// One attribute of an entity class: all that the operations of its kind need to know.
 struct AttributeRow {
-    const char* name;        ///< as declared: "GlobalId"
-    const char* typeText;    ///< of the dictionary: "IFCLABEL", "set [1:?] of IFCOBJECTDEFINITION"
-    const void* type;        ///< enumerations: EnumerationClass; selects and aggregates: operations of the member's type
-    std::uint32_t offset;    ///< of the member in the instance
+    const char* name;     ///< as declared: "GlobalId"
+    const char* typeText; ///< of the dictionary: "IFCLABEL", "set [1:?] of IFCOBJECTDEFINITION"
+    const void* type;     ///< enumerations: EnumerationClass; selects and aggregates: operations of the member's type
+    std::uint32_t offset; ///< of the member in the instance
     AttributeKind kind;
     Mark mark;
-    bool isBinary = false;   ///< aggregates of BINARY, whose elements stand in double quotes
-    std::uint8_t unique = 0; ///< bit i: the elements of nesting level i must differ
-    VN_SDAI::VnIfcEntityType* const* target = nullptr;  ///< the entity that references must be of
+    bool isBinary = false;                             ///< aggregates of BINARY, whose elements stand in double quotes
+    std::uint8_t unique = 0;                           ///< bit i: the elements of nesting level i must differ
+    VN_SDAI::VnIfcEntityType* const* target = nullptr; ///< the entity that references must be of
 };
 
 /// An inverse attribute; `attribute.typeText` is the entity on the other side in lower case.
 struct InverseRow {
     AttributeRow attribute;
-    const char* inverted;    ///< the attribute there: "RelatedObjects"
+    const char* inverted; ///< the attribute there: "RelatedObjects"
     int lower;
     int upper;
 };
 
 /// A derived attribute, under its name in the dictionary.
 struct DerivedRow {
-    const char* name;        ///< "Dim", or "ifcedge_edgestart" for a redeclared one
+    const char* name; ///< "Dim", or "ifcedge_edgestart" for a redeclared one
     const char* typeText;
-    const char* redeclares;  ///< "EdgeStart"; empty when it redeclares nothing
-    AttributeRow field;      ///< its place in the parameter list, if it redeclares
+    const char* redeclares; ///< "EdgeStart"; empty when it redeclares nothing
+    AttributeRow field;     ///< its place in the parameter list, if it redeclares
 };
 
 /// Where a forward attribute is entered: in this inverse member of targets that are of this entity.
@@ -87,19 +87,19 @@ using PropertyCallback = void (*)(VN_SDAI::VnIfcPropertyCollection*, const VN_SD
 
 /// An entity class as data.
 struct EntityClass {
-    const char* name;                                     ///< "IfcWall"
-    const char* keyword;                                  ///< "IFCWALL"
-    const EntityClass* supertype;                         ///< null for a root
-    VN_SDAI::VnIfcEntityType** record;                    ///< the class's g_pEntityType
+    const char* name;                  ///< "IfcWall"
+    const char* keyword;               ///< "IFCWALL"
+    const EntityClass* supertype;      ///< null for a root
+    VN_SDAI::VnIfcEntityType** record; ///< the class's g_pEntityType
     EntityFactory create;
     PropertyCallback properties;
-    std::span<const AttributeRow> attributes;             ///< own explicit ones
-    std::span<const InverseRow> inverses;                 ///< own
-    std::span<const DerivedRow> derived;                  ///< own
-    std::span<const AttributeRow* const> fields;          ///< the whole parameter list, from the root down
-    std::span<VN_SDAI::VnIfcEntityType** const> chain;    ///< the class, then its root, then down towards it
-    std::span<const InverseLink> links;                   ///< own
-    std::span<const UniqueRule> uniques;                  ///< own
+    std::span<const AttributeRow> attributes;          ///< own explicit ones
+    std::span<const InverseRow> inverses;              ///< own
+    std::span<const DerivedRow> derived;               ///< own
+    std::span<const AttributeRow* const> fields;       ///< the whole parameter list, from the root down
+    std::span<VN_SDAI::VnIfcEntityType** const> chain; ///< the class, then its root, then down towards it
+    std::span<const InverseLink> links;                ///< own
+    std::span<const UniqueRule> uniques;               ///< own
     bool isAbstract;
 };
 
@@ -143,4 +143,4 @@ E* openAs(const VN_SDAI::VnDbObjectId& handle) {
     return instance && instance->isKindOf(E::g_pEntityType) ? static_cast<E*>(instance) : nullptr;
 }
 
-}  // namespace IFC4X3
+} // namespace IFC4X3

@@ -34,7 +34,9 @@ public:
 
     constexpr Enumeration(Code code = unset) noexcept : m_code(code) {}
     /// From a number; whatever is no literal's code becomes unset.
-    static constexpr E fromCode(std::uint32_t code) noexcept { return E(code < unset ? static_cast<Code>(code) : unset); }
+    static constexpr E fromCode(std::uint32_t code) noexcept {
+        return E(code < unset ? static_cast<Code>(code) : unset);
+    }
 
     constexpr operator Code() const noexcept { return static_cast<Code>(m_code); }
     constexpr std::uint32_t code() const noexcept { return m_code; }
@@ -51,7 +53,7 @@ concept EnumerationType = requires {
     { (E::s_class) } -> std::same_as<const EnumerationClass&>;
 };
 
-}  // namespace IFC4X3
+} // namespace IFC4X3
 
 /// The descriptor of an enumeration class.
 template <IFC4X3::EnumerationType E>

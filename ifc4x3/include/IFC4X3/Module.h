@@ -16,8 +16,8 @@ IFC4X3_API VN_SDAI::VnIfcSchema* vnifcGetSchemaPointer();
 
 /// Makes the property object that stands for a whole instance, which the caller owns: a VnIfcSimpleProperty for an
 /// IfcPropertySingleValue or IfcPropertyBoundedValue, a VnIfcComplexProperty for an IfcComplexProperty or
-/// IfcPhysicalComplexQuantity, a VnIfcQuantityClusterProperty for the quantities of one number. Nothing is made, and the
-/// answer is false, for all others, their subtypes too, and for null. `code` becomes the kind of the value
+/// IfcPhysicalComplexQuantity, a VnIfcQuantityClusterProperty for the quantities of one number. Nothing is made, and
+/// the answer is false, for all others, their subtypes too, and for null. `code` becomes the kind of the value
 /// (VnTypeCodeKind): of a single value that of what it holds, 6 for quantities, 12 for complex ones; it stays as it was
 /// for a bounded value. The answer is false also for a single value, although its property was made: go by `property`.
 IFC4X3_API bool vnIfcBuildPropertyForSimple(VN_SDAI::VnIfcEntityBase* instance, VN_SDAI::VnIfcProperty*& property,

@@ -9,13 +9,14 @@
 
 namespace IFC4X3 {
 
-/// One member of a select: the name under which it is chosen, the kind of its value, and its type where the kind needs it.
+/// One member of a select: the name under which it is chosen, the kind of its value, and its type where the kind needs
+/// it.
 struct SelectMember {
     const VN_SDAI::VnAnsiString* name;
     VN_SDAI::VnTypeCodeKind kind;
-    VN_SDAI::VnIfcEntityType** entity;         ///< entity members: the class's record
-    const EnumerationClass* enumeration;       ///< enumeration members
-    const VN_SDAI::VnIfcAggr* prototype;       ///< aggregate members: a nil aggregate of the member's type
+    VN_SDAI::VnIfcEntityType** entity;   ///< entity members: the class's record
+    const EnumerationClass* enumeration; ///< enumeration members
+    const VN_SDAI::VnIfcAggr* prototype; ///< aggregate members: a nil aggregate of the member's type
 };
 
 /// The descriptors of a select class, of pointers to it, and of its arrays and pointers to its aggregates if the schema
@@ -30,7 +31,7 @@ struct SelectDescriptors {
 struct SelectClass {
     const char* name;
     std::span<const SelectMember> members;
-    VN_SDAI::VnIfcNameType** type;             ///< the select's record in the dictionary
+    VN_SDAI::VnIfcNameType** type; ///< the select's record in the dictionary
     SelectDescriptors descriptors;
 
     std::int32_t memberCount() const noexcept { return static_cast<std::int32_t>(members.size()); }
@@ -103,13 +104,15 @@ protected:
     void setEnumeration(std::int32_t code, std::uint32_t value);
     template <class T>
     void setAggregate(std::int32_t code, const VN_SDAI::VnIfcArray<T>& value) {
-        if (chooseType(code) != VN::eOk) return;
+        if (chooseType(code) != VN::eOk)
+            return;
         static_cast<VN_SDAI::VnIfcAggrOf<T>&>(*getAggr()).assign(std::span<const T>(value));
     }
 
 private:
     std::int32_t discriminatorAfterRefresh() const noexcept {
-        if (m_discriminator > selectClass().memberCount()) refreshSelectHandle();
+        if (m_discriminator > selectClass().memberCount())
+            refreshSelectHandle();
         return m_discriminator;
     }
 
@@ -119,13 +122,15 @@ private:
 static_assert(sizeof(Select) == 32);
 
 template <class S>
-concept SelectType = std::derived_from<S, Select> && requires { S::s_class; };
+concept SelectType = std::derived_from<S, Select> && requires {
+    S::s_class;
+};
 
 /// The selects that aggregates of class Aggregate hold in the schema.
 template <class S, class Aggregate>
 concept SelectInAggregate = SelectType<S> && std::same_as<typename S::Aggregate, Aggregate>;
 
-}  // namespace IFC4X3
+} // namespace IFC4X3
 
 namespace VN_SDAI {
 
@@ -145,7 +150,7 @@ struct VnIfcVariantType::Desc<S*> {
 
 /// The descriptor of arrays of S, for the selects that stand in aggregates.
 template <IFC4X3::SelectType S>
-    requires requires { typename S::Aggregate; }
+requires requires { typename S::Aggregate; }
 struct VnIfcVariantType::Desc<VnIfcArray<S, VnIfcArrayObjectCopyReallocator<S>>> {
     static const VnIfcVariantType& value() { return S::s_class.descriptors.array->value(); }
     static void release() noexcept { S::s_class.descriptors.array->release(); }
@@ -153,7 +158,7 @@ struct VnIfcVariantType::Desc<VnIfcArray<S, VnIfcArrayObjectCopyReallocator<S>>>
 
 /// The descriptor of pointers to the SETs of S.
 template <class S>
-    requires IFC4X3::SelectInAggregate<S, VnIfcSetAggr<S>>
+requires IFC4X3::SelectInAggregate<S, VnIfcSetAggr<S>>
 struct VnIfcVariantType::Desc<VnIfcSetAggr<S>*> {
     static const VnIfcVariantType& value() { return S::s_class.descriptors.aggregate->value(); }
     static void release() noexcept { S::s_class.descriptors.aggregate->release(); }
@@ -161,10 +166,10 @@ struct VnIfcVariantType::Desc<VnIfcSetAggr<S>*> {
 
 /// The descriptor of pointers to the LISTs of S.
 template <class S>
-    requires IFC4X3::SelectInAggregate<S, VnIfcListAggr<S>>
+requires IFC4X3::SelectInAggregate<S, VnIfcListAggr<S>>
 struct VnIfcVariantType::Desc<VnIfcListAggr<S>*> {
     static const VnIfcVariantType& value() { return S::s_class.descriptors.aggregate->value(); }
     static void release() noexcept { S::s_class.descriptors.aggregate->release(); }
 };
 
-}  // namespace VN_SDAI
+} // namespace VN_SDAI
