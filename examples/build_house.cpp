@@ -159,7 +159,7 @@ private:
     unsigned m_count = 0;
 };
 
-// ---- who, in which units, in which space ----------------------------------------------------------------------------
+// ---- who, in which units, in which space
 
 VnDbObjectId makeOwnerHistory(Draft& draft) {
     auto* person = draft.make<IfcPerson>();
@@ -270,7 +270,7 @@ IfcProject* makeProject(Draft& draft) {
     return project;
 }
 
-// ---- shape ----------------------------------------------------------------------------------------------------------
+// ---- shape
 
 VnDbObjectId makePlacement(Draft& draft, const VnDbObjectId& relativeTo, const Vector& origin,
                            const VnDbObjectId& xAxis = {}) {
@@ -317,7 +317,7 @@ void setShape(Draft& draft, IfcProduct& product, const Handles& representations)
     product.setRepresentation(shape->objectId());
 }
 
-// ---- relations ------------------------------------------------------------------------------------------------------
+// ---- relations
 
 void aggregate(Draft& draft, const IfcObjectDefinition& whole, const Handles& parts) {
     auto* relation = draft.makeRoot<IfcRelAggregates>();
@@ -355,7 +355,7 @@ void associateMaterial(Draft& draft, const VnDbObjectId& material, const Handles
     relation->setRelatingMaterial(select<IfcMaterialSelect>(material));
 }
 
-// ---- materials, properties, quantities ------------------------------------------------------------------------------
+// ---- materials, properties, quantities
 
 VnDbObjectId makeMaterial(Draft& draft, const char* name) {
     auto* material = draft.make<IfcMaterial>();
@@ -438,7 +438,7 @@ IfcElementQuantity* makeWallQuantities(Draft& draft, double length, double openi
     return quantities;
 }
 
-// ---- the parts of the house -----------------------------------------------------------------------------------------
+// ---- the parts of the house
 
 /// A storey and what is in it.
 struct Storey {

@@ -10,7 +10,6 @@ namespace IFC4X3 {
 using namespace VN_SDAI;
 
 // ---- type tests
-// --------------------------------------------------------------------------------------------------------
 
 bool Entity::isInstanceOf(const VnIfcEntityType* type) const { return type && type == *entityClass().record; }
 
@@ -40,7 +39,6 @@ const VnIfcGUID* Entity::globalId() const noexcept {
 }
 
 // ---- inverse counterparts
-// ----------------------------------------------------------------------------------------------
 
 namespace {
 

@@ -162,7 +162,6 @@ VN::ErrorStatus Select::chooseType(std::int32_t code) {
 }
 
 // ---- typed values in exchange files
-// ------------------------------------------------------------------------------------
 
 VN::ErrorStatus Select::readTypedField(const VnAnsiString& typeName, VnSpfFilerBase* filer) {
     const std::int32_t code = underlyingTypeByName(typeName);
@@ -205,7 +204,6 @@ VN::ErrorStatus Select::writeTypedField(VnSpfFilerBase* filer) const {
 }
 
 // ---- typed setters
-// -----------------------------------------------------------------------------------------------------
 
 void Select::setInstance(const VnIfcEntityBase* instance) {
     if (instance && !instance->objectId().isNull())

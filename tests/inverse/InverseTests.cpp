@@ -34,7 +34,6 @@ protected:
 };
 
 // ---- Brute force
-// ------------------------------------------------------------------------------------------------------- What inverse
 // attributes must hold, by the dictionary and by name alone: no inverse attribute is read.
 
 /// Who refers to an instance, by inverse attribute of its.
@@ -149,7 +148,6 @@ TEST_F(Inverse, OfRealFilesAreWhatASearchFinds) {
 }
 
 // ---- A model that uses all of them
-// -------------------------------------------------------------------------------------
 
 /// Lets an instance refer to another one through an attribute, whatever holds the reference there.
 bool refer(VnIfcEntityBase& from, const VnAnsiString& attribute, const VnDbObjectId& to) {
@@ -203,7 +201,6 @@ TEST_F(Inverse, AllOfTheSchemaAreFedByWhatRefersToThem) {
 }
 
 // ---- Single classes
-// ----------------------------------------------------------------------------------------------------
 
 TEST_F(Inverse, LastLayerSetTakesTheLayerOver) {
     auto* layer = model.create<IfcMaterialLayer>();

@@ -73,7 +73,6 @@ protected:
 };
 
 // ---- Attributes
-// --------------------------------------------------------------------------------------------------------
 
 /// Tries the property of every attribute.
 class PropertyWalk : public Properties {
@@ -264,7 +263,6 @@ TEST_F(Properties, WrittenAttributeReplacesWhatTheFileHad) {
 }
 
 // ---- Whole properties and quantities
-// -----------------------------------------------------------------------------------
 
 TEST_F(Properties, BuilderKnowsSomeEntitiesExactly) {
     struct Case {

@@ -96,6 +96,8 @@ TEST(Check, EveryKindOfErrorNamesItsInstanceAndAttribute) {
          "#3 ApplicationFullName,Version unique: the value of #2\n"},
         {"#1=IFCPOLYLOOP((#2,#3));\n#3=IFCCARTESIANPOINT((1.));\n",
          "#1 Polygon dangling-reference: #2\n#1 Polygon bounds: 2 elements\n"},
+        {"#1=IFCPOLYLOOP($);\n#2=IFCPERSON('p',$,$,(),$,$,$,$);\n", "#1 Polygon mandatory: $\n"},
+        {"#1=IFCPOLYLOOP(());\n", "#1 Polygon mandatory: $\n"},
         // Nobody refers to it; or what does so has no class, or stands in a text that does not fit.
         {opening, "#1 VoidsElements inverse-bounds: 0 instances\n"},
         {opening + "#2=IFCRELGNAWS(#1);\n", "#2 - unknown-keyword: IFCRELGNAWS\n"},

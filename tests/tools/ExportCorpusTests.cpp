@@ -21,7 +21,6 @@ namespace fs = std::filesystem;
 using nlohmann::json;
 
 // ---- what the file says
-// ------------------------------------------------------------------------------------------------
 
 void appendUtf8(std::string& text, unsigned long c) {
     if (c < 0x80) {
@@ -100,7 +99,6 @@ json jsonOf(const plain::Value& value) {
 }
 
 // ---- what export says
-// --------------------------------------------------------------------------------------------------
 
 /// Files of which the index says that the schema has all that is in them.
 std::vector<fs::path> fittingFiles() {

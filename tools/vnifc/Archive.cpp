@@ -70,7 +70,6 @@ zlib_filefunc64_def functionsOn(std::FILE* file) {
 }
 
 // ---- reading
-// ----------------------------------------------------------------------------------------------------------
 
 /// A copy of standard input in which one can go back.
 File spooledInput() {
@@ -206,7 +205,6 @@ private:
 };
 
 // ---- writing
-// ----------------------------------------------------------------------------------------------------------
 
 /// A file beside the target that takes its place when it is complete.
 class PendingFile {

@@ -14,7 +14,7 @@ using Json = nlohmann::ordered_json;
 
 namespace {
 
-// ---- JSON ----------------------------------------------------------------------------------------------------------
+// ---- JSON
 
 Json recordOfEntry(const DictionaryInstance& record) {
     if (const auto* entity = dynamic_cast<const VnIfcEntityType*>(&record))
@@ -41,7 +41,7 @@ void printDictionary(const VnIfcSchema& schema) {
     fmt::print("}}\n");
 }
 
-// ---- Text ----------------------------------------------------------------------------------------------------------
+// ---- Text
 
 std::string string(const Json& value) { return value.get<std::string>(); }
 

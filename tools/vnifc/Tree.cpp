@@ -115,7 +115,7 @@ std::size_t Structure::place(const Pending& pending) {
     return pending.parent;
 }
 
-// ---- Output --------------------------------------------------------------------------------------------------------
+// ---- Output
 
 void printCounts(const Population::Counts& counts, std::size_t indent) {
     for (const auto& [keyword, count] : byFrequency(counts))

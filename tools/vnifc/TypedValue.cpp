@@ -24,7 +24,6 @@ using namespace VN_SDAI;
 namespace {
 
 // ---- from what is typed to the form of a file
-// --------------------------------------------------------------------------
 
 std::string quoted(std::string_view text) {
     if (text.size() > 1 && text.starts_with('\'') && text.ends_with('\''))
@@ -76,7 +75,6 @@ std::string exchangeForm(const VnIfcSchema& schema, const VnIfcVariant& current,
 }
 
 // ---- from the form of a file to a value
-// --------------------------------------------------------------------------------
 
 /// Reads a single parameter, by the rules for files, into an instance that stands in no model.
 class ParameterReader final : public VnSpfFilerBase {
@@ -125,7 +123,6 @@ private:
 };
 
 // ---- what fits
-// ---------------------------------------------------------------------------------------------------------
 
 /// The type beneath names and aggregations.
 const VnIfcParameterType* innermost(const VnIfcParameterType* type) {

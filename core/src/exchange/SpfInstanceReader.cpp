@@ -167,7 +167,7 @@ void SpfInstanceReader::notify(int, int how) {
     const std::string_view text = valueText();
     if (how != 4)
         remark(how == 2 ? SpfRemark::kBareList : SpfRemark::kEqualElements, text.data(), text.data() + text.size());
-    m_current.parameters.push_back({m_position, std::string(text), {}});
+    m_current.parameters.push_back({m_position, std::string(text), {}, true});
 }
 
 } // namespace VN_SDAI

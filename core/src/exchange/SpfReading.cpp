@@ -47,7 +47,7 @@ const char* scanExponent(const char* p, int& exponent) noexcept {
 
 } // namespace
 
-// ---- look-ahead ----------------------------------------------------------------------------------------------------
+// ---- look-ahead
 
 void VnSpfReadHelper::skipBlanks() noexcept { next = spf::skipBlanks(next, end); }
 
@@ -68,7 +68,6 @@ bool VnSpfFilerBase::ignoreUntilComments(char character, bool) {
 }
 
 // ---- the parameter list
-// ----------------------------------------------------------------------------------------------
 
 void VnSpfFilerBase::startReading(const char* begin, const char* end) noexcept {
     m_helper.next = begin;
@@ -195,7 +194,6 @@ bool VnSpfFilerBase::atDelimiter() const noexcept {
 }
 
 // ---- tokens
-// ------------------------------------------------------------------------------------------------------------
 
 bool VnSpfFilerBase::readReal(double& value, VnSpfProblem& problem) {
     const char* const first = m_helper.next;
@@ -361,7 +359,6 @@ std::string_view VnSpfFilerBase::readLiteral() {
 }
 
 // ---- attributes
-// ----------------------------------------------------------------------------------------------------------
 
 bool VnSpfFilerBase::rdLimitedString(char* buffer, std::size_t length, bool, bool separated) {
     std::string_view text = VnUnsetText.text;
@@ -498,7 +495,6 @@ bool VnSpfFilerBase::rdSelect(VnIfcSelect& value, bool, bool separated) {
 }
 
 // ---- values of selects
-// -------------------------------------------------------------------------------------------------
 
 bool VnSpfFilerBase::readSelectValue(VnIfcSelect& value) {
     const char c = *m_helper.next;
@@ -598,7 +594,6 @@ bool VnSpfFilerBase::readSelectSimple(VnIfcSelect& value, VnTypeCodeKind kind) {
 }
 
 // ---- elements
-// ------------------------------------------------------------------------------------------------------------
 
 bool VnSpfFilerBase::failValue(VnSpfProblem problem) {
     m_failed = true;

@@ -184,7 +184,6 @@ void VnSpfFilerBase::writeString(std::string_view text) {
 }
 
 // ---- attributes
-// --------------------------------------------------------------------------------------------------------
 
 void VnSpfFilerBase::wrLimitedString(const char* value, std::size_t length, bool, bool separated) {
     separate(separated);
@@ -247,7 +246,6 @@ void VnSpfFilerBase::wrDerive(bool separated) {
 }
 
 // ---- elements
-// ------------------------------------------------------------------------------------------------------------
 
 void VnSpfFilerBase::wrPrimitive(const double& value) { writeReal(value); }
 

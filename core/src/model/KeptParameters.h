@@ -6,13 +6,14 @@
 
 namespace VN_SDAI {
 
-/// What an instance's line in the file held that its attributes cannot hold. It is written back in place of what the
+/// What an instance's line in the file held that its attributes cannot hold, or hold in other words. It is written back in place of what the
 /// instance itself would write, as long as the instance still writes what it wrote just after loading.
 struct KeptParameters {
     struct Parameter {
         unsigned position = 0;
         std::string text;      ///< as it stood in the file
         std::string writtenAs; ///< what the instance wrote in its place after loading
+        bool fits = false;     ///< the attribute holds the value, in other words
     };
 
     std::vector<Parameter> parameters;  ///< ascending positions

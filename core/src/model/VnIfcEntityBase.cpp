@@ -42,7 +42,6 @@ void VnIfcEntityBase::check(VnIfcCheck&) const {}
 const VnIfcGUID* VnIfcEntityBase::globalId() const noexcept { return nullptr; }
 
 // ---- VnIfcForeignInstance
-// --------------------------------------------------------------------------------------------------
 
 VN::ErrorStatus VnIfcForeignInstance::outFields(VnSpfFilerBase* filer) const {
     for (const char c : m_parameters.view())

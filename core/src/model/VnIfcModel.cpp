@@ -12,7 +12,6 @@ namespace VN_SDAI {
 VnIfcModel* VnIfcInstanceSlot::model() const noexcept { return SlotTable::modelOf(this); }
 
 // ---- Data
-// ----------------------------------------------------------------------------------------------------------------
 
 VnIfcInstanceSlot* VnIfcModel::Data::danglingSlot(std::uint64_t number) {
     const std::lock_guard lock(danglingMutex);
@@ -50,7 +49,6 @@ const std::vector<VnIfcInstanceSlot*>& VnIfcModel::Data::ordered() {
 }
 
 // ---- Life
-// ------------------------------------------------------------------------------------------------------------------
 
 VnIfcModel::VnIfcModel(const VnIfcSchema* schema) : m_data(std::make_unique<Data>(this, schema)) {}
 
@@ -66,7 +64,6 @@ VnIfcHeader& VnIfcModel::header() noexcept { return m_data->header; }
 const VnIfcHeader& VnIfcModel::header() const noexcept { return m_data->header; }
 
 // ---- Instances
-// -------------------------------------------------------------------------------------------------------------
 
 void VnIfcModel::adopt(VnIfcInstanceSlot* slot, VnIfcEntityBase* instance, bool inArena) const noexcept {
     instance->m_id = VnDbObjectId(slot);
@@ -155,14 +152,16 @@ void VnIfcModel::setInverseCounterParts() {
 }
 
 // ---- VnIfcEntityBase
-// -------------------------------------------------------------------------------------------------------
 
 bool VnIfcEntityBase::keepsText(unsigned position) const noexcept {
     if (m_id.isNull() || !m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
         return false;
     const auto& kept = owningModel()->data().kept;
     const auto found = kept.find(m_id.slot());
-    return found != kept.end() && found->second.find(position);
+    if (found == kept.end())
+        return false;
+    const KeptParameters::Parameter* parameter = found->second.find(position);
+    return parameter && !parameter->fits;
 }
 
 void VnIfcEntityBase::dropKept(unsigned position) noexcept {

@@ -8,7 +8,6 @@
 namespace VN_SDAI {
 
 // ---- VnIfcProperty
-// -----------------------------------------------------------------------------------------------------
 
 VnIfcProperty::~VnIfcProperty() = default;
 
@@ -30,7 +29,6 @@ bool VnIfcProperty::getText(const VnIfcEntityBase* instance, VrString& text) con
 }
 
 // ---- VnIfcPropertyCollection
-// -------------------------------------------------------------------------------------------
 
 VnIfcPropertyCollection::VnIfcPropertyCollection() noexcept = default;
 VnIfcPropertyCollection::VnIfcPropertyCollection(VnIfcPropertyCollection&&) noexcept = default;
@@ -69,7 +67,6 @@ std::size_t VnIfcPropertyCollection::indexOf(std::string_view name) const noexce
 }
 
 // ---- VnIfcEntityType
-// ---------------------------------------------------------------------------------------------------
 
 VnIfcPropertyCollection VnIfcEntityType::properties(bool inherited) const {
     VnIfcPropertyCollection own;

@@ -70,7 +70,6 @@ bool take(VnIfcSelect& select, const VnIfcVariant& value) {
 } // namespace
 
 // ---- VnIfcSimpleProperty
-// -----------------------------------------------------------------------------------------------
 
 VnIfcSimpleProperty::VnIfcSimpleProperty(const VnDbObjectId& object, std::vector<VnAnsiString> attributes)
     : m_object(object), m_attributes(std::move(attributes)) {
@@ -139,7 +138,6 @@ bool VnIfcSimpleProperty::subProperties(VnIfcPropertyCollection& parts) const {
 }
 
 // ---- VnIfcComplexProperty
-// ----------------------------------------------------------------------------------------------
 
 VnIfcComplexProperty::VnIfcComplexProperty(const VnDbObjectId& object, VnAnsiString members, Builder builder)
     : VnIfcSimpleProperty(object, {std::move(members)}), m_builder(builder) {}
@@ -168,7 +166,6 @@ bool VnIfcComplexProperty::subProperties(VnIfcPropertyCollection& parts) const {
 }
 
 // ---- VnIfcQuantityClusterProperty
-// --------------------------------------------------------------------------------------
 
 VnIfcQuantityClusterProperty::VnIfcQuantityClusterProperty(const VnDbObjectId& object, const VnAnsiString& attribute)
     : VnIfcSimpleProperty(object, {attribute}) {}

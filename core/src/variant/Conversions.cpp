@@ -43,7 +43,6 @@ char letterOf(std::string_view text) noexcept {
 } // namespace
 
 // ---- simple values
-// -----------------------------------------------------------------------------------------------------
 
 std::string exchangeForm(int value) {
     return written([value](ExchangeText& text) { text.wrPrimitive(value); });
@@ -96,7 +95,6 @@ bool fromExchangeForm(std::string_view text, VnIfcLogical& value) {
 }
 
 // ---- text
-// --------------------------------------------------------------------------------------------------------------
 
 std::optional<std::string_view> exchangeText(const char* value, std::string&) {
     return value ? std::optional<std::string_view>(value) : std::nullopt;
@@ -134,7 +132,6 @@ bool fromExchangeText(std::string_view text, VnIfcGUID& value) {
 }
 
 // ---- numbers
-// -----------------------------------------------------------------------------------------------------------
 
 bool widen(int from, double& to) {
     to = from == Consts::VnIntUnset ? Consts::VnRealUnset : from;

@@ -44,7 +44,6 @@ template <>
 constexpr const wchar_t* kName<VnIfcVariant> = L"VN_SDAI::VnIfcVariant";
 
 // ---- single values
-// -----------------------------------------------------------------------------------------------------
 
 template <class T>
 T unsetValue() {
@@ -245,7 +244,6 @@ private:
 };
 
 // ---- pointers to any select or aggregate
-// -------------------------------------------------------------------------------
 
 class AnySelectType final : public VnIfcSelectPtrValueTypeBase {
 public:
@@ -293,7 +291,6 @@ protected:
 };
 
 // ---- the slots
-// ---------------------------------------------------------------------------------------------------------
 
 constinit std::atomic<std::size_t> living{0};
 

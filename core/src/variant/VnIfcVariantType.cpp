@@ -9,7 +9,6 @@ VnIfcVariantTypeLocker& vnifcGetVaraintTypeLocker() noexcept {
 }
 
 // ---- VnIfcVariantTypeSlot
-// ----------------------------------------------------------------------------------------------
 
 const VnIfcVariantType& VnIfcVariantTypeSlot::make() {
     if (!m_isLocked)
@@ -44,7 +43,6 @@ void VnIfcVariantTypeSlot::release() noexcept {
 }
 
 // ---- VnIfcVariantType
-// --------------------------------------------------------------------------------------------------
 
 VnIfcVariantType::~VnIfcVariantType() = default;
 

@@ -4,7 +4,6 @@
 namespace VN_SDAI {
 
 // ---- VnIfcAggregateVariantType
-// -----------------------------------------------------------------------------------------
 
 VnIfcAggregateVariantType::~VnIfcAggregateVariantType() = default;
 
@@ -47,7 +46,6 @@ bool VnIfcAggregateVariantType::toArray(const VnIfcVariantType& target, const vo
 }
 
 // ---- VnIfcArrayVariantType
-// ---------------------------------------------------------------------------------------------
 
 VnIfcArrayVariantType::VnIfcArrayVariantType(VnIfcVariantTypeSlot& slot, const wchar_t* name,
                                              const VnIfcVariantStorage& storage)
@@ -63,7 +61,6 @@ bool VnIfcArrayVariantType::subToValueType(const VnIfcVariantType& target, const
 }
 
 // ---- VnIfcAggrPtrVariantType
-// -------------------------------------------------------------------------------------------
 
 VnIfcAggrPtrVariantType::VnIfcAggrPtrVariantType(VnIfcVariantTypeSlot& slot, const wchar_t* name)
     : VnIfcAggregateVariantType(name, sizeof(VnIfcAggr*)) {

@@ -36,7 +36,6 @@ const VnIfcSelectVariantType* selectType(const VnIfcVariantType* type) noexcept 
 } // namespace
 
 // ---- VnIfcSelectVariantType
-// --------------------------------------------------------------------------------------------
 
 VnIfcSelectVariantType::~VnIfcSelectVariantType() = default;
 
@@ -81,7 +80,6 @@ VnIfcSelect* VnIfcSelectVariantType::selectIn(const VnIfcVariant& value) const n
 }
 
 // ---- VnIfcSelectValueTypeBase
-// ------------------------------------------------------------------------------------------
 
 VnIfcSelectValueTypeBase::VnIfcSelectValueTypeBase(VnIfcVariantTypeSlot& slot, std::string_view schema,
                                                    std::string_view name, std::uint32_t size)
@@ -106,7 +104,6 @@ VnIfcSelect* VnIfcSelectValueTypeBase::selectAt(const void* value) const noexcep
 }
 
 // ---- VnIfcSelectPtrValueTypeBase
-// ---------------------------------------------------------------------------------------
 
 VnIfcSelectPtrValueTypeBase::VnIfcSelectPtrValueTypeBase(VnIfcVariantTypeSlot& slot, std::string_view schema,
                                                          std::string_view name)
@@ -138,7 +135,6 @@ bool VnIfcSelectPtrValueTypeBase::createVariant(VnIfcVariant& value) const {
 }
 
 // ---- what selects do for the descriptors
-// -------------------------------------------------------------------------------
 
 bool VnIfcSelect::_subToString(VrString& text, const VnIfcSelect* select, StringFormat format) {
     if (!select)
