@@ -13,9 +13,13 @@
 
 #include <algorithm>
 #include <ctime>
+#include <filesystem>
+#include <fstream>
 #include <random>
 
 #include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace VN_SDAI;
 using namespace IFC4X3;
@@ -252,6 +256,39 @@ TEST(Memory, clearGivesItBack) {
         model.clear();
     }
     EXPECT_LT(peak(), once + once / 2);
+}
+
+TEST(Memory, aFilesTextIsGivenBackWhileItIsRead) {
+    if (kSanitized)
+        GTEST_SKIP() << "sanitizers keep freed memory back";
+    const std::filesystem::path file = std::filesystem::temp_directory_path() / "vnifc_given_back.ifc";
+    {
+        std::ofstream out(file);
+        out << kHead;
+        for (int i = 1; i <= 500000; ++i)
+            out << '#' << i << "=IFCPERSON('" << std::string(60, 'p') << "',$,$,$,$,$,$,$);\n";
+        out << kTail;
+    }
+    const auto size = std::filesystem::file_size(file);
+    const auto peak = [] {
+        rusage usage{};
+        ::getrusage(RUSAGE_SELF, &usage);
+        return static_cast<std::size_t>(usage.ru_maxrss) * 1024;
+    };
+    const pid_t child = ::fork(); // a peak stays with its process
+    if (child == 0) {
+        VnIfcModel model(schema());
+        VnIfcReadOptions options;
+        options.threads = 1;
+        const std::size_t before = peak();
+        const bool read = static_cast<bool>(model.readFile(file, options));
+        ::_exit(read ? static_cast<int>(std::min<std::size_t>(100 * (peak() - before) / size / 2, 255)) : 255);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    std::filesystem::remove(file);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_LT(2 * WEXITSTATUS(status), 280) << "per cent of the file; with all of its text a hundred more";
 }
 
 TEST(Memory, anArenaAlignsAndGrowsWithWhatItHolds) {
