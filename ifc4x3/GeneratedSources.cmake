@@ -1,9 +1,9 @@
 # Runs expgen during the build. Sets generated_dir, generated_sources and generated_headers.
 set(generated_dir "${PROJECT_BINARY_DIR}/generated")
-set(express_dir "${PROJECT_SOURCE_DIR}/express")
-set(schema_file "${express_dir}/ifc4x3.exp")
-set(enumerations_file "${express_dir}/ifc4x3_dictionary_enumerations.exp")
-set(order_file "${express_dir}/building_order.txt")
+set(schema_dir "${PROJECT_SOURCE_DIR}/schemas/ifc4x3")
+set(schema_file "${schema_dir}/declarations.exp")
+set(enumerations_file "${schema_dir}/dictionary_enumerations.exp")
+set(order_file "${schema_dir}/building_order.txt")
 
 set(generated_sources Enumerations.cpp Selects_0.cpp Selects_1.cpp Dictionary.cpp)
 foreach(n RANGE 100 115)

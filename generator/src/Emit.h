@@ -7,7 +7,7 @@
 
 namespace expgen {
 
-/// The inputs as the first line of a generated file names them: "express/ifc4x3.exp".
+/// The inputs as the first line of a generated file names them: "schemas/ifc4x3/declarations.exp".
 struct InputNames {
     std::string schema;
     std::string enumerations;

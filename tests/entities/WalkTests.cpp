@@ -36,7 +36,7 @@ std::string upper(std::string_view text) {
 /// What the dictionary does not tell: which attributes are OPTIONAL, and the literals that the classes know.
 struct SchemaText {
     SchemaText() {
-        std::ifstream file(VNIFC_EXPRESS "/ifc4x3.exp");
+        std::ifstream file(VNIFC_SCHEMAS "/ifc4x3/declarations.exp");
         std::string entity, enumeration;
         for (std::string line; std::getline(file, line);) {
             std::istringstream words(line);

@@ -21,9 +21,9 @@ inline Model resolveText(std::string_view body, std::string_view order = "") {
 
 /// The model of the schema that this repository is about.
 inline Model resolveProjectSchema() {
-    const std::string directory = VNIFC_EXPRESS "/";
-    return resolve(parseSchema("ifc4x3.exp", readFile(directory + "ifc4x3.exp")),
-                   parseSchema("e.exp", readFile(directory + "ifc4x3_dictionary_enumerations.exp")),
+    const std::string directory = VNIFC_SCHEMAS "/ifc4x3/";
+    return resolve(parseSchema("declarations.exp", readFile(directory + "declarations.exp")),
+                   parseSchema("e.exp", readFile(directory + "dictionary_enumerations.exp")),
                    readBuildingOrder("o.txt", readFile(directory + "building_order.txt")));
 }
 
