@@ -2,7 +2,7 @@
 #include <dictionary/SchemaFixture.h>
 
 #include <IFC4X3/AllTypes.h>
-#include <IFC4X3/Descriptors.h>
+#include <IFC4X3/Module.h>
 #include <IFC4X3/IfcPerson.h>
 #include <IFC4X3/IfcSIUnit.h>
 #include <IFC4X3/IfcWall.h>

@@ -61,9 +61,10 @@ public:
 
     /// Creates an instance of the named entity (in any case) under the next free number; null for an unknown name.
     VnDbObjectId create(std::string_view entity);
-    /// Takes an instance that the host made.
+    /// Takes an instance that the host made. Throws std::invalid_argument for null, for an instance whose class is of
+    /// another schema, and before the schema of its class is initialised.
     VnDbObjectId append(std::unique_ptr<VnIfcEntityBase> instance);
-    /// Creates an instance of class E, owned by the model.
+    /// Creates an instance of class E, owned by the model. Throws as append does.
     template <class E>
     E* create() {
         auto instance = std::make_unique<E>();

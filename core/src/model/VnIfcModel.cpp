@@ -6,6 +6,8 @@
 #include <VnIfcCore/VnSpfFilerBase.h>
 
 #include <algorithm>
+#include <stdexcept>
+#include <string>
 
 namespace VN_SDAI {
 
@@ -65,6 +67,28 @@ const VnIfcHeader& VnIfcModel::header() const noexcept { return m_data->header; 
 
 // ---- Instances
 
+namespace {
+
+/// Keywords, places in the parameter list and types of a class are those of its own schema.
+void refuseStranger(const VnIfcEntityBase* instance, const VnIfcSchema& schema) {
+    if (!instance)
+        throw std::invalid_argument("a model takes no null instance");
+    if (dynamic_cast<const VnIfcForeignInstance*>(instance))
+        return;
+    const VnIfcEntityType* type = instance->getInstanceType();
+    if (!type)
+        throw std::invalid_argument("the schema of the instance's class is not initialised");
+    if (type->schema() != &schema)
+        throw std::invalid_argument(std::string("the class of ")
+                                        .append(type->schema()->name().view())
+                                        .append("::")
+                                        .append(type->name().view())
+                                        .append(" is none of the model's schema ")
+                                        .append(schema.name().view()));
+}
+
+} // namespace
+
 void VnIfcModel::adopt(VnIfcInstanceSlot* slot, VnIfcEntityBase* instance, bool inArena) const noexcept {
     instance->m_id = VnDbObjectId(slot);
     slot->objectAndFlags =
@@ -77,6 +101,7 @@ VnDbObjectId VnIfcModel::create(std::string_view entity) {
 }
 
 VnDbObjectId VnIfcModel::append(std::unique_ptr<VnIfcEntityBase> instance) {
+    refuseStranger(instance.get(), *m_data->schema);
     VnIfcInstanceSlot* slot = m_data->slotForInstance(m_data->nextNumber());
     adopt(slot, instance.release(), false);
     ++m_data->count;
