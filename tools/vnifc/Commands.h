@@ -32,6 +32,7 @@ struct ReadFlags {
     std::string file;     ///< "-" is standard input
     unsigned threads = 0; ///< 0: as many as the machine has
     bool quiet = false;   ///< no diagnostics
+    std::string release;  ///< whose classes are taken; empty: the one that FILE_SCHEMA asks for
 };
 
 /// Which instances are looked for.
@@ -75,7 +76,9 @@ ExitCode props(const ReadFlags& flags, const std::string& address, bool json);
 ExitCode edit(const ReadFlags& flags, const std::string& target, const Changes& changes);
 /// Tells everything that is wrong with a file and with its instances.
 ExitCode check(const ReadFlags& flags, const CheckOptions& options);
-/// `name` in any case; empty for the whole dictionary.
-ExitCode schema(const std::string& name, bool json);
+/// `name` in any case; empty for the whole dictionary of the release.
+ExitCode schema(const std::string& release, const std::string& name, bool json);
+/// "vnifc 0.1.0", and a line for each release: whether its module is installed.
+std::string versionText();
 
 } // namespace vnifc
