@@ -74,7 +74,7 @@ fs::path makeFile(const std::string& name, std::string_view content) {
 
 fs::path makeModel(const std::string& name, std::string_view instances) {
     return makeFile(name, "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\n"
-                          "FILE_NAME('','',(''),(''),'','','');\nFILE_SCHEMA(('IFC4X3'));\nENDSEC;\nDATA;\n" +
+                          "FILE_NAME('','',(''),(''),'','','');\nFILE_SCHEMA(('IFC4X3_ADD2'));\nENDSEC;\nDATA;\n" +
                               std::string(instances) + "ENDSEC;\nEND-ISO-10303-21;\n");
 }
 
