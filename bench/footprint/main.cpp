@@ -1,7 +1,7 @@
 // What a host pays besides time: start of the module, allocations and memory of one file with its inverse attributes,
 // and the cost of many files one after another. One process for each measurement, for peaks stay.
-#include <VnIfcCore/VnIfcModel.h>
 #include <VnIfcCore/VnIfcFile.h>
+#include <VnIfcCore/VnIfcModel.h>
 
 #include <atomic>
 #include <chrono>

@@ -287,8 +287,8 @@ void writeFunctions(Writer& out, const Entity& entity) {
     out.line("VN_SDAI::VnIfcEntityType* ", name, "::getInstanceType() const { return g_pEntityType; }");
     for (const ExplicitAttribute& attribute : entity.explicits) {
         if (isReference(attribute.type)) {
-            out.line(attribute.type.name, "* ", name, "::", attribute.name,
-                     "() const { return openAs<", out.scope(), attribute.type.name, ">(m_", attribute.name, "); }");
+            out.line(attribute.type.name, "* ", name, "::", attribute.name, "() const { return openAs<", out.scope(),
+                     attribute.type.name, ">(m_", attribute.name, "); }");
         }
     }
 }

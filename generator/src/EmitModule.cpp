@@ -22,15 +22,18 @@ std::string releaseHeader(const Target& target) {
 
 void writePlainEntryPoints(Writer& out, const Target& target) {
     const std::string entryPoints = target.release.name + "::" + target.release.entryPoints() + "()";
-    out.line("\n// The same under the plain names, by which a host finds them in a loaded module. Inline and hidden, so that a");
+    out.line("\n// The same under the plain names, by which a host finds them in a loaded module. Inline and hidden, "
+             "so that a");
     out.line("// program that links modules of several releases reaches this one, whichever is linked first.");
     out.line("extern \"C\" {\n");
-    out.line("/// The module's life-cycle object; never null, valid while the module is loaded. Its initApp builds the schema,");
+    out.line("/// The module's life-cycle object; never null, valid while the module is loaded. Its initApp builds the "
+             "schema,");
     out.line("/// uninitApp takes it away.");
     out.line("VN_DLL_LOCAL inline VnModuleLifeCycleApp* vnGetModuleLifeCycleApp() {");
     out.line("    return ", entryPoints, ".lifeCycleApp();\n}\n");
     out.line("/// The schema; null before initialisation and after uninitialisation. Owned by the module.");
-    out.line("VN_DLL_LOCAL inline VN_SDAI::VnIfcSchema* vnifcGetSchemaPointer() { return ", entryPoints, ".schema(); }\n");
+    out.line("VN_DLL_LOCAL inline VN_SDAI::VnIfcSchema* vnifcGetSchemaPointer() { return ", entryPoints,
+             ".schema(); }\n");
     out.line("/// Makes the property object that stands for a whole instance; see VnModuleEntryPoints.");
     out.line("VN_DLL_LOCAL inline bool vnIfcBuildPropertyForSimple(VN_SDAI::VnIfcEntityBase* instance,");
     out.line("                                                     VN_SDAI::VnIfcProperty*& property, int& code) {");
@@ -45,8 +48,10 @@ std::string moduleHeader(const Target& target) {
     out.include("VnIfcTyped/Release.h");
     out.openNamespace();
     out.line("/// The entry points of the module ", target.release.module, ", in a program that links it.");
-    out.line(target.release.api(), " const VN_SDAI::VnModuleEntryPoints& ", target.release.entryPoints(), "() noexcept;\n");
-    out.line("/// How many variant type descriptors the module has made and not yet released; 0 after uninitialisation.");
+    out.line(target.release.api(), " const VN_SDAI::VnModuleEntryPoints& ", target.release.entryPoints(),
+             "() noexcept;\n");
+    out.line(
+        "/// How many variant type descriptors the module has made and not yet released; 0 after uninitialisation.");
     out.line(target.release.api(), " std::size_t livingDescriptors() noexcept;");
     out.closeNamespace();
     if (target.release.isPlain)
@@ -55,7 +60,8 @@ std::string moduleHeader(const Target& target) {
 }
 
 void writeLifeCycle(Writer& out, const std::string& name) {
-    out.line("// A plain pointer, so that a schema that the host forgot is not destroyed after the core's own statics.");
+    out.line(
+        "// A plain pointer, so that a schema that the host forgot is not destroyed after the core's own statics.");
     out.line("VN_SDAI::VnIfcSchema* schema = nullptr;\n");
     out.line("class Vn", name, "SchemaBuilder final : public SchemaBuilder {");
     out.line("public:\n    using SchemaBuilder::SchemaBuilder;\n};\n");
@@ -94,7 +100,9 @@ std::string source(const Target& target) {
     out.line("\n// For hosts that look them up in the loaded module.\nextern \"C\" {");
     out.line(api, " VnModuleLifeCycleApp* vnGetModuleLifeCycleApp() { return ", name, "::lifeCycleApp(); }");
     out.line(api, " VN_SDAI::VnIfcSchema* vnifcGetSchemaPointer() { return ", name, "::schemaPointer(); }");
-    out.line(api, " bool vnIfcBuildPropertyForSimple(VN_SDAI::VnIfcEntityBase* instance, VN_SDAI::VnIfcProperty*& property,");
+    out.line(
+        api,
+        " bool vnIfcBuildPropertyForSimple(VN_SDAI::VnIfcEntityBase* instance, VN_SDAI::VnIfcProperty*& property,");
     out.line("    int& code) {\n    return ", name, "::buildProperty(instance, property, code);\n}\n} // extern \"C\"");
     return out.take();
 }

@@ -171,8 +171,8 @@ void writeDefinitions(Writer& out, const Select& select) {
     }
     writeTable(out, select);
     out.line("VN_SDAI::VnIfcNameType* ", name, "::sType = nullptr;");
-    out.line("constinit const SelectClass ", name, "::s_class = typed::selectClass<", name, ", descriptorCount>(\"", name,
-             "\", members_", name, ", index_", name, ");");
+    out.line("constinit const SelectClass ", name, "::s_class = typed::selectClass<", name, ", descriptorCount>(\"",
+             name, "\", members_", name, ", index_", name, ");");
     out.line("const SelectClass& ", name, "::selectClass() const noexcept { return s_class; }");
     for (const SelectLeaf& leaf : select.leaves) {
         if (isEntity(leaf)) {

@@ -10,9 +10,9 @@ namespace expgen {
 
 /// A name, or the beginning of names, that FILE_SCHEMA has for files that are read with the classes of a release.
 struct ServedName {
-    std::string text;       ///< upper case; without the asterisk of a beginning
-    bool isPrefix = false;  ///< stands for all names that begin so
-    bool differs = false;   ///< of another text, whose entities differ
+    std::string text;      ///< upper case; without the asterisk of a beginning
+    bool isPrefix = false; ///< stands for all names that begin so
+    bool differs = false;  ///< of another text, whose entities differ
 };
 
 /// What the build knows of a release beside its declarations: the contents of its release.txt.

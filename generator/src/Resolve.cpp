@@ -59,8 +59,7 @@ Enumeration enumerationOf(const ItemsDecl& decl) {
 
 class Resolver {
 public:
-    Resolver(const SchemaDecl& schema, const Differences& differences)
-        : m_schema(schema), m_differences(differences) {}
+    Resolver(const SchemaDecl& schema, const Differences& differences) : m_schema(schema), m_differences(differences) {}
 
     Model resolve();
 

@@ -41,8 +41,9 @@ protected:
 using Texts = std::vector<std::string>;
 
 TEST(Totals, NameWhatIsOffWithExpectedAndFound) {
-    const Release release = readRelease("release.txt", "name T\nmodule M\npackage p\ntitle t\nversion a b\n"
-                                                       "total explicit attributes 2\ntotal entities 1\ntotal wheels 4\n");
+    const Release release =
+        readRelease("release.txt", "name T\nmodule M\npackage p\ntitle t\nversion a b\n"
+                                   "total explicit attributes 2\ntotal entities 1\ntotal wheels 4\n");
     EXPECT_EQ(wrongTotals(test::resolveText("ENTITY A; x : REAL; END_ENTITY;"), release),
               (Texts{"explicit attributes: expected 2, found 1", "\"wheels\" is nothing that is counted"}));
 }

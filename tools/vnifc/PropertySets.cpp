@@ -93,7 +93,8 @@ void Reader::addSets(const VnIfcEntityBase& owner, const Instances& definitions)
             m_sets.push_back({set, &owner, propertiesIn(*set)});
 }
 
-/// True for sets whose attributes are their properties, as those of doors and windows. IFC2X3 has no supertype for them.
+/// True for sets whose attributes are their properties, as those of doors and windows. IFC2X3 has no supertype for
+/// them.
 bool hasPropertiesAsAttributes(const VnIfcEntityBase& set) {
     return set.isKindOf("IfcPropertySetDefinition") && !set.isKindOf("IfcPropertySet") &&
            !set.isKindOf("IfcElementQuantity");

@@ -196,7 +196,8 @@ void addSchema(CLI::App& app, Task& task) {
     addReleaseOption(*command, options->release, "release; the newest by default");
     command->add_option("NAME", options->name, "an entity or a type, in any case; everything by default");
     command->add_flag("--json", options->json, "print JSON, in the order in which the dictionary was built");
-    command->callback([&task, options] { task = [options] { return schema(options->release, options->name, options->json); }; });
+    command->callback(
+        [&task, options] { task = [options] { return schema(options->release, options->name, options->json); }; });
 }
 
 int run(int argc, char** argv) {

@@ -69,7 +69,8 @@ VnIfcFile VnIfcFile::open(const VnIfcOpenOptions& options, Read read) {
     VnIfcFile file;
     file.m_model = std::make_unique<VnIfcModel>(nullptr);
     try {
-        file.m_result = read(*file.m_model, [&](const VnIfcHeader& header) { return file.choose(header, options.release); });
+        file.m_result =
+            read(*file.m_model, [&](const VnIfcHeader& header) { return file.choose(header, options.release); });
     } catch (const NoRelease& reason) {
         file.m_result.status = VN::eNotFound;
         file.m_result.message = reason.what();

@@ -1,6 +1,6 @@
 #pragma once
-#include <VnIfcTyped/Entity.h>
 #include <VnIfcCore/VnIfcProperty.h>
+#include <VnIfcTyped/Entity.h>
 
 #include <cstddef>
 
@@ -27,21 +27,17 @@ protected:
     static void add(VnIfcPropertyCollection& collection, AttributeProperty* property, const EntityClass& type,
                     const AttributeRow& row, AttributePart part, const VnIfcEntityType* record);
 
-    VN::ErrorStatus read(const AttributeRow& row, const VnIfcEntityBase* instance,
-                         VnIfcVariant& value) const;
-    VN::ErrorStatus write(const AttributeRow& row, VnIfcEntityBase* instance,
-                          const VnIfcVariant& value) const;
+    VN::ErrorStatus read(const AttributeRow& row, const VnIfcEntityBase* instance, VnIfcVariant& value) const;
+    VN::ErrorStatus write(const AttributeRow& row, VnIfcEntityBase* instance, const VnIfcVariant& value) const;
     /// As getAttr, but for the access mode.
-    VN::ErrorStatus readByName(const char* name, const VnIfcEntityBase* instance,
-                               VnIfcVariant& value) const;
+    VN::ErrorStatus readByName(const char* name, const VnIfcEntityBase* instance, VnIfcVariant& value) const;
 };
 
 /// The property class of one attribute of the entity class E. They have names of their own: IfcRootGlobalIdProperty.
 template <class E, AttributePart part, std::size_t index>
 class AttributePropertyOf final : public AttributeProperty {
 public:
-    VN::ErrorStatus getAttribute(const VnIfcEntityBase* instance,
-                                 VnIfcVariant& value) const override {
+    VN::ErrorStatus getAttribute(const VnIfcEntityBase* instance, VnIfcVariant& value) const override {
         if constexpr (part == AttributePart::kExplicit)
             return read(row(), instance, value);
         else

@@ -42,8 +42,8 @@ struct AttributeRow {
     std::uint32_t offset; ///< of the member in the instance
     AttributeKind kind;
     Mark mark;
-    bool isBinary = false;                             ///< aggregates of BINARY, whose elements stand in double quotes
-    std::uint8_t unique = 0;                           ///< bit i: the elements of nesting level i must differ
+    bool isBinary = false;                    ///< aggregates of BINARY, whose elements stand in double quotes
+    std::uint8_t unique = 0;                  ///< bit i: the elements of nesting level i must differ
     VnIfcEntityType* const* target = nullptr; ///< the entity that references must be of
 };
 
@@ -86,19 +86,19 @@ using PropertyCallback = void (*)(VnIfcPropertyCollection*, const VnIfcEntityTyp
 
 /// An entity class as data.
 struct EntityClass {
-    const char* name;                  ///< "IfcWall"
-    const char* keyword;               ///< "IFCWALL"
-    const EntityClass* supertype;      ///< null for a root
-    VnIfcEntityType** record; ///< the class's g_pEntityType
+    const char* name;             ///< "IfcWall"
+    const char* keyword;          ///< "IFCWALL"
+    const EntityClass* supertype; ///< null for a root
+    VnIfcEntityType** record;     ///< the class's g_pEntityType
     EntityFactory create;
     PropertyCallback properties;
-    std::span<const AttributeRow> attributes;          ///< own explicit ones
-    std::span<const InverseRow> inverses;              ///< own
-    std::span<const DerivedRow> derived;               ///< own
-    std::span<const AttributeRow* const> fields;       ///< the whole parameter list, from the root down
-    std::span<VnIfcEntityType** const> chain; ///< the class, then its root, then down towards it
-    std::span<const InverseLink> links;                ///< own
-    std::span<const UniqueRule> uniques;               ///< own
+    std::span<const AttributeRow> attributes;    ///< own explicit ones
+    std::span<const InverseRow> inverses;        ///< own
+    std::span<const DerivedRow> derived;         ///< own
+    std::span<const AttributeRow* const> fields; ///< the whole parameter list, from the root down
+    std::span<VnIfcEntityType** const> chain;    ///< the class, then its root, then down towards it
+    std::span<const InverseLink> links;          ///< own
+    std::span<const UniqueRule> uniques;         ///< own
     bool isAbstract;
 };
 

@@ -1,8 +1,8 @@
 #pragma once
-#include <VnIfcTyped/Entity.h>
-#include <VnIfcTyped/Select.h>
 #include <VnIfcCore/VnIfcProperty.h>
 #include <VnIfcCore/VnIfcSchema.h>
+#include <VnIfcTyped/Entity.h>
+#include <VnIfcTyped/Select.h>
 #include <VnRx/VnModule.h>
 
 #include <atomic>

@@ -1,9 +1,9 @@
 #pragma once
-#include <VnIfcTyped/Enumeration.h>
 #include <VnIfcCore/VnIfcListAggr.h>
 #include <VnIfcCore/VnIfcSelect.h>
 #include <VnIfcCore/VnIfcSetAggr.h>
 #include <VnIfcCore/VnIfcVariantType.h>
+#include <VnIfcTyped/Enumeration.h>
 
 #include <array>
 #include <bit>
@@ -17,9 +17,9 @@ namespace VN_SDAI::typed {
 struct SelectMember {
     const VnAnsiString* name;
     VnTypeCodeKind kind;
-    VnIfcEntityType** entity;   ///< entity members: the class's record
+    VnIfcEntityType** entity;            ///< entity members: the class's record
     const EnumerationClass* enumeration; ///< enumeration members
-    const VnIfcAggr* prototype; ///< aggregate members: a nil aggregate of the member's type
+    const VnIfcAggr* prototype;          ///< aggregate members: a nil aggregate of the member's type
 };
 
 /// The descriptors of a select class, of pointers to it, and of its arrays and pointers to its aggregates if the schema
@@ -35,7 +35,7 @@ struct SelectClass {
     const char* name;
     std::span<const SelectMember> members;
     std::span<const std::uint16_t> index; ///< made by memberIndex
-    VnIfcNameType** type; ///< the select's record in the dictionary
+    VnIfcNameType** type;                 ///< the select's record in the dictionary
     SelectDescriptors descriptors;
 
     std::int32_t memberCount() const noexcept { return static_cast<std::int32_t>(members.size()); }

@@ -1,11 +1,11 @@
 #pragma once
 // The places of the module's descriptors, and the class rows that lead to them. Included where the tables are, so that
 // a descriptor's code is the module's alone, whichever library asks for it first.
-#include <VnIfcTyped/Enumeration.h>
-#include <VnIfcTyped/Select.h>
 #include <VnIfcCore/VnIfcVariantTypeAggregate.h>
 #include <VnIfcCore/VnIfcVariantTypeEnum.h>
 #include <VnIfcCore/VnIfcVariantTypeSelect.h>
+#include <VnIfcTyped/Enumeration.h>
+#include <VnIfcTyped/Select.h>
 
 namespace VN_SDAI::typed {
 
@@ -45,9 +45,8 @@ struct DescriptorMaker<VnIfcListAggrPtrVariantTypePOD<VnIfcListAggr<S>*>> {
 /// Only the descriptors of selects and of pointers to them are made without the lock. `living` counts the descriptors
 /// of the module.
 template <class Descriptor, std::atomic<std::size_t>& living>
-constinit inline VnIfcVariantTypeSlot descriptorSlot{
-    &DescriptorMaker<Descriptor>::make, !std::is_base_of_v<VnIfcSelectVariantType, Descriptor>,
-    living};
+constinit inline VnIfcVariantTypeSlot descriptorSlot{&DescriptorMaker<Descriptor>::make,
+                                                     !std::is_base_of_v<VnIfcSelectVariantType, Descriptor>, living};
 
 template <class Aggregate>
 struct AggregateDescriptor;

@@ -63,9 +63,8 @@ bool buildQuantity(const VnIfcEntityBase& instance, VnIfcProperty*& property, in
     for (const Quantity& quantity : kQuantities) {
         if (!instance.isInstanceOf(quantity.entity))
             continue;
-        property = initialised(
-            std::make_unique<VnIfcQuantityClusterProperty>(instance.objectId(), quantity.attribute), quantity.attribute,
-            VnIfcVariantType::Desc<double>::value(), instance.getInstanceType());
+        property = initialised(std::make_unique<VnIfcQuantityClusterProperty>(instance.objectId(), quantity.attribute),
+                               quantity.attribute, VnIfcVariantType::Desc<double>::value(), instance.getInstanceType());
         code = static_cast<int>(VnTypeCodeKind::kReal);
         return true;
     }
