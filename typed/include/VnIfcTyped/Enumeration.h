@@ -56,6 +56,6 @@ concept EnumerationType = requires {
 /// The descriptor of an enumeration class.
 template <VN_SDAI::typed::EnumerationType E>
 struct VN_SDAI::VnIfcVariantType::Desc<E> {
-    static const VnIfcVariantType& value() { return E::s_class.descriptor->value(); }
+    static const VN_SDAI::VnIfcVariantType& value() { return E::s_class.descriptor->value(); }
     static void release() noexcept { E::s_class.descriptor->release(); }
 };
