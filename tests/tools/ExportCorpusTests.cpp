@@ -344,7 +344,8 @@ TEST_P(ExportCorpus, ValuesAndInversesAreThoseOfTheFile) {
             compareInverses(release, instance, exported, referrers, counts);
         }
         EXPECT_EQ(counts.instances, inFile.instances.size());
-        EXPECT_GT(counts.compared, 50 * counts.uncertain);
+        // One program encodes every string that is not ASCII wrongly.
+        EXPECT_GT(counts.compared, 20 * counts.uncertain);
         all.compared += counts.compared;
         all.inverses += counts.inverses;
     }
