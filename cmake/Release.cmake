@@ -69,6 +69,8 @@ function(vnifc_add_release directory)
     endif()
     # The classes have single, non-virtual bases only, for which every compiler gives the true offset.
     target_compile_options(${module} PRIVATE -Wno-invalid-offsetof)
+    # Tables, constructors and destructors: more than -O1 costs a third of the time to build and gains nothing.
+    target_compile_options(${module} PRIVATE $<$<CONFIG:Release>:-O1>)
     target_precompile_headers(${module} PRIVATE <entities/EntityTables.h> <types/Descriptors.h>)
     add_dependencies(${module} ${module}_sources)
 

@@ -53,9 +53,13 @@ concept EnumerationType = requires {
 
 } // namespace VN_SDAI::typed
 
+namespace VN_SDAI {
+
 /// The descriptor of an enumeration class.
-template <VN_SDAI::typed::EnumerationType E>
-struct VN_SDAI::VnIfcVariantType::Desc<E> {
-    static const VN_SDAI::VnIfcVariantType& value() { return E::s_class.descriptor->value(); }
+template <typed::EnumerationType E>
+struct VnIfcVariantType::Desc<E> {
+    static const VnIfcVariantType& value() { return E::s_class.descriptor->value(); }
     static void release() noexcept { E::s_class.descriptor->release(); }
 };
+
+} // namespace VN_SDAI
