@@ -22,7 +22,8 @@ public:
     virtual ~VnIfcEntityBase();
     /// The class's record in the dictionary; null until the schema is built, and for instances without a class.
     virtual VnIfcEntityType* getInstanceType() const = 0;
-    /// Converts and stores; false, and the attribute unchanged, when the name is unknown or the value does not convert.
+    /// Converts and stores; false, and the attribute unchanged, when the name is unknown, the value does not convert, or
+    /// isBeyondFile is true of the attribute's position.
     virtual bool putAttr(const VnAnsiString& name, const VnIfcVariant& value);
     virtual bool testAttr(const VnIfcAttributeDefinition* attribute) const;
     /// True when the attribute holds a value.
@@ -63,6 +64,9 @@ public:
 
     /// True when the file held something at that position of the parameter list that its attribute cannot hold.
     bool keepsText(unsigned position) const noexcept;
+    /// True when the instance was read from a file of another release, or of a draft, whose parameter list ended before
+    /// that position: a value there would be a parameter that the file's own release does not have.
+    bool isBeyondFile(unsigned position) const noexcept;
 
     // Instances that a loader makes live in its model's arena.
     static void* operator new(std::size_t size);

@@ -75,7 +75,9 @@ public:
     }
     /// Copies an instance, from this model or another one. Within a model the copy refers to what the source refers to;
     /// from another model everything that the source refers to is copied too, unless `copies` names its counterpart
-    /// already; it is extended. Entities are matched by name. Null when the source's entity is not in this schema.
+    /// already; it is extended. Between schemas entities and attributes are matched by their names alone: a value whose
+    /// attribute this schema lacks stays behind, and an instance whose entity it lacks becomes one without a class.
+    /// Null when that holds for the source itself.
     VnDbObjectId copy(const VnDbObjectId& source);
     VnDbObjectId copy(const VnDbObjectId& source, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies);
     /// Erases an instance: it is no longer found or written, its handle opens to null, and it leaves the inverse

@@ -211,6 +211,10 @@ private:
             return;
         const std::string found = names.empty() ? "no FILE_SCHEMA" : "FILE_SCHEMA " + names.front();
         const VnIfcReleaseChoice choice = vnChooseRelease(names);
+        if (choice.fit == VnIfcReleaseFit::kExact && choice.release->name == own)
+            return;
+        m_data.isOfOtherRelease = choice.fit == VnIfcReleaseFit::kDiffers ||
+                                  (choice.fit != VnIfcReleaseFit::kUnknown && choice.release->name != own);
         if (choice.fit != VnIfcReleaseFit::kUnknown && choice.release->name != own)
             return tellSchema(VnIfcDiagnostic::kWarning,
                               "FILE_SCHEMA " + choice.schema + ", a file for the classes of " +

@@ -196,6 +196,15 @@ bool VnIfcEntityBase::keepsText(unsigned position) const noexcept {
     return parameter && !parameter->fits;
 }
 
+bool VnIfcEntityBase::isBeyondFile(unsigned position) const noexcept {
+    if (m_id.isNull() || !m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
+        return false;
+    const VnIfcModel::Data& data = owningModel()->data();
+    const auto found = data.kept.find(m_id.slot());
+    return data.isOfOtherRelease && found != data.kept.end() && found->second.absentFrom &&
+           position >= *found->second.absentFrom;
+}
+
 void VnIfcEntityBase::dropKept(unsigned position) noexcept {
     VnIfcModel::Data& data = owningModel()->data();
     const auto found = data.kept.find(m_id.slot());

@@ -24,6 +24,13 @@ bool isBetter(const VnIfcServedName& name, const Match& than) noexcept {
     return name.text.size() > than.name->text.size();
 }
 
+/// The name of a schema without the blanks around it and the object identifier that may follow it.
+std::string_view bareName(std::string_view schema) noexcept {
+    const std::size_t first = std::min(schema.find_first_not_of(' '), schema.size());
+    schema.remove_prefix(first);
+    return schema.substr(0, schema.find_first_of(" {"));
+}
+
 Match serverOf(std::string_view schema) noexcept {
     Match best;
     for (const VnIfcRelease& release : vnIfcReleases())
@@ -50,9 +57,11 @@ const VnIfcRelease* vnFindRelease(std::string_view name) noexcept {
 }
 
 VnIfcReleaseChoice vnChooseRelease(std::span<const std::string> schemas) {
-    for (const std::string& schema : schemas)
-        if (const Match match = serverOf(schema); match.release)
-            return {match.release, fitOf(match, schema), schema};
+    for (const std::string& schema : schemas) {
+        const std::string_view name = bareName(schema);
+        if (const Match match = serverOf(name); match.release)
+            return {match.release, fitOf(match, name), schema};
+    }
     return {&vnIfcReleases().back(), VnIfcReleaseFit::kUnknown, schemas.empty() ? std::string() : schemas.front()};
 }
 

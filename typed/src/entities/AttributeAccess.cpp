@@ -224,7 +224,9 @@ bool Entity::getAttr(const VnAnsiString& name, VnIfcVariant& value) const {
 bool Entity::putAttr(const VnAnsiString& name, const VnIfcVariant& value) {
     checkWritable(*this, "putAttr");
     const AttributeRow* row = findExplicit(entityClass(), name.constStr());
-    const Assigned assigned = row ? assign(*this, *row, value) : Assigned::kNo;
+    if (!row || isBeyondFile(positionOf(entityClass(), *row)))
+        return false;
+    const Assigned assigned = assign(*this, *row, value);
     if (assigned != Assigned::kNo)
         touched(positionOf(entityClass(), *row));
     return assigned == Assigned::kYes;
@@ -239,7 +241,7 @@ bool Entity::testAttr(const VnAnsiString& name) const {
 void Entity::unsetAttr(const VnAnsiString& name) {
     checkWritable(*this, "unsetAttr");
     const AttributeRow* row = findExplicit(entityClass(), name.constStr());
-    if (!row)
+    if (!row || isBeyondFile(positionOf(entityClass(), *row)))
         return;
     unset(*this, *row);
     touched(positionOf(entityClass(), *row));
