@@ -52,6 +52,8 @@ public:
     virtual bool isKindOf(const char* name) const = 0;
     /// Takes this instance out of the inverse attributes that it was entered into.
     virtual void leaveInverseCounterParts();
+    /// Classifies the instances that the selects of this one hold (VnIfcSelect::settle), once all instances are there.
+    virtual void settleSelects();
     /// The globally unique identifier; null for classes that have none.
     virtual const VnIfcGUID* globalId() const noexcept;
     /// Reports what is wrong with the instance's values.

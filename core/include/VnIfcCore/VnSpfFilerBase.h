@@ -178,6 +178,8 @@ protected:
     void writeNumber(std::uint64_t number);
 
     bool m_watched = false;
+    /// Set when a select took an instance, which it classifies when all instances are there.
+    bool m_tookPending = false;
     unsigned m_position = 0;
 
 private:

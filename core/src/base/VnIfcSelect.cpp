@@ -112,10 +112,9 @@ bool VnIfcSelect::setHandle(const VnDbObjectId& handle) {
 
 void VnIfcSelect::setHandleOnLoad(const VnDbObjectId& handle) { holdHandle(handle); }
 
-void VnIfcSelect::refreshSelectHandle() const {
-    // Classifying changes what is known of the value, not the value.
+void VnIfcSelect::refreshSelectHandle() {
     if (m_kind == VnTypeCodeKind::kEntity)
-        const_cast<VnIfcSelect*>(this)->setHandleD(m_value.handle);
+        setHandleD(m_value.handle);
 }
 
 void VnIfcSelect::nullify() {

@@ -506,6 +506,7 @@ bool VnSpfFilerBase::readSelectValue(VnIfcSelect& value) {
         if (!readReference(handle))
             return false;
         value.setHandleOnLoad(handle);
+        m_tookPending = true;
         return true;
     }
     return spf::isLetter(c) && readTypedValue(value);

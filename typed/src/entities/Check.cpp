@@ -21,14 +21,6 @@ std::string nameOf(const VnIfcEntityBase& instance) {
     return nameOf(instance.objectId()) + ' ' + instance.getInstanceType()->name().constStr();
 }
 
-/// Calls `visit` for each element of an aggregate of selects, whatever its select class: all are of one size.
-template <class Visit>
-void forEachSelect(const VnIfcAggr& aggregate, Visit visit) {
-    const auto* each = static_cast<const char*>(aggregate.imp().data());
-    for (std::uint32_t i = 0; i < aggregate.count(); ++i, each += sizeof(Select))
-        visit(*reinterpret_cast<const Select*>(each));
-}
-
 template <class T>
 bool hasEqual(std::vector<T> values, bool (*less)(const T&, const T&)) {
     std::sort(values.begin(), values.end(), less);
@@ -54,7 +46,8 @@ bool hasEqualElements(const VnIfcAggr& aggregate) {
         return hasEqualValues<VnAnsiString>(aggregate);
     case VnTypeCodeKind::kSelect: {
         std::vector<const Select*> selects;
-        forEachSelect(aggregate, [&](const Select& each) { selects.push_back(&each); });
+        for (const Select& each : selectsIn(aggregate))
+            selects.push_back(&each);
         using Pointer = const Select*;
         return hasEqual<Pointer>(std::move(selects), [](const Pointer& a, const Pointer& b) { return *a < *b; });
     }
@@ -174,7 +167,8 @@ private:
                     m_check.text(m_instance, row.name, each);
             break;
         case VnTypeCodeKind::kSelect:
-            forEachSelect(value, [&](const Select& each) { select(row, each); });
+            for (const Select& each : selectsIn(value))
+                select(row, each);
             break;
         case VnTypeCodeKind::kAggregation: {
             const std::string_view inner = text.substr(text.find(" of ") + 4);
