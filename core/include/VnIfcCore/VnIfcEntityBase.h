@@ -78,9 +78,9 @@ protected:
     VnIfcEntityBase() noexcept = default;
     /// A copy belongs to no model; assignment leaves identity alone, and changes all attributes.
     VnIfcEntityBase(const VnIfcEntityBase&) noexcept {}
-    VnIfcEntityBase& operator=(const VnIfcEntityBase&) noexcept {
-        if (!m_id.isNull() && m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
-            dropAllKept();
+    VnIfcEntityBase& operator=(const VnIfcEntityBase& other) noexcept {
+        if (this != &other)
+            allTouched();
         return *this;
     }
 
@@ -88,6 +88,11 @@ protected:
     void touched(unsigned position) noexcept {
         if (!m_id.isNull() && m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
             dropKept(position);
+    }
+    /// As touched, for all attributes.
+    void allTouched() noexcept {
+        if (!m_id.isNull() && m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
+            dropAllKept();
     }
 
 private:

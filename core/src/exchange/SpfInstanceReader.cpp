@@ -159,6 +159,8 @@ void SpfInstanceReader::onMisfit(unsigned position, VnSpfProblem problem, const 
     m_remarks.back().problem = problem;
     if (problem == VnSpfProblem::kMissingComma)
         return;
+    if (m_current.find(position)) // something in it was taken in other words before the fault was seen
+        m_current.drop(position);
     m_current.parameters.push_back({position, std::string(begin, end), {}});
 }
 

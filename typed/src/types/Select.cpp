@@ -131,6 +131,8 @@ VN::ErrorStatus Select::readTypedField(const VnAnsiString& typeName, VnSpfFilerB
         chooseType(code);
         if (!readSelectAggregate(*getAggr(), *filer))
             filer->misfit(VnSpfProblem::kWrongKind);
+        else if (getAggr()->isNil())
+            getAggr()->createEmpty(); // "()" is a value
         return VN::eOk;
     }
     if (typeMember.kind != VnTypeCodeKind::kEnumeration)
