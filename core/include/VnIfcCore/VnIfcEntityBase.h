@@ -4,6 +4,7 @@
 #include <VnIfcCore/VnIfcObject.h>
 
 #include <new>
+#include <vector>
 
 namespace VN_SDAI {
 
@@ -50,8 +51,20 @@ public:
     /// Of this type or a subtype of it.
     virtual bool isKindOf(const VnIfcEntityType* type) const = 0;
     virtual bool isKindOf(const char* name) const = 0;
-    /// Takes this instance out of the inverse attributes that it was entered into.
+    /// Takes this instance out of the inverse attributes of the instances that it refers to.
     virtual void leaveInverseCounterParts();
+
+    // For the model, which keeps inverse attributes.
+
+    /// Appends the instances that this one refers to by attributes that inverse attributes mirror.
+    virtual void counterParts(std::vector<VnDbObjectId>& targets) const;
+    /// As setInverseCounterParts, for one of the instances that this one refers to.
+    virtual void enterCounterPart(const VnDbObjectId& target);
+    /// Empties this instance's inverse attributes.
+    virtual void clearInverses();
+    /// Takes an instance, or with null all erased ones, out of this one's inverse attributes, whatever refers to it now.
+    /// True when one that can hold a single instance became empty.
+    virtual bool forgetReferrer(const VnDbObjectId& referrer);
     /// Classifies the instances that the selects of this one hold (VnIfcSelect::settle), once all instances are there.
     virtual void settleSelects();
     /// The globally unique identifier; null for classes that have none.
@@ -78,9 +91,11 @@ protected:
     VnIfcEntityBase() noexcept = default;
     /// A copy belongs to no model; assignment leaves identity alone, and changes all attributes.
     VnIfcEntityBase(const VnIfcEntityBase&) noexcept {}
-    VnIfcEntityBase& operator=(const VnIfcEntityBase& other) noexcept {
-        if (this != &other)
-            allTouched();
+    VnIfcEntityBase& operator=(const VnIfcEntityBase& other) {
+        if (this == &other)
+            return *this;
+        allTouched();
+        referenceChanges();
         return *this;
     }
 
@@ -88,6 +103,12 @@ protected:
     void touched(unsigned position) noexcept {
         if (!m_id.isNull() && m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
             dropKept(position);
+    }
+    /// To be told before a reference changes that inverse attributes may mirror, so that erasing finds what the instance
+    /// was entered into.
+    void referenceChanges() {
+        if (!m_id.isNull())
+            rememberCounterParts();
     }
     /// As touched, for all attributes.
     void allTouched() noexcept {
@@ -99,6 +120,7 @@ private:
     friend class VnIfcModel;
     void dropKept(unsigned position) noexcept;
     void dropAllKept() noexcept;
+    void rememberCounterParts();
 
     VnDbObjectId m_id;
 };

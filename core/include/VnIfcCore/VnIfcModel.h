@@ -87,9 +87,16 @@ public:
     VnDbObjectId copy(const VnDbObjectId& source);
     VnDbObjectId copy(const VnDbObjectId& source, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies);
     /// Erases an instance: it is no longer found or written, its handle opens to null, and it leaves the inverse
-    /// attributes of others. References to it stay where they are; they are written as unset. False if it is not of
-    /// this model.
+    /// attributes of others, also of those that it referred to before it was changed. An inverse attribute that holds a
+    /// single instance goes to another one that refers by it, if there is one. References to the instance stay where
+    /// they are; they are written as unset. False if it is not of this model.
+    ///
+    /// What was changed through pointers that getAttr gave is not known of: set the inverse attributes anew first.
     bool erase(const VnDbObjectId& handle);
+    /// Erases several instances, in any order, in a time that grows with the number of the instances and the size of the
+    /// inverse attributes that they leave; one by one, each has to close the gap that it leaves there. Returns how many
+    /// there were to erase.
+    std::size_t erase(std::span<const VnDbObjectId> handles);
     /// Gives back all instances and the header.
     void clear();
 
@@ -112,7 +119,8 @@ public:
     /// Line and column, from 1, of an instance in the file that it was read from; false when they are not known.
     bool place(const VnDbObjectId& handle, std::uint64_t& line, std::uint64_t& column) const noexcept;
 
-    /// Asks every instance to set its inverse counterparts.
+    /// Sets the inverse attributes of all instances: empties them, and enters every instance into those of the instances
+    /// that it refers to. Setters do not touch inverse attributes, so that they are to be set anew after changes.
     void setInverseCounterParts();
 
     /// Reads an exchange file (ISO 10303-21) into this model, which must be empty.

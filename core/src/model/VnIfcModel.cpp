@@ -115,13 +115,51 @@ VnDbObjectId VnIfcModel::append(std::unique_ptr<VnIfcEntityBase> instance) {
     return VnDbObjectId(slot);
 }
 
+/// Takes a referrer, or with null all erased instances, out of the inverse attributes of targets.
+void VnIfcModel::Data::forget(std::vector<VnDbObjectId> targets, const VnDbObjectId& referrer) {
+    std::ranges::sort(targets, {}, &VnDbObjectId::slot);
+    targets.erase(std::unique(targets.begin(), targets.end()), targets.end());
+    std::vector<VnDbObjectId> free;
+    for (const VnDbObjectId& target : targets)
+        if (VnIfcEntityBase* instance = target.openObject(kForWrite); instance && instance->forgetReferrer(referrer))
+            free.push_back(target);
+    if (free.empty() || !hasRivals)
+        return;
+    // Somebody else may have a claim; the last one has it, as when all are set.
+    model->forEach([&](VnIfcEntityBase& instance) {
+        for (const VnDbObjectId& target : free)
+            instance.enterCounterPart(target);
+    });
+}
+
 bool VnIfcModel::erase(const VnDbObjectId& handle) {
     if (handle.isNull() || handle.model() != this || !handle.openObject())
         return false;
-    handle.openObject()->leaveInverseCounterParts();
+    std::vector<VnDbObjectId> targets;
+    handle.openObject()->counterParts(targets);
+    if (const auto former = m_data->formerCounterParts.extract(handle.slot()))
+        targets.insert(targets.end(), former.mapped().begin(), former.mapped().end());
     handle.slot()->set(VnIfcInstanceSlot::kErased);
     --m_data->count;
+    m_data->forget(std::move(targets), handle);
     return true;
+}
+
+std::size_t VnIfcModel::erase(std::span<const VnDbObjectId> handles) {
+    std::vector<VnDbObjectId> targets;
+    std::size_t erased = 0;
+    for (const VnDbObjectId& handle : handles) {
+        if (handle.isNull() || handle.model() != this || !handle.openObject())
+            continue;
+        handle.openObject()->counterParts(targets);
+        if (const auto former = m_data->formerCounterParts.extract(handle.slot()))
+            targets.insert(targets.end(), former.mapped().begin(), former.mapped().end());
+        handle.slot()->set(VnIfcInstanceSlot::kErased);
+        ++erased;
+    }
+    m_data->count -= erased;
+    m_data->forget(std::move(targets), VnDbObjectId());
+    return erased;
 }
 
 std::size_t VnIfcModel::count() const noexcept { return m_data->count; }
@@ -180,6 +218,11 @@ bool VnIfcModel::place(const VnDbObjectId& handle, std::uint64_t& line, std::uin
 }
 
 void VnIfcModel::setInverseCounterParts() {
+    if (m_data->inversesAreSet)
+        forEach([](VnIfcEntityBase& instance) { instance.clearInverses(); });
+    m_data->inversesAreSet = true;
+    m_data->hasRivals = false;
+    m_data->formerCounterParts.clear();
     forEach([](VnIfcEntityBase& instance) { instance.setInverseCounterParts(); });
 }
 
@@ -203,6 +246,16 @@ bool VnIfcEntityBase::isBeyondFile(unsigned position) const noexcept {
     const auto found = data.kept.find(m_id.slot());
     return data.isOfOtherRelease && found != data.kept.end() && found->second.absentFrom &&
            position >= *found->second.absentFrom;
+}
+
+void VnIfcEntityBase::rememberCounterParts() {
+    VnIfcModel::Data& data = owningModel()->data();
+    if (!data.inversesAreSet || data.formerCounterParts.contains(m_id.slot()))
+        return;
+    std::vector<VnDbObjectId> targets;
+    counterParts(targets);
+    if (!targets.empty())
+        data.formerCounterParts.emplace(m_id.slot(), std::move(targets));
 }
 
 void VnIfcEntityBase::dropKept(unsigned position) noexcept {

@@ -123,6 +123,10 @@ public:
     bool isInstanceOf(const char* name) const override;
     bool isKindOf(const VnIfcEntityType* type) const override;
     bool isKindOf(const char* name) const override;
+    void counterParts(std::vector<VnDbObjectId>& targets) const override;
+    void enterCounterPart(const VnDbObjectId& target) override;
+    void clearInverses() override;
+    bool forgetReferrer(const VnDbObjectId& referrer) override;
     void settleSelects() override;
     const VnIfcGUID* globalId() const noexcept override;
     void check(VnIfcCheck& check) const override;

@@ -154,6 +154,7 @@ void writeField(const Entity& instance, const AttributeRow& row, VnSpfFilerBase&
 
 VN::ErrorStatus Entity::inFields(VnSpfFilerBase* filer) {
     allTouched();
+    referenceChanges();
     unsigned position = 0;
     for (const AttributeRow* row : entityClass().fields) {
         filer->field(position);
