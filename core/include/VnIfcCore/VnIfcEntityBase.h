@@ -4,6 +4,8 @@
 #include <VnIfcCore/VnIfcObject.h>
 
 #include <new>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace VN_SDAI {
@@ -77,8 +79,15 @@ public:
     /// The model that the instance belongs to; null outside of a model.
     VnIfcModel* owningModel() const noexcept { return m_id.model(); }
 
-    /// True when the file held something at that position of the parameter list that its attribute cannot hold.
+    /// True when the file held something at that position of the parameter list, from 0, that its attribute cannot hold,
+    /// and the attribute was not set since.
     bool keepsText(unsigned position) const noexcept;
+    /// What it held there, in the form of an exchange file, which will be written back; empty when nothing is kept.
+    /// Valid until the attribute is changed.
+    std::string_view keptText(unsigned position) const noexcept;
+    /// Everything that is kept of the parameter list: position and text, in ascending order. What follows the last
+    /// parameter has the first position past the class's attributes.
+    std::vector<std::pair<unsigned, std::string_view>> keptTexts() const;
     /// True when the instance was read from a file of another release, or of a draft, whose parameter list ended before
     /// that position: a value there would be a parameter that the file's own release does not have.
     bool isBeyondFile(unsigned position) const noexcept;

@@ -23,7 +23,8 @@ struct VnIfcReadOptions {
     unsigned threads = 0;  ///< 0: as many as the machine has
     bool inverses = true;  ///< set inverse attributes when the file has been read
     bool places = false;   ///< remember where each instance stands in the file
-    bool strict = false;   ///< what contradicts standard or schema is an error, even where nothing is lost
+    bool strict = false;   ///< what contradicts standard or schema is an error, even where nothing is lost; mandatory
+                           ///< attributes that are unset are told of
     std::string_view name; ///< how diagnostics call the input; empty: its path
 };
 
@@ -39,7 +40,7 @@ struct VnIfcWriteOptions {
 };
 
 /// What an operation on a file came to.
-struct VnIfcFileResult {
+struct [[nodiscard]] VnIfcFileResult {
     VN::ErrorStatus status = VN::eOk;
     std::string message; ///< why the status is no success
     std::uint64_t bytes = 0;
@@ -58,8 +59,15 @@ public:
     ~VnIfcModel();
     VnIfcModel(const VnIfcModel&) = delete;
     VnIfcModel& operator=(const VnIfcModel&) = delete;
+    /// Instances and handles stay where they are and belong to the new model. What was moved from can only be destroyed
+    /// or assigned to.
+    VnIfcModel(VnIfcModel&& other) noexcept;
+    VnIfcModel& operator=(VnIfcModel&& other) noexcept;
 
     const VnIfcSchema* schema() const noexcept;
+    /// What access by name is allowed: getAttr, testAttr, putAttr and unsetAttr of the instances throw VnIfcException
+    /// otherwise, and so do the properties of whole instances, which go by name. Nothing else is guarded: accessors of
+    /// the classes, property objects of attributes, create, append, copy, erase and clear work in every mode.
     SdaiAccessMode mode() const noexcept { return m_mode; }
     void setMode(SdaiAccessMode mode) noexcept { m_mode = mode; }
     VnIfcHeader& header() noexcept;

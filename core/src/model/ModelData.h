@@ -29,6 +29,7 @@ struct VnIfcModel::Data {
     void place(VnIfcInstanceSlot* slot, VnIfcEntityBase* instance, bool inArena) noexcept {
         model->adopt(slot, instance, inArena);
     }
+    void belongTo(VnIfcModel* owner) noexcept;
     void destroyInstances() noexcept;
     /// All slots in ascending order of numbers. Several threads may read a model at once, hence the lock.
     const std::vector<VnIfcInstanceSlot*>& ordered();
@@ -49,7 +50,7 @@ struct VnIfcModel::Data {
     };
     std::vector<Place> places; // ascending numbers; empty when nobody asked for them
 
-    bool inversesAreSet = false; ///< inverse attributes were set once; setters do not touch them
+    std::atomic<bool> inversesAreSet = false; ///< inverse attributes were set once; setters do not touch them
     /// Two instances claim an inverse attribute that can hold one.
     std::atomic<bool> hasRivals = false;
     /// What instances were entered into that changed their references since.

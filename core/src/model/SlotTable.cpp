@@ -39,6 +39,14 @@ VnIfcModel* SlotTable::modelOf(const VnIfcInstanceSlot* slot) noexcept {
     return reinterpret_cast<const PageHead*>(address & ~(std::uintptr_t{kPageSize} - 1))->model;
 }
 
+void SlotTable::belongTo(VnIfcModel* model) noexcept {
+    m_model = model;
+    for (const Block& block : m_blocks)
+        for (char* page = block.pages; page < block.pages + block.count * kPageSize && page != m_nextPage;
+             page += kPageSize)
+            reinterpret_cast<PageHead*>(page)->model = model;
+}
+
 // Blocks grow with the table, so that small models stay small; each loses up to a page to alignment.
 void SlotTable::newBlock() {
     const std::size_t pages = std::size_t{1} << std::min<std::size_t>(m_blocks.size(), 9);

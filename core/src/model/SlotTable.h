@@ -30,6 +30,8 @@ public:
     /// Calls `visit` for all slots in the order in which they were made.
     template <class Visit>
     void forEachSlot(Visit visit) const;
+    /// From now on the slots find another model.
+    void belongTo(VnIfcModel* model) noexcept;
     std::uint64_t largest() const noexcept { return m_largest; }
     std::size_t size() const noexcept { return m_count; }
     /// The vector that dense numbers index, for readers that look up many.

@@ -1,3 +1,4 @@
+#include "../exchange/SpfInstanceWriter.h"
 #include "ModelData.h"
 
 #include <VnIfcCore/VnIfcEntityType.h>
@@ -33,6 +34,12 @@ std::uint64_t VnIfcModel::Data::nextNumber() noexcept {
     return firstFree;
 }
 
+void VnIfcModel::Data::belongTo(VnIfcModel* owner) noexcept {
+    model = owner;
+    slots.belongTo(owner);
+    dangling.belongTo(owner);
+}
+
 void VnIfcModel::Data::destroyInstances() noexcept {
     slots.forEachSlot([](const VnIfcInstanceSlot* slot) {
         VnIfcEntityBase* instance = slot->object();
@@ -59,7 +66,27 @@ VnIfcModel::VnIfcModel(const VnIfcSchema* schema) : m_data(std::make_unique<Data
 
 VnIfcModel::VnIfcModel(WithoutSchema) : m_data(std::make_unique<Data>(this, nullptr)) {}
 
-VnIfcModel::~VnIfcModel() { m_data->destroyInstances(); }
+VnIfcModel::~VnIfcModel() {
+    if (m_data)
+        m_data->destroyInstances();
+}
+
+VnIfcModel::VnIfcModel(VnIfcModel&& other) noexcept : m_mode(other.m_mode), m_data(std::move(other.m_data)) {
+    if (m_data)
+        m_data->belongTo(this);
+}
+
+VnIfcModel& VnIfcModel::operator=(VnIfcModel&& other) noexcept {
+    if (this == &other)
+        return *this;
+    if (m_data)
+        m_data->destroyInstances();
+    m_mode = other.m_mode;
+    m_data = std::move(other.m_data);
+    if (m_data)
+        m_data->belongTo(this);
+    return *this;
+}
 
 void VnIfcModel::clear() {
     m_data->destroyInstances();
@@ -228,15 +255,41 @@ void VnIfcModel::setInverseCounterParts() {
 
 // ---- VnIfcEntityBase
 
-bool VnIfcEntityBase::keepsText(unsigned position) const noexcept {
-    if (m_id.isNull() || !m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
-        return false;
-    const auto& kept = owningModel()->data().kept;
-    const auto found = kept.find(m_id.slot());
-    if (found == kept.end())
-        return false;
-    const KeptParameters::Parameter* parameter = found->second.find(position);
-    return parameter && !parameter->fits;
+namespace {
+
+const KeptParameters* keptOf(const VnDbObjectId& handle) noexcept {
+    if (handle.isNull() || !handle.slot()->has(VnIfcInstanceSlot::kHasKept))
+        return nullptr;
+    const auto& kept = handle.model()->data().kept;
+    const auto found = kept.find(handle.slot());
+    return found == kept.end() ? nullptr : &found->second;
+}
+
+} // namespace
+
+bool VnIfcEntityBase::keepsText(unsigned position) const noexcept { return !keptText(position).empty(); }
+
+std::string_view VnIfcEntityBase::keptText(unsigned position) const noexcept {
+    const KeptParameters* kept = keptOf(m_id);
+    const KeptParameters::Parameter* parameter = kept ? kept->find(position) : nullptr;
+    return parameter && !parameter->fits ? std::string_view(parameter->text) : std::string_view();
+}
+
+std::vector<std::pair<unsigned, std::string_view>> VnIfcEntityBase::keptTexts() const {
+    std::vector<std::pair<unsigned, std::string_view>> texts;
+    const KeptParameters* kept = keptOf(m_id);
+    if (!kept)
+        return texts;
+    for (const KeptParameters::Parameter& parameter : kept->parameters)
+        if (!parameter.fits)
+            texts.emplace_back(parameter.position, parameter.text);
+    std::ranges::sort(texts);
+    if (!kept->surplus.empty()) {
+        SpfFieldWriter writer;
+        writer.write(*this);
+        texts.emplace_back(writer.count(), kept->surplus);
+    }
+    return texts;
 }
 
 bool VnIfcEntityBase::isBeyondFile(unsigned position) const noexcept {

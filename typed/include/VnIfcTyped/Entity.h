@@ -102,7 +102,9 @@ struct EntityClass {
     bool isAbstract;
 };
 
-/// What all entity classes of the schema share: each operation once, driven by the class's rows.
+/// What all entity classes of the schema share: each operation once, driven by the class's rows. The rows are those of
+/// the instance's own class, also when a base class is named: `wall->IfcRoot::getAttr("PredefinedType", value)` gives the
+/// wall's attribute, and `wall->IfcRoot::outFields(filer)` writes the whole wall.
 class VNIFC_API Entity : public VnIfcEntityBase {
 public:
     /// The rows of the instance's class.

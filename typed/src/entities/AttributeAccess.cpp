@@ -239,6 +239,7 @@ bool Entity::putAttr(const VnAnsiString& name, const VnIfcVariant& value) {
     const AttributeRow* row = findExplicit(entityClass(), name.constStr());
     if (!row || isBeyondFile(positionOf(entityClass(), *row)))
         return false;
+    referenceChanges();
     const Assigned assigned = assign(*this, *row, value);
     if (assigned != Assigned::kNo)
         touched(positionOf(entityClass(), *row));

@@ -89,6 +89,8 @@ void forEachCounterPart(const Entity& instance, const EntityClass& type, Act act
 } // namespace
 
 void Entity::setInverseCounterParts() {
+    if (VnIfcModel* model = owningModel(); model && !model->data().inversesAreSet)
+        model->data().inversesAreSet = true;
     forEachCounterPart(*this, entityClass(), [&](Entity& target, const InverseRow& inverse) {
         enter(target, inverse.attribute, objectId());
     });
