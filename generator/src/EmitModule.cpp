@@ -1,5 +1,5 @@
 #include "Emit.h"
-#include "Text.h"
+#include "Express.h"
 #include "Writer.h"
 
 namespace expgen {

@@ -1,7 +1,6 @@
 #include "Release.h"
 
-#include "ExpressError.h"
-#include "Text.h"
+#include "Express.h"
 
 #include <charconv>
 
