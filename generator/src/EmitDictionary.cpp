@@ -1,6 +1,5 @@
 #include "CppTypes.h"
 #include "Emit.h"
-#include "Text.h"
 #include "Writer.h"
 
 namespace expgen {

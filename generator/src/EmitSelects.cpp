@@ -119,6 +119,9 @@ std::string header(const Select& select, const std::string& aggregate, const Tar
     out.line("    static constexpr const char* kSchemaName = \"", target.release.name, "\";\n");
     out.line("    using Select::_d;");
     out.line("    void _d(e", name, " code) noexcept { setDiscriminator(code); }");
+    out.line("    /// The code of the member of that name, in any case; kUnset when there is none.");
+    out.line("    virtual e", name, " underlyingTypeByName(const VN_SDAI::VnAnsiString& member) const {");
+    out.line("        return static_cast<e", name, ">(memberByName(member));\n    }");
     writeMembers(out, select);
     out.line("    static VN_SDAI::VnIfcNameType* sType;");
     out.line("    static const typed::SelectClass s_class;\n");

@@ -1,7 +1,5 @@
 #include "Resolve.h"
 
-#include "Text.h"
-
 #include <algorithm>
 #include <map>
 #include <unordered_map>

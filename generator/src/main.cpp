@@ -1,6 +1,6 @@
 #include "Emit.h"
 #include "Output.h"
-#include "Parser.h"
+#include "Express.h"
 #include "Resolve.h"
 #include "Totals.h"
 

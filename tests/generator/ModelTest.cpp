@@ -1,5 +1,4 @@
 #include "Support.h"
-#include "Text.h"
 #include "Totals.h"
 
 #include <gtest/gtest.h>

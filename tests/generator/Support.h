@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Output.h"
-#include "Parser.h"
+#include "Express.h"
 #include "Resolve.h"
 
 #include <string>

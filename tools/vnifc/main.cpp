@@ -184,6 +184,25 @@ void addCheck(CLI::App& app, Task& task) {
     command->callback([&task, options] { task = [options] { return check(*options, *options); }; });
 }
 
+void addConvert(CLI::App& app, Task& task) {
+    struct Options : ReadFlags, ConvertFlags {
+        std::string target;
+        std::string to;
+    };
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("convert", "Write a file as one of another release of the schema");
+    command->footer("Example:\n  vnifc convert house.ifc house4x3.ifc --to IFC4X3_ADD2");
+    addReadFlags(*command, *options);
+    command->add_option("OUT", options->target, "file to write, may be FILE; - is standard output")->required();
+    command->add_option("--to", options->to, "release of the result")->option_text("RELEASE")->required();
+    command->add_option("--limit", options->limit, "how many losses of each kind are said; all by default")
+        ->check(CLI::NonNegativeNumber);
+    command->add_flag("--json", options->json, "print one JSON object with the summary");
+    command->callback([&task, options] {
+        task = [options] { return convertFile(*options, options->target, options->to, *options); };
+    });
+}
+
 void addSchema(CLI::App& app, Task& task) {
     struct Options {
         std::string release;
@@ -217,6 +236,7 @@ int run(int argc, char** argv) {
     addExport(app, task);
     addEdit(app, task);
     addCheck(app, task);
+    addConvert(app, task);
     addSchema(app, task);
     try {
         app.parse(argc, argv);

@@ -74,9 +74,13 @@ public:
 
 protected:
     VnIfcEntityBase() noexcept = default;
-    /// A copy belongs to no model; assignment leaves identity alone.
+    /// A copy belongs to no model; assignment leaves identity alone, and changes all attributes.
     VnIfcEntityBase(const VnIfcEntityBase&) noexcept {}
-    VnIfcEntityBase& operator=(const VnIfcEntityBase&) noexcept { return *this; }
+    VnIfcEntityBase& operator=(const VnIfcEntityBase&) noexcept {
+        if (!m_id.isNull() && m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
+            dropAllKept();
+        return *this;
+    }
 
     /// To be told of every change of an attribute, so that a text kept from the file gives way to the new value.
     void touched(unsigned position) noexcept {
@@ -87,6 +91,7 @@ protected:
 private:
     friend class VnIfcModel;
     void dropKept(unsigned position) noexcept;
+    void dropAllKept() noexcept;
 
     VnDbObjectId m_id;
 };

@@ -47,7 +47,7 @@ struct VnIfcFileResult {
 /// die with it. One thread at a time changes a model.
 class VNIFC_API VnIfcModel {
 public:
-    /// The schema must outlive the model.
+    /// The schema must outlive the model; null throws std::invalid_argument.
     explicit VnIfcModel(const VnIfcSchema* schema);
     ~VnIfcModel();
     VnIfcModel(const VnIfcModel&) = delete;
@@ -59,7 +59,8 @@ public:
     VnIfcHeader& header() noexcept;
     const VnIfcHeader& header() const noexcept;
 
-    /// Creates an instance of the named entity (in any case) under the next free number; null for an unknown name.
+    /// Creates an instance of the named entity (in any case) under the next free number; null for an
+    /// unknown name and for an abstract entity.
     VnDbObjectId create(std::string_view entity);
     /// Takes an instance that the host made. Throws std::invalid_argument for null, for an instance whose class is of
     /// another schema, and before the schema of its class is initialised.
@@ -123,6 +124,10 @@ public:
 
 private:
     friend class VnIfcEntityBase;
+    friend class VnIfcFile;
+    /// For a file whose schema is known when its header is read.
+    struct WithoutSchema {};
+    explicit VnIfcModel(WithoutSchema);
     void adopt(VnIfcInstanceSlot* slot, VnIfcEntityBase* instance, bool inArena) const noexcept;
     friend struct Data;
 

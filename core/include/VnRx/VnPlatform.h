@@ -5,14 +5,10 @@
 #define VN_DLL_EXPORT __declspec(dllexport)
 #define VN_DLL_IMPORT __declspec(dllimport)
 #define VN_DLL_LOCAL
-#include <string.h>
 #else
 #define VN_DLL_EXPORT __attribute__((visibility("default")))
 #define VN_DLL_IMPORT __attribute__((visibility("default")))
 #define VN_DLL_LOCAL __attribute__((visibility("hidden")))
-#include <strings.h>
-/// Compares two texts without regard to ASCII case.
-inline int _stricmp(const char* left, const char* right) noexcept { return ::strcasecmp(left, right); }
 #endif
 
 #if defined(VNIFCCORE_BUILD)

@@ -52,7 +52,12 @@ const std::vector<VnIfcInstanceSlot*>& VnIfcModel::Data::ordered() {
 
 // ---- Life
 
-VnIfcModel::VnIfcModel(const VnIfcSchema* schema) : m_data(std::make_unique<Data>(this, schema)) {}
+VnIfcModel::VnIfcModel(const VnIfcSchema* schema) : m_data(std::make_unique<Data>(this, schema)) {
+    if (!schema)
+        throw std::invalid_argument("a model needs a schema; is its module initialised?");
+}
+
+VnIfcModel::VnIfcModel(WithoutSchema) : m_data(std::make_unique<Data>(this, nullptr)) {}
 
 VnIfcModel::~VnIfcModel() { m_data->destroyInstances(); }
 
@@ -97,7 +102,9 @@ void VnIfcModel::adopt(VnIfcInstanceSlot* slot, VnIfcEntityBase* instance, bool 
 
 VnDbObjectId VnIfcModel::create(std::string_view entity) {
     const VnIfcEntityType* type = m_data->schema->entity(entity);
-    return type ? append(std::unique_ptr<VnIfcEntityBase>(type->create())) : VnDbObjectId();
+    if (!type || type->isAbstract())
+        return {};
+    return append(std::unique_ptr<VnIfcEntityBase>(type->create()));
 }
 
 VnDbObjectId VnIfcModel::append(std::unique_ptr<VnIfcEntityBase> instance) {
@@ -206,6 +213,19 @@ void VnIfcEntityBase::dropKept(unsigned position) noexcept {
     found->second.drop(position);
     if (!found->second.isEmpty())
         return;
+    data.kept.erase(found);
+    m_id.slot()->reset(VnIfcInstanceSlot::kHasKept);
+}
+
+void VnIfcEntityBase::dropAllKept() noexcept {
+    VnIfcModel::Data& data = owningModel()->data();
+    const auto found = data.kept.find(m_id.slot());
+    if (found == data.kept.end())
+        return;
+    found->second.parameters.clear();
+    found->second.absentFrom.reset();
+    if (!found->second.isEmpty())
+        return; // what follows the parameters belongs to none of them
     data.kept.erase(found);
     m_id.slot()->reset(VnIfcInstanceSlot::kHasKept);
 }

@@ -14,8 +14,8 @@ enum class AttributePart : std::uint8_t {
 };
 
 /// What the property classes of all attributes share. Values are of the attribute's own type, and no other is taken:
-/// strings as VnAnsiString, selects and enumerations as their classes, aggregates as VnIfcArray of their elements. What
-/// cannot be written, inverse and redeclared attributes, is given as getAttr does. A model's access mode does not
+/// strings as VnAnsiString, selects and enumerations as their classes, aggregates as VnIfcArray of their elements.
+/// Redeclared attributes are given and taken as getAttr and putAttr do; inverse ones cannot be written. A model's access mode does not
 /// count.
 class VNIFC_API AttributeProperty : public VnIfcProperty {
 public:
@@ -29,8 +29,9 @@ protected:
 
     VN::ErrorStatus read(const AttributeRow& row, const VnIfcEntityBase* instance, VnIfcVariant& value) const;
     VN::ErrorStatus write(const AttributeRow& row, VnIfcEntityBase* instance, const VnIfcVariant& value) const;
-    /// As getAttr, but for the access mode.
+    /// As getAttr and putAttr, but for the access mode.
     VN::ErrorStatus readByName(const char* name, const VnIfcEntityBase* instance, VnIfcVariant& value) const;
+    VN::ErrorStatus writeByName(const char* name, VnIfcEntityBase* instance, const VnIfcVariant& value) const;
 };
 
 /// The property class of one attribute of the entity class E. They have names of their own: IfcRootGlobalIdProperty.
@@ -47,6 +48,8 @@ public:
                                  [[maybe_unused]] const VnIfcVariant& value) const override {
         if constexpr (part == AttributePart::kExplicit)
             return write(row(), instance, value);
+        else if constexpr (part == AttributePart::kRedeclared)
+            return writeByName(row().name, instance, value);
         else
             return VN::eRefused;
     }

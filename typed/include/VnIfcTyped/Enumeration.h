@@ -16,7 +16,8 @@ struct EnumerationClass {
 
     /// The literal of a code; null when the code is not below the number of literals.
     const char* toLiteral(int code) const noexcept {
-        return code < static_cast<int>(literals.size()) ? literals[static_cast<std::size_t>(code)] : nullptr;
+        const auto index = static_cast<unsigned>(code); // negative ones are past the end, too
+        return index < literals.size() ? literals[index] : nullptr;
     }
     /// The code of a literal without dots, in any case; the number of literals when there is none.
     VNIFC_API std::uint32_t fromLiteral(std::string_view literal) const noexcept;

@@ -87,15 +87,24 @@ constexpr SelectMember aggregateMember(const VnAnsiString& name) noexcept {
 class VNIFC_API Select : public VnIfcSelect {
 public:
     Select(const Select&) = default;
-    Select& operator=(const Select&) = default;
-    Select(Select&&) noexcept = default;
-    Select& operator=(Select&&) noexcept = default;
+    /// The select that is moved from is null then.
+    Select(Select&& other) noexcept : VnIfcSelect(std::move(other)), m_discriminator(other.m_discriminator) {
+        other.forget();
+    }
+    Select& operator=(Select&& other) noexcept {
+        if (this == &other)
+            return *this;
+        VnIfcSelect::operator=(std::move(other));
+        m_discriminator = other.m_discriminator;
+        other.forget();
+        return *this;
+    }
 
     std::int32_t _d() const noexcept override { return m_discriminator; }
     bool underlyingTypeName(const VnAnsiString& name) override;
     const VnAnsiString& underlyingTypeName() const override;
     const VnIfcNameType* type() const noexcept override;
-    std::int32_t underlyingTypeByName(const VnAnsiString& name) const override;
+    std::int32_t memberByName(const VnAnsiString& name) const override;
 
     virtual const SelectClass& selectClass() const noexcept = 0;
     /// The chosen member; null when none is chosen or an instance still awaits classification.
@@ -113,6 +122,7 @@ protected:
     bool chooseForReading(std::string_view name) override;
     bool chosenKind(VnTypeCodeKind& kind) const noexcept override;
     const VnIfcVariantType* chosenEnumeration() const override;
+    std::uint32_t chosenLiteralCount() const noexcept override;
 
     void setDiscriminator(std::int32_t code) noexcept { m_discriminator = code; }
     bool is(std::int32_t code) const noexcept { return discriminatorAfterRefresh() == code; }
@@ -133,7 +143,13 @@ protected:
         static_cast<VnIfcAggrOf<T>&>(*getAggr()).assign(std::span<const T>(value));
     }
 
+    // For the derived classes: between selects of different classes there is no assignment.
+    Select& operator=(const Select&) = default;
+
 private:
+    friend bool assignSelect(VnIfcSelect& select, const SelectClass& type, const VnIfcVariant& value);
+
+    void forget() noexcept { m_discriminator = selectClass().memberCount(); }
     std::int32_t discriminatorAfterRefresh() const noexcept {
         if (m_discriminator > selectClass().memberCount())
             refreshSelectHandle();

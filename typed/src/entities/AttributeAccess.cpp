@@ -14,9 +14,6 @@
 // Access by name goes by the same rows as reading and writing files.
 namespace VN_SDAI::typed {
 
-namespace {
-
-/// As _stricmp(...) == 0, for most names at the cost of one byte.
 bool sameName(const char* declared, const char* name) noexcept {
     for (;; ++declared, ++name) {
         const auto have = static_cast<unsigned char>(*declared), asked = static_cast<unsigned char>(*name);
@@ -26,8 +23,6 @@ bool sameName(const char* declared, const char* name) noexcept {
             return true;
     }
 }
-
-} // namespace
 
 const AttributeRow* findExplicit(const EntityClass& type, const char* name) noexcept {
     for (const EntityClass* each = &type; each; each = each->supertype)

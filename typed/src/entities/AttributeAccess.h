@@ -4,6 +4,8 @@
 
 namespace VN_SDAI::typed {
 
+/// True for equal names, whatever their ASCII case is; for most others at the cost of one byte.
+bool sameName(const char* declared, const char* name) noexcept;
 /// The own or inherited explicit attribute of that name, in any case; null when there is none.
 const AttributeRow* findExplicit(const EntityClass& type, const char* name) noexcept;
 /// As findExplicit, inverse attributes included.

@@ -3,6 +3,7 @@
 #include <VnIfcCore/VnIfcEntityType.h>
 #include <VnIfcCore/VnIfcException.h>
 #include <VnIfcCore/VnIfcModel.h>
+#include <entities/AttributeAccess.h>
 #include <entities/CounterParts.h>
 
 namespace VN_SDAI::typed {
@@ -11,7 +12,7 @@ namespace VN_SDAI::typed {
 
 bool Entity::isInstanceOf(const VnIfcEntityType* type) const { return type && type == *entityClass().record; }
 
-bool Entity::isInstanceOf(const char* name) const { return name && _stricmp(entityClass().name, name) == 0; }
+bool Entity::isInstanceOf(const char* name) const { return name && sameName(entityClass().name, name); }
 
 bool Entity::isKindOf(const VnIfcEntityType* type) const {
     if (!type)
@@ -26,7 +27,7 @@ bool Entity::isKindOf(const char* name) const {
     if (!name)
         return false;
     for (const EntityClass* type = &entityClass(); type; type = type->supertype)
-        if (_stricmp(type->name, name) == 0)
+        if (sameName(type->name, name))
             return true;
     return false;
 }

@@ -54,7 +54,10 @@ bool readElement(T& element, VnSpfFilerBase& filer, bool separated) {
     if constexpr (isList<T>) {
         if (separated && !filer.skipUntil(','))
             return false;
-        return filer.helper().peek() == '(' && readElements<typename T::value_type>(element, filer);
+        if (!filer.helper().skipUntilRet('$'))
+            return readElements<typename T::value_type>(element, filer);
+        filer.notify(1, 4); // an empty list, in other words
+        return true;
     } else if constexpr (std::is_base_of_v<VnIfcSelect, T>) {
         return filer.rdPrimitive(static_cast<VnIfcSelect&>(element), separated);
     } else {
@@ -62,7 +65,7 @@ bool readElement(T& element, VnSpfFilerBase& filer, bool separated) {
     }
 }
 
-/// A value that stands where a list of one was meant: taken as such at the end of the parameter list.
+/// A value that stands where a list of one was meant: taken as such at the end of the list that it stands in.
 template <class T>
 bool readBareElement(VnIfcAggrOf<T>& aggregate, VnSpfFilerBase& filer) {
     T element{};

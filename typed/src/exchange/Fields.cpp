@@ -4,6 +4,7 @@
 #include <entities/Members.h>
 #include <types/ValueOperations.h>
 
+#include <algorithm>
 #include <cstring>
 
 // Reading and writing, attribute kind by attribute kind. The two switches mirror each other.
@@ -80,10 +81,23 @@ void readField(Entity& instance, const AttributeRow& row, VnSpfFilerBase& filer,
     }
 }
 
+/// True without elements, and when all of them are erased instances, which leave the lists that they were in.
+bool writesNothing(const VnIfcAggr& value) {
+    if (value.elementKind() == VnTypeCodeKind::kEntity)
+        return std::ranges::all_of(static_cast<const VnIfcAggrOf<VnDbObjectId>&>(value), &VnDbObjectId::isErased);
+    if (value.elementKind() != VnTypeCodeKind::kSelect)
+        return value.count() == 0;
+    const auto* select = static_cast<const char*>(value.imp().data());
+    for (std::uint32_t i = 0; i < value.count(); ++i, select += sizeof(Select))
+        if (!reinterpret_cast<const Select*>(select)->getHandle().isErased())
+            return false;
+    return true;
+}
+
 void writeAggregate(const VnIfcAggr& value, const AttributeRow& row, VnSpfFilerBase& filer, bool separated) {
     if (separated)
         filer.wrChar(',');
-    if (value.count() == 0 && isUnsetWhenEmpty(row, separated))
+    if (isUnsetWhenEmpty(row, separated) && writesNothing(value))
         return filer.wrChar('$');
     typeOf<AggregateOperations>(row).write(value, filer, row.isBinary);
 }

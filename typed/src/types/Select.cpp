@@ -30,10 +30,10 @@ const SelectMember* Select::chosen() const noexcept {
 
 const VnIfcNameType* Select::type() const noexcept { return *selectClass().type; }
 
-std::int32_t Select::underlyingTypeByName(const VnAnsiString& name) const { return selectClass().indexOf(name); }
+std::int32_t Select::memberByName(const VnAnsiString& name) const { return selectClass().indexOf(name); }
 
 bool Select::underlyingTypeName(const VnAnsiString& name) {
-    const std::int32_t index = underlyingTypeByName(name);
+    const std::int32_t index = memberByName(name);
     if (index == selectClass().memberCount())
         return false;
     const SelectMember& chosenMember = selectClass().members[static_cast<std::size_t>(index)];
@@ -98,6 +98,13 @@ const VnIfcVariantType* Select::chosenEnumeration() const {
     return chosenMember && chosenMember->enumeration ? &chosenMember->enumeration->descriptor->value() : nullptr;
 }
 
+std::uint32_t Select::chosenLiteralCount() const noexcept {
+    const SelectMember* chosenMember = chosen();
+    return chosenMember && chosenMember->enumeration
+               ? static_cast<std::uint32_t>(chosenMember->enumeration->literals.size())
+               : 0;
+}
+
 VN::ErrorStatus Select::chooseType(std::int32_t code) {
     if (code < 0 || code >= selectClass().memberCount())
         return VN::eNotHandled;
@@ -112,7 +119,7 @@ VN::ErrorStatus Select::chooseType(std::int32_t code) {
 // ---- typed values in exchange files
 
 VN::ErrorStatus Select::readTypedField(const VnAnsiString& typeName, VnSpfFilerBase* filer) {
-    const std::int32_t code = underlyingTypeByName(typeName);
+    const std::int32_t code = memberByName(typeName);
     if (code == selectClass().memberCount())
         return VN::eNotHandled;
     const SelectMember& typeMember = selectClass().members[static_cast<std::size_t>(code)];

@@ -117,6 +117,19 @@ VN::ErrorStatus AttributeProperty::write(const AttributeRow& row, VnIfcEntityBas
     return VN::eOk;
 }
 
+VN::ErrorStatus AttributeProperty::writeByName(const char* name, VnIfcEntityBase* instance,
+                                               const VnIfcVariant& value) const {
+    Entity* own = instanceOf(entity(), instance);
+    if (!own || value.isNull())
+        return VN::eRefused;
+    const AttributeRow& row = *findExplicit(own->entityClass(), name);
+    const bool isOwnType = value.type() == valueType(row) || value.type() == liveType(row);
+    if (!isOwnType || assign(*own, row, value) != Assigned::kYes)
+        return VN::eRefused;
+    own->touched(positionOf(own->entityClass(), row));
+    return VN::eOk;
+}
+
 VN::ErrorStatus AttributeProperty::readByName(const char* name, const VnIfcEntityBase* instance,
                                               VnIfcVariant& value) const {
     const Entity* own = instanceOf(entity(), instance);

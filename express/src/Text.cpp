@@ -1,8 +1,8 @@
-#include "Text.h"
+#include <express/Text.h>
 
 #include <algorithm>
 
-namespace expgen {
+namespace express {
 namespace {
 
 // Not the <cctype> functions: the result must not depend on the locale of the host.
@@ -28,4 +28,4 @@ bool equalNoCase(std::string_view left, std::string_view right) {
                       [](char a, char b) { return lowerChar(a) == lowerChar(b); });
 }
 
-} // namespace expgen
+} // namespace express

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace expgen {
+namespace express {
 
 /// Place in a text; lines and columns count from 1, columns in bytes.
 struct Position {
@@ -21,4 +21,4 @@ public:
                              ": found " + std::string(found) + ", expected " + std::string(expected)) {}
 };
 
-} // namespace expgen
+} // namespace express

@@ -1,8 +1,8 @@
-#include "Lexer.h"
+#include <express/Lexer.h>
 
 #include <string>
 
-namespace expgen {
+namespace express {
 namespace {
 
 constexpr bool isSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f' || c == '\v'; }
@@ -99,4 +99,4 @@ Token Lexer::next() {
     return token;
 }
 
-} // namespace expgen
+} // namespace express

@@ -1,7 +1,7 @@
-#include "Parser.h"
+#include <express/Parser.h>
 
-#include "Lexer.h"
-#include "Text.h"
+#include <express/Lexer.h>
+#include <express/Text.h>
 
 #include <algorithm>
 #include <array>
@@ -9,7 +9,7 @@
 #include <initializer_list>
 #include <utility>
 
-namespace expgen {
+namespace express {
 namespace {
 
 template <class Value>
@@ -429,4 +429,4 @@ void Parser::parseInverses(EntityDecl& entity) {
 
 SchemaDecl parseSchema(std::string_view file, std::string_view source) { return Parser(file, source).parse(); }
 
-} // namespace expgen
+} // namespace express

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace expgen {
+namespace express {
 
 enum class TokenKind { kWord, kInteger, kLiteral, kSymbol, kEnd };
 
@@ -46,4 +46,4 @@ private:
     Position m_at;
 };
 
-} // namespace expgen
+} // namespace express

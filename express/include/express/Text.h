@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace expgen {
+namespace express {
 
 /// Copy of `text` with the ASCII letters in lower case; EXPRESS ignores case in all names.
 std::string lower(std::string_view text);
@@ -14,4 +14,4 @@ std::string upper(std::string_view text);
 /// True when both texts are equal but for the case of ASCII letters.
 bool equalNoCase(std::string_view left, std::string_view right);
 
-} // namespace expgen
+} // namespace express

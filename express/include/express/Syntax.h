@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace expgen {
+namespace express {
 
 /// A name as written, with its place for messages. An absent name has an empty text.
 struct Name {
@@ -94,4 +94,4 @@ struct SchemaDecl {
     std::vector<EntityDecl> entities;
 };
 
-} // namespace expgen
+} // namespace express
