@@ -1,60 +1,60 @@
-// Builds a two-storey house through the typed classes and writes it as an IFC4X3 file.
+// Builds a two-storey house through the typed classes and writes it as an IFC4X3_ADD2 file.
 // Usage: build_house OUT.ifc
 //
 // Lengths are in metres, the unit that the project declares. x runs along the south wall, y to the north, z up.
 
-#include <IFC4X3/IfcApplication.h>
-#include <IFC4X3/IfcAxis2Placement3D.h>
-#include <IFC4X3/IfcBuilding.h>
-#include <IFC4X3/IfcBuildingStorey.h>
-#include <IFC4X3/IfcCartesianPoint.h>
-#include <IFC4X3/IfcDerivedUnit.h>
-#include <IFC4X3/IfcDerivedUnitElement.h>
-#include <IFC4X3/IfcDirection.h>
-#include <IFC4X3/IfcDoor.h>
-#include <IFC4X3/IfcElementQuantity.h>
-#include <IFC4X3/IfcExtrudedAreaSolid.h>
-#include <IFC4X3/IfcGeometricRepresentationSubContext.h>
-#include <IFC4X3/IfcLocalPlacement.h>
-#include <IFC4X3/IfcMaterial.h>
-#include <IFC4X3/IfcMaterialLayer.h>
-#include <IFC4X3/IfcMaterialLayerSet.h>
-#include <IFC4X3/IfcMaterialLayerSetUsage.h>
-#include <IFC4X3/IfcOpeningElement.h>
-#include <IFC4X3/IfcOrganization.h>
-#include <IFC4X3/IfcOwnerHistory.h>
-#include <IFC4X3/IfcPerson.h>
-#include <IFC4X3/IfcPersonAndOrganization.h>
-#include <IFC4X3/IfcPolyline.h>
-#include <IFC4X3/IfcProductDefinitionShape.h>
-#include <IFC4X3/IfcProject.h>
-#include <IFC4X3/IfcPropertySet.h>
-#include <IFC4X3/IfcPropertySingleValue.h>
-#include <IFC4X3/IfcQuantityArea.h>
-#include <IFC4X3/IfcQuantityLength.h>
-#include <IFC4X3/IfcQuantityVolume.h>
-#include <IFC4X3/IfcRectangleProfileDef.h>
-#include <IFC4X3/IfcRelAggregates.h>
-#include <IFC4X3/IfcRelAssociatesMaterial.h>
-#include <IFC4X3/IfcRelContainedInSpatialStructure.h>
-#include <IFC4X3/IfcRelDeclares.h>
-#include <IFC4X3/IfcRelDefinesByProperties.h>
-#include <IFC4X3/IfcRelDefinesByType.h>
-#include <IFC4X3/IfcRelFillsElement.h>
-#include <IFC4X3/IfcRelVoidsElement.h>
-#include <IFC4X3/IfcSIUnit.h>
-#include <IFC4X3/IfcShapeRepresentation.h>
-#include <IFC4X3/IfcSite.h>
-#include <IFC4X3/IfcSlab.h>
-#include <IFC4X3/IfcUnitAssignment.h>
-#include <IFC4X3/IfcWall.h>
-#include <IFC4X3/IfcWallType.h>
-#include <IFC4X3/Module.h>
+#include <IFC4X3_ADD2/IfcApplication.h>
+#include <IFC4X3_ADD2/IfcAxis2Placement3D.h>
+#include <IFC4X3_ADD2/IfcBuilding.h>
+#include <IFC4X3_ADD2/IfcBuildingStorey.h>
+#include <IFC4X3_ADD2/IfcCartesianPoint.h>
+#include <IFC4X3_ADD2/IfcDerivedUnit.h>
+#include <IFC4X3_ADD2/IfcDerivedUnitElement.h>
+#include <IFC4X3_ADD2/IfcDirection.h>
+#include <IFC4X3_ADD2/IfcDoor.h>
+#include <IFC4X3_ADD2/IfcElementQuantity.h>
+#include <IFC4X3_ADD2/IfcExtrudedAreaSolid.h>
+#include <IFC4X3_ADD2/IfcGeometricRepresentationSubContext.h>
+#include <IFC4X3_ADD2/IfcLocalPlacement.h>
+#include <IFC4X3_ADD2/IfcMaterial.h>
+#include <IFC4X3_ADD2/IfcMaterialLayer.h>
+#include <IFC4X3_ADD2/IfcMaterialLayerSet.h>
+#include <IFC4X3_ADD2/IfcMaterialLayerSetUsage.h>
+#include <IFC4X3_ADD2/IfcOpeningElement.h>
+#include <IFC4X3_ADD2/IfcOrganization.h>
+#include <IFC4X3_ADD2/IfcOwnerHistory.h>
+#include <IFC4X3_ADD2/IfcPerson.h>
+#include <IFC4X3_ADD2/IfcPersonAndOrganization.h>
+#include <IFC4X3_ADD2/IfcPolyline.h>
+#include <IFC4X3_ADD2/IfcProductDefinitionShape.h>
+#include <IFC4X3_ADD2/IfcProject.h>
+#include <IFC4X3_ADD2/IfcPropertySet.h>
+#include <IFC4X3_ADD2/IfcPropertySingleValue.h>
+#include <IFC4X3_ADD2/IfcQuantityArea.h>
+#include <IFC4X3_ADD2/IfcQuantityLength.h>
+#include <IFC4X3_ADD2/IfcQuantityVolume.h>
+#include <IFC4X3_ADD2/IfcRectangleProfileDef.h>
+#include <IFC4X3_ADD2/IfcRelAggregates.h>
+#include <IFC4X3_ADD2/IfcRelAssociatesMaterial.h>
+#include <IFC4X3_ADD2/IfcRelContainedInSpatialStructure.h>
+#include <IFC4X3_ADD2/IfcRelDeclares.h>
+#include <IFC4X3_ADD2/IfcRelDefinesByProperties.h>
+#include <IFC4X3_ADD2/IfcRelDefinesByType.h>
+#include <IFC4X3_ADD2/IfcRelFillsElement.h>
+#include <IFC4X3_ADD2/IfcRelVoidsElement.h>
+#include <IFC4X3_ADD2/IfcSIUnit.h>
+#include <IFC4X3_ADD2/IfcShapeRepresentation.h>
+#include <IFC4X3_ADD2/IfcSite.h>
+#include <IFC4X3_ADD2/IfcSlab.h>
+#include <IFC4X3_ADD2/IfcUnitAssignment.h>
+#include <IFC4X3_ADD2/IfcWall.h>
+#include <IFC4X3_ADD2/IfcWallType.h>
+#include <IFC4X3_ADD2/Module.h>
 #include <VnIfcCore/VnIfcModel.h>
 
 #include <iostream>
 
-using namespace IFC4X3;
+using namespace IFC4X3_ADD2;
 using namespace VN_SDAI;
 
 namespace {
@@ -581,13 +581,13 @@ void buildHouse(VnIfcModel& model) {
 }
 
 VnIfcHeader makeHeader() {
-    VnIfcHeader header = VnIfcHeader::standard("IFC4X3", "house.ifc", kTimeStamp);
+    VnIfcHeader header = VnIfcHeader::standard("IFC4X3_ADD2", "house.ifc", kTimeStamp);
     header.set("FILE_DESCRIPTION", "('ViewDefinition [DesignTransferView]'),'2;1'");
     return header;
 }
 
-VnIfcFileResult writeHouse(const char* path) {
-    VnIfcModel model(vnifcGetSchemaPointer());
+VnIfcFileResult writeHouse(const VnIfcSchema* schema, const char* path) {
+    VnIfcModel model(schema);
     model.header() = makeHeader();
     buildHouse(model);
     return model.writeFile(path);
@@ -600,10 +600,8 @@ int main(int argc, char** argv) {
         std::cerr << "usage: build_house OUT.ifc\n";
         return 2;
     }
-    VnModuleLifeCycleApp& module = *vnGetModuleLifeCycleApp();
-    module.initApp();
-    const VnIfcFileResult written = writeHouse(argv[1]);
-    module.uninitApp();
+    const VnModule module(vnIfc4x3Add2Module());
+    const VnIfcFileResult written = writeHouse(module.schema(), argv[1]);
     if (!written) {
         std::cerr << written.message << '\n';
         return 1;

@@ -1,16 +1,16 @@
-// Lists the walls of an IFC4X3 file storey by storey, and the attributes that they carry.
+// Lists the walls of an IFC4X3_ADD2 file storey by storey, and the attributes that they carry.
 // Usage: read_walls IN.ifc
 
-#include <IFC4X3/IfcBuildingStorey.h>
-#include <IFC4X3/IfcRelContainedInSpatialStructure.h>
-#include <IFC4X3/IfcWall.h>
-#include <IFC4X3/Module.h>
+#include <IFC4X3_ADD2/IfcBuildingStorey.h>
+#include <IFC4X3_ADD2/IfcRelContainedInSpatialStructure.h>
+#include <IFC4X3_ADD2/IfcWall.h>
+#include <IFC4X3_ADD2/Module.h>
 #include <VnIfcCore/VnIfcModel.h>
 #include <VnIfcCore/VnIfcText.h>
 
 #include <iostream>
 
-using namespace IFC4X3;
+using namespace IFC4X3_ADD2;
 using namespace VN_SDAI;
 
 namespace {
@@ -40,8 +40,8 @@ void printStorey(const IfcBuildingStorey& storey) {
                 printWall(*wall);
 }
 
-bool printWalls(const char* path) {
-    VnIfcModel model(vnifcGetSchemaPointer());
+bool printWalls(const VnIfcSchema* schema, const char* path) {
+    VnIfcModel model(schema);
     VnIfcReadOptions options;
     options.diagnostics = [](const VnIfcDiagnostic& found) { std::cerr << found.text() << '\n'; };
     const VnIfcFileResult read = model.readFile(path, options);
@@ -61,9 +61,6 @@ int main(int argc, char** argv) {
         std::cerr << "usage: read_walls IN.ifc\n";
         return 2;
     }
-    VnModuleLifeCycleApp& module = *vnGetModuleLifeCycleApp();
-    module.initApp();
-    const bool read = printWalls(argv[1]);
-    module.uninitApp();
-    return read ? 0 : 1;
+    const VnModule module(vnIfc4x3Add2Module());
+    return printWalls(module.schema(), argv[1]) ? 0 : 1;
 }

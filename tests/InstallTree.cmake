@@ -1,6 +1,6 @@
 # The install tree is tested as a user meets it: installed afresh, found by find_package from a project outside the
 # tree, and used by the installed tool.
-if(NOT TARGET VnIfc4x3 OR NOT TARGET build_house OR NOT TARGET vnifc)
+if(NOT TARGET VnIfc4x3Add2 OR NOT TARGET build_house OR NOT TARGET vnifc)
     return()
 endif()
 

@@ -1,7 +1,7 @@
 // What a host pays besides time: start of the module, allocations and memory of one file with its inverse attributes,
 // and the cost of many files one after another. One process for each measurement, for peaks stay.
+#include <VnIfcCore/VnIfcFile.h>
 #include <VnIfcCore/VnIfcModel.h>
-#include <VnRx/VnModule.h>
 
 #include <atomic>
 #include <chrono>
@@ -47,7 +47,7 @@ int main(int argc, char** argv) try {
         return 2;
     }
     const auto begin = std::chrono::steady_clock::now();
-    const VnModule module = VnModule::load("VnIfc4x3");
+    const VnModule module = vnLoadModule(vnIfcReleases().back());
     std::printf("module loaded and initialised   %.2f ms\n", secondsSince(begin) * 1e3);
 
     VnIfcReadOptions options;

@@ -2,13 +2,14 @@
 
 namespace expgen {
 
-Files emit(const Model& model, const InputNames& inputs) {
+Files emit(const Model& model, const Target& target) {
     Files files;
-    emitEnumerations(files, model, inputs);
-    emitSelects(files, model, inputs);
-    emitEntities(files, model, inputs);
-    emitDictionary(files, model, inputs);
-    emitProperties(files, model, inputs);
+    emitEnumerations(files, model, target);
+    emitSelects(files, model, target);
+    emitEntities(files, model, target);
+    emitDictionary(files, model, target);
+    emitProperties(files, model, target);
+    emitModule(files, target);
     return files;
 }
 

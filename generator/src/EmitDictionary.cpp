@@ -1,6 +1,5 @@
 #include "CppTypes.h"
 #include "Emit.h"
-#include "Text.h"
 #include "Writer.h"
 
 namespace expgen {
@@ -87,26 +86,30 @@ void writeAggregations(Writer& out, const Model& model) {
     out.line("};");
 }
 
-std::string source(const Model& model, const InputNames& inputs) {
-    Writer out(inputs.schema + ", " + inputs.enumerations + " and " + inputs.order);
-    for (const std::string_view header : {"AllEntities", "AllTypes", "Dictionary"}) {
-        out.includeClass(header);
-    }
-    out.line("\nnamespace IFC4X3::dictionary {\nnamespace {\n");
+std::string source(const Model& model, const Target& target) {
+    Writer out(target);
+    out.includeClass("AllEntities");
+    out.includeClass("AllTypes");
+    out.include("VnIfcTyped/Release.h");
+    out.openSource();
+    out.line("namespace {\n");
     writeEntities(out, model);
     writeEnumerations(out, model);
     writeDefinedTypes(out, model);
     writeSelects(out, model);
     writeAggregations(out, model);
     out.line("\n} // namespace\n");
-    out.line("constinit const std::span<const EntityClass* const> entities{entityTable};");
-    out.line("constinit const std::span<const SelectClass* const> selectClasses{selectClassTable};");
-    out.line("constinit const std::span<const EnumerationClass* const> enumerationClasses{enumerationClassTable};");
-    out.line("constinit const std::span<const DefinedType> definedTypes{definedTypeTable};");
-    out.line("constinit const std::span<const EnumerationRecord> enumerations{enumerationTable};");
-    out.line("constinit const std::span<const SelectRecord> selects{selectTable};");
-    out.line("constinit const std::span<const AggregationRecord> aggregations{aggregationTable};");
-    out.line("\n} // namespace IFC4X3::dictionary");
+    out.line("constinit std::atomic<std::size_t> descriptorCount{0};\n");
+    out.line("extern const Release release;");
+    out.line("constinit const Release release{");
+    out.line("    .name = \"", target.release.name, "\",");
+    out.line("    .majorVersion = VN_SDAI::IfcSchemaMajorVersion::", target.release.version[0], ",");
+    out.line("    .minorVersion = VN_SDAI::IfcSchemaMinorVersion::", target.release.version[1], ",");
+    out.line("    .entities = entityTable,\n    .selectClasses = selectClassTable,");
+    out.line("    .enumerationClasses = enumerationClassTable,\n    .definedTypes = definedTypeTable,");
+    out.line("    .enumerations = enumerationTable,\n    .selects = selectTable,");
+    out.line("    .aggregations = aggregationTable};");
+    out.closeNamespace();
     return out.take();
 }
 
@@ -119,19 +122,19 @@ void includeAll(Writer& out, const Records& records) {
 
 } // namespace
 
-void emitDictionary(Files& files, const Model& model, const InputNames& inputs) {
-    Writer entities(inputs.schema);
+void emitDictionary(Files& files, const Model& model, const Target& target) {
+    Writer entities(target);
     entities.line("#pragma once");
     includeAll(entities, model.entities);
-    files["include/IFC4X3/AllEntities.h"] = entities.take();
+    files[target.header("AllEntities")] = entities.take();
 
-    Writer types(inputs.schema);
+    Writer types(target);
     types.line("#pragma once");
     includeAll(types, model.enumerations);
     includeAll(types, model.selects);
-    files["include/IFC4X3/AllTypes.h"] = types.take();
+    files[target.header("AllTypes")] = types.take();
 
-    files["src/Dictionary.cpp"] = source(model, inputs);
+    files["src/Dictionary.cpp"] = source(model, target);
 }
 
 } // namespace expgen

@@ -1,6 +1,5 @@
 #include "CppTypes.h"
 #include "Emit.h"
-#include "Text.h"
 #include "Writer.h"
 
 #include <algorithm>
@@ -51,7 +50,7 @@ void writeIncludes(Writer& out, const Entity& entity) {
         named.erase(known->name);
     }
     out.line("#pragma once");
-    out.includeClass(entity.supertype ? entity.supertype->name : "Entity");
+    out.includeClass(entity.supertype ? entity.supertype->name : "Release");
     for (const std::string& name : held) {
         out.includeClass(name);
     }
@@ -66,10 +65,10 @@ void writeIncludes(Writer& out, const Entity& entity) {
 
 void writeTableDeclarations(Writer& out, const Entity& entity) {
     out.line("    static VN_SDAI::VnIfcEntityType* g_pEntityType;");
-    out.line("    static const EntityClass s_class;");
+    out.line("    static const typed::EntityClass s_class;");
     const auto declare = [&out](std::string_view type, std::string_view name, std::size_t count) {
         if (count != 0) {
-            out.line("    static const ", type, " ", name, "[", count, "];");
+            out.line("    static const typed::", type, " ", name, "[", count, "];");
         }
     };
     declare("AttributeRow", "s_rows", entity.explicits.size());
@@ -91,12 +90,12 @@ void writeMembers(Writer& out, const Entity& entity) {
     }
 }
 
-std::string header(const Entity& entity, const InputNames& inputs) {
-    Writer out(inputs.schema);
+std::string header(const Entity& entity, const Target& target) {
+    Writer out(target);
     writeIncludes(out, entity);
     out.line("/// ", entity.isAbstract ? "Abstract " : "", "EXPRESS entity ", entity.name, " (ISO 16739).");
-    out.line("class IFC4X3_API ", entity.name, " : public ", entity.supertype ? entity.supertype->name : "Entity",
-             " {");
+    out.line("class ", target.release.api(), " ", entity.name, " : public ",
+             entity.supertype ? entity.supertype->name : "typed::Entity", " {");
     out.line("public:");
     const std::size_t inherited = entity.fields.size() - entity.explicits.size();
     for (std::size_t i = 0; i < entity.explicits.size(); ++i) {
@@ -106,7 +105,7 @@ std::string header(const Entity& entity, const InputNames& inputs) {
         const std::string type = inverse.isSingle() ? std::string(kHandle) : "const " + std::string(kInverseSet) + "&";
         out.line("    ", type, " getInv", inverse.name, "() const noexcept { return m_", inverse.name, "; }");
     }
-    out.line("    const EntityClass& entityClass() const noexcept override;");
+    out.line("    const typed::EntityClass& entityClass() const noexcept override;");
     out.line("    VN_SDAI::VnIfcEntityType* getInstanceType() const override;\n");
     writeTableDeclarations(out, entity);
     writeMembers(out, entity);
@@ -115,17 +114,22 @@ std::string header(const Entity& entity, const InputNames& inputs) {
     return out.take();
 }
 
-// What the values must fulfil beyond their kind: the entity that they refer to, and the levels on which they differ.
+// What the values must fulfil beyond their kind: the entity that they refer to, the levels on which they differ, and
+// whether they are binary.
 std::string constraints(const Type& type) {
     unsigned unique = 0;
     for (std::size_t level = 0; level < type.layers.size(); ++level) {
         unique |= type.layers[level].isUnique ? 1u << level : 0u;
     }
-    if (type.kind != Kind::kEntity && unique == 0) {
+    const bool isBinary = type.kind == Kind::kBinary && type.isAggregate();
+    if (type.kind != Kind::kEntity && unique == 0 && !isBinary) {
         return "";
     }
-    const std::string target = type.kind == Kind::kEntity ? ", &" + type.name + "::g_pEntityType" : ", nullptr";
-    return unique == 0 ? target : target + ", " + std::to_string(unique);
+    std::string text = type.kind == Kind::kEntity ? ", &" + type.name + "::g_pEntityType" : ", nullptr";
+    if (unique != 0 || isBinary) {
+        text += ", " + std::to_string(unique);
+    }
+    return isBinary ? text + ", true" : text;
 }
 
 void writeRows(Writer& out, const Entity& entity) {
@@ -282,8 +286,8 @@ void writeFunctions(Writer& out, const Entity& entity) {
     out.line("VN_SDAI::VnIfcEntityType* ", name, "::getInstanceType() const { return g_pEntityType; }");
     for (const ExplicitAttribute& attribute : entity.explicits) {
         if (isReference(attribute.type)) {
-            out.line(attribute.type.name, "* ", name, "::", attribute.name,
-                     "() const { return openAs<IFC4X3::", attribute.type.name, ">(m_", attribute.name, "); }");
+            out.line(attribute.type.name, "* ", name, "::", attribute.name, "() const { return openAs<", out.scope(),
+                     attribute.type.name, ">(m_", attribute.name, "); }");
         }
     }
 }
@@ -321,14 +325,15 @@ std::set<std::string> classesFor(std::span<const Entity> entities) {
     return names;
 }
 
-std::string source(std::span<const Entity> entities, const InputNames& inputs) {
-    Writer out(inputs.schema);
+std::string source(std::span<const Entity> entities, const Target& target) {
+    Writer out(target);
     out.include("entities/EntityTables.h");
+    out.includeClass("AttributeProperties");
     out.line();
     for (const std::string& name : classesFor(entities)) {
         out.includeClass(name);
     }
-    out.openNamespace();
+    out.openSource();
     for (const Entity& entity : entities) {
         writeDefinitions(out, entity);
     }
@@ -338,9 +343,9 @@ std::string source(std::span<const Entity> entities, const InputNames& inputs) {
 
 } // namespace
 
-void emitEntities(Files& files, const Model& model, const InputNames& inputs) {
+void emitEntities(Files& files, const Model& model, const Target& target) {
     for (const Entity& entity : model.entities) {
-        files["include/IFC4X3/" + entity.name + ".h"] = header(entity, inputs);
+        files[target.header(entity.name)] = header(entity, target);
     }
     const std::span<const Entity> entities(model.entities);
     const std::size_t size = (entities.size() + kUnits - 1) / kUnits;
@@ -348,7 +353,7 @@ void emitEntities(Files& files, const Model& model, const InputNames& inputs) {
         const std::size_t first = std::min(unit * size, entities.size());
         const auto part = entities.subspan(first, std::min(size, entities.size() - first));
         const std::string digits = {static_cast<char>('0' + unit / 10), static_cast<char>('0' + unit % 10)};
-        files["src/Entities_" + digits + ".cpp"] = source(part, inputs);
+        files["src/Entities_" + digits + ".cpp"] = source(part, target);
     }
 }
 

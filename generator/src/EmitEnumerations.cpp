@@ -4,11 +4,12 @@
 namespace expgen {
 namespace {
 
-std::string header(const Enumeration& enumeration, const InputNames& inputs) {
+std::string header(const Enumeration& enumeration, const Target& target) {
     const std::string& name = enumeration.name;
-    Writer out(inputs.schema);
+    Writer out(target);
     out.line("#pragma once");
-    out.include("IFC4X3/Enumeration.h");
+    out.includeClass("Release");
+    out.include("VnIfcTyped/Enumeration.h");
     out.openNamespace();
     out.line("/// Literals of ", name, " in the schema's order; UNSET means that no value is set.");
     out.line("enum ", name, "Code : std::uint32_t {");
@@ -18,24 +19,25 @@ std::string header(const Enumeration& enumeration, const InputNames& inputs) {
     out.line("    k", name, "_UNSET");
     out.line("};\n");
     out.line("/// EXPRESS enumeration ", name, " (ISO 16739).");
-    out.line("class ", name, " : public Enumeration<", name, ", ", name, "Code, k", name, "_UNSET> {");
+    out.line("class ", name, " : public typed::Enumeration<", name, ", ", name, "Code, k", name, "_UNSET> {");
     out.line("public:");
     out.line("    using Enumeration::Enumeration;");
-    out.line("    IFC4X3_API static const EnumerationClass s_class;");
+    out.line("    static constexpr const char* kSchemaName = \"", target.release.name, "\";");
+    out.line("    ", target.release.api(), " static const typed::EnumerationClass s_class;");
     out.line("};");
     out.closeNamespace();
     return out.take();
 }
 
-std::string source(const Model& model, const InputNames& inputs) {
-    Writer out(inputs.schema);
+std::string source(const Model& model, const Target& target) {
+    Writer out(target);
     out.include("types/Descriptors.h");
     out.line();
     for (const Enumeration& enumeration : model.enumerations) {
         out.includeClass(enumeration.name);
     }
-    out.openNamespace();
-    out.line("namespace {\n");
+    out.openSource();
+    out.line("extern std::atomic<std::size_t> descriptorCount;\n\nnamespace {\n");
     for (const Enumeration& enumeration : model.enumerations) {
         out.line("constexpr const char* literals_", enumeration.name, "[] = {");
         for (const std::string& literal : enumeration.literals) {
@@ -47,7 +49,7 @@ std::string source(const Model& model, const InputNames& inputs) {
     for (const Enumeration& enumeration : model.enumerations) {
         const std::string& name = enumeration.name;
         out.line("constinit const EnumerationClass ", name, "::s_class =");
-        out.line("    enumerationClass<", name, ">(\"", name, "\", literals_", name, ");");
+        out.line("    enumerationClass<", name, ", descriptorCount>(\"", name, "\", literals_", name, ");");
     }
     out.closeNamespace();
     return out.take();
@@ -55,11 +57,11 @@ std::string source(const Model& model, const InputNames& inputs) {
 
 } // namespace
 
-void emitEnumerations(Files& files, const Model& model, const InputNames& inputs) {
+void emitEnumerations(Files& files, const Model& model, const Target& target) {
     for (const Enumeration& enumeration : model.enumerations) {
-        files["include/IFC4X3/" + enumeration.name + ".h"] = header(enumeration, inputs);
+        files[target.header(enumeration.name)] = header(enumeration, target);
     }
-    files["src/Enumerations.cpp"] = source(model, inputs);
+    files["src/Enumerations.cpp"] = source(model, target);
 }
 
 } // namespace expgen

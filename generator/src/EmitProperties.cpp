@@ -22,10 +22,11 @@ std::vector<Property> propertiesOf(const Entity& entity) {
     return properties;
 }
 
-void emitProperties(Files& files, const Model& model, const InputNames& inputs) {
-    Writer out(inputs.schema);
+void emitProperties(Files& files, const Model& model, const Target& target) {
+    Writer out(target);
     out.line("#pragma once");
-    out.includeClass("AttributeProperty");
+    out.includeClass("Release");
+    out.include("VnIfcTyped/AttributeProperty.h");
     out.line("\n// The property classes of all attributes. To use one, include its entity's header as well.");
     out.openNamespace();
     for (const Entity& entity : model.entities) {
@@ -34,12 +35,12 @@ void emitProperties(Files& files, const Model& model, const InputNames& inputs) 
         }
         out.line("class ", entity.name, ";");
         for (const Property& property : propertiesOf(entity)) {
-            out.line("using ", property.name, " = AttributePropertyOf<", entity.name,
-                     ", AttributePart::", property.part, ", ", property.index, ">;");
+            out.line("using ", property.name, " = typed::AttributePropertyOf<", entity.name,
+                     ", typed::AttributePart::", property.part, ", ", property.index, ">;");
         }
     }
     out.closeNamespace();
-    files["include/IFC4X3/AttributeProperties.h"] = out.take();
+    files[target.header("AttributeProperties")] = out.take();
 }
 
 } // namespace expgen

@@ -58,7 +58,8 @@ void writeSetter(Writer& out, const SelectLeaf& leaf) {
 
 void writeIncludes(Writer& out, const Select& select) {
     out.line("#pragma once");
-    out.include("IFC4X3/Select.h");
+    out.includeClass("Release");
+    out.include("VnIfcTyped/Select.h");
     for (const SelectLeaf& leaf : select.leaves) {
         if (isEnumeration(leaf)) {
             out.includeClass(leaf.name);
@@ -72,7 +73,7 @@ void writeMembers(Writer& out, const Select& select) {
         out.line("    bool is", leaf.name, "() const noexcept { return is(k", leaf.name, "); }");
         writeSetter(out, leaf);
     }
-    out.line("    const SelectClass& selectClass() const noexcept override;\n");
+    out.line("    const typed::SelectClass& selectClass() const noexcept override;\n");
     for (const SelectLeaf& leaf : select.leaves) {
         out.line("    static const VN_SDAI::VnAnsiString ", nameConstant(leaf), ";");
     }
@@ -92,9 +93,9 @@ std::string aggregateOf(const Model& model, const Select& select) {
     return {};
 }
 
-std::string header(const Select& select, const std::string& aggregate, const InputNames& inputs) {
+std::string header(const Select& select, const std::string& aggregate, const Target& target) {
     const std::string& name = select.name;
-    Writer out(inputs.schema);
+    Writer out(target);
     writeIncludes(out, select);
     out.openNamespace();
     for (const SelectLeaf& leaf : select.leaves) {
@@ -103,7 +104,7 @@ std::string header(const Select& select, const std::string& aggregate, const Inp
         }
     }
     out.line("\n/// EXPRESS select ", name, " (ISO 16739).");
-    out.line("class IFC4X3_API ", name, " : public Select {");
+    out.line("class ", target.release.api(), " ", name, " : public typed::Select {");
     out.line("public:");
     out.line("    enum e", name, " : std::int32_t {");
     for (const SelectLeaf& leaf : select.leaves) {
@@ -115,11 +116,15 @@ std::string header(const Select& select, const std::string& aggregate, const Inp
         out.line("    using Aggregate = ", aggregate, ";\n");
     }
     out.line("    ", name, "() noexcept : Select(kUnset) {}");
+    out.line("    static constexpr const char* kSchemaName = \"", target.release.name, "\";\n");
     out.line("    using Select::_d;");
     out.line("    void _d(e", name, " code) noexcept { setDiscriminator(code); }");
+    out.line("    /// The code of the member of that name, in any case; kUnset when there is none.");
+    out.line("    virtual e", name, " underlyingTypeByName(const VN_SDAI::VnAnsiString& member) const {");
+    out.line("        return static_cast<e", name, ">(memberByName(member));\n    }");
     writeMembers(out, select);
     out.line("    static VN_SDAI::VnIfcNameType* sType;");
-    out.line("    static const SelectClass s_class;\n");
+    out.line("    static const typed::SelectClass s_class;\n");
     out.line("protected:");
     out.line("    VN::ErrorStatus setUnderlyingType(e", name, " code) { return chooseType(code); }");
     out.line("};");
@@ -148,6 +153,15 @@ void writeTable(Writer& out, const Select& select) {
         writeRow(out, select, leaf);
     }
     out.line("};");
+    if (select.leaves.empty()) {
+        out.line("constexpr std::span<const std::uint16_t> index_", name, ";");
+    } else {
+        out.line("constexpr auto index_", name, " = memberIndex({");
+        for (const SelectLeaf& leaf : select.leaves) {
+            out.line("    \"", leaf.name, "\",");
+        }
+        out.line("});");
+    }
     out.line("} // namespace");
 }
 
@@ -160,8 +174,8 @@ void writeDefinitions(Writer& out, const Select& select) {
     }
     writeTable(out, select);
     out.line("VN_SDAI::VnIfcNameType* ", name, "::sType = nullptr;");
-    out.line("constinit const SelectClass ", name, "::s_class = IFC4X3::selectClass<", name, ">(\"", name,
-             "\", members_", name, ");");
+    out.line("constinit const SelectClass ", name, "::s_class = typed::selectClass<", name, ", descriptorCount>(\"",
+             name, "\", members_", name, ", index_", name, ");");
     out.line("const SelectClass& ", name, "::selectClass() const noexcept { return s_class; }");
     for (const SelectLeaf& leaf : select.leaves) {
         if (isEntity(leaf)) {
@@ -170,7 +184,7 @@ void writeDefinitions(Writer& out, const Select& select) {
     }
 }
 
-std::string source(std::span<const Select> selects, const InputNames& inputs) {
+std::string source(std::span<const Select> selects, const Target& target) {
     std::set<std::string> classes;
     std::set<std::string> names;
     for (const Select& select : selects) {
@@ -182,14 +196,14 @@ std::string source(std::span<const Select> selects, const InputNames& inputs) {
             }
         }
     }
-    Writer out(inputs.schema);
+    Writer out(target);
     out.include("types/Descriptors.h");
     out.line();
     for (const std::string& name : classes) {
         out.includeClass(name);
     }
-    out.openNamespace();
-    out.line("namespace {");
+    out.openSource();
+    out.line("extern std::atomic<std::size_t> descriptorCount;\n\nnamespace {");
     for (const std::string& name : names) {
         out.line("constexpr VN_SDAI::VnStaticText text_", name, "{\"", name, "\"};");
     }
@@ -203,16 +217,16 @@ std::string source(std::span<const Select> selects, const InputNames& inputs) {
 
 } // namespace
 
-void emitSelects(Files& files, const Model& model, const InputNames& inputs) {
+void emitSelects(Files& files, const Model& model, const Target& target) {
     for (const Select& select : model.selects) {
-        files["include/IFC4X3/" + select.name + ".h"] = header(select, aggregateOf(model, select), inputs);
+        files[target.header(select.name)] = header(select, aggregateOf(model, select), target);
     }
     const std::span<const Select> selects(model.selects);
     const std::size_t size = (selects.size() + kUnits - 1) / kUnits;
     for (std::size_t unit = 0; unit < kUnits; ++unit) {
         const std::size_t first = std::min(unit * size, selects.size());
         const auto part = selects.subspan(first, std::min(size, selects.size() - first));
-        files["src/Selects_" + std::to_string(unit) + ".cpp"] = source(part, inputs);
+        files["src/Selects_" + std::to_string(unit) + ".cpp"] = source(part, target);
     }
 }
 

@@ -1,7 +1,5 @@
 #include "Model.h"
 
-#include "Text.h"
-
 #include <algorithm>
 
 namespace expgen {

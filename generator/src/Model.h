@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Syntax.h"
+#include "Express.h"
 
 #include <cstddef>
 #include <string>

@@ -1,7 +1,5 @@
 #include "Resolve.h"
 
-#include "Text.h"
-
 #include <algorithm>
 #include <map>
 #include <unordered_map>
@@ -43,6 +41,12 @@ std::string simpleName(const TypeSpec& type) {
     return type.simple == SimpleType::kNumber ? "real" : lower(type.name.text);
 }
 
+// An attribute's own simple type: the dictionary has a record for binaries of a width.
+std::string anonymousName(const TypeSpec& type) {
+    const std::string name = simpleName(type);
+    return type.simple == SimpleType::kBinary && type.width != 0 ? name + "(" + std::to_string(type.width) + ")" : name;
+}
+
 Enumeration enumerationOf(const ItemsDecl& decl) {
     Enumeration enumeration{decl.name.text, {}};
     for (const Name& item : decl.items) {
@@ -53,8 +57,7 @@ Enumeration enumerationOf(const ItemsDecl& decl) {
 
 class Resolver {
 public:
-    Resolver(const SchemaDecl& schema, const SchemaDecl& records, const BuildingOrder& order)
-        : m_schema(schema), m_records(records), m_order(order) {}
+    Resolver(const SchemaDecl& schema, const Differences& differences) : m_schema(schema), m_differences(differences) {}
 
     Model resolve();
 
@@ -86,12 +89,12 @@ private:
     std::size_t indexOf(const Entity* entity) const {
         return static_cast<std::size_t>(entity - m_model.entities.data());
     }
-    void readOrder();
+    void keepTextOrder();
+    void readOrder(const BuildingOrder& order);
     void collectAggregations();
 
     const SchemaDecl& m_schema;
-    const SchemaDecl& m_records;
-    const BuildingOrder& m_order;
+    const Differences& m_differences;
     std::unordered_map<std::string, Symbol> m_symbols;
     std::vector<std::size_t> m_namedAggregations;
     std::vector<const Entity*> m_firstEntities;
@@ -157,7 +160,7 @@ Type Resolver::resolveType(const TypeSpec& spec) const {
         }
         if (current->simple) {
             type.kind = kindOf(*current);
-            type.name = type.name.empty() ? simpleName(*current) : type.name;
+            type.name = type.name.empty() ? anonymousName(*current) : type.name;
             return type;
         }
         const Symbol& symbol = lookUp(current->name, "a type or entity of the schema");
@@ -178,7 +181,8 @@ void Resolver::createRecords() {
     for (const ItemsDecl& decl : m_schema.enumerations) {
         m_model.enumerations.push_back(enumerationOf(decl));
     }
-    for (const ItemsDecl& decl : m_records.enumerations) {
+    const SchemaDecl& records = m_differences.enumerations ? *m_differences.enumerations : m_schema;
+    for (const ItemsDecl& decl : records.enumerations) {
         m_model.enumerationRecords.push_back(enumerationOf(decl));
     }
     for (const ItemsDecl& decl : m_schema.selects) {
@@ -380,12 +384,25 @@ void Resolver::resolveUnique(Entity& entity, const UniqueDecl& decl) {
     entity.uniques.push_back(std::move(rule));
 }
 
-void Resolver::readOrder() {
-    const auto refuse = [this](const Name& name, std::string_view expected) {
-        throw ExpressError(m_order.file, name.at, quoted(name.text), expected);
+void Resolver::keepTextOrder() {
+    for (const Select& select : m_model.selects) {
+        m_model.selectOrder.push_back(&select);
+    }
+    for (std::size_t i = 0; i < m_model.definedTypes.size(); ++i) {
+        if (m_model.definedTypes[i].type.isAggregate()) {
+            m_namedAggregations.push_back(i);
+        } else {
+            m_model.definedTypeOrder.push_back(&m_model.definedTypes[i]);
+        }
+    }
+}
+
+void Resolver::readOrder(const BuildingOrder& order) {
+    const auto refuse = [&order](const Name& name, std::string_view expected) {
+        throw ExpressError(order.file, name.at, quoted(name.text), expected);
     };
     std::unordered_set<std::string> seen;
-    for (const Name& name : m_order.names) {
+    for (const Name& name : order.names) {
         const auto found = m_symbols.find(lower(name.text));
         if (found == m_symbols.end() || !seen.insert(found->first).second) {
             refuse(name, "a name of the schema, once");
@@ -407,10 +424,10 @@ void Resolver::readOrder() {
     const auto type = std::find_if(m_schema.definedTypes.begin(), m_schema.definedTypes.end(), isMissing);
     const auto select = std::find_if(m_schema.selects.begin(), m_schema.selects.end(), isMissing);
     if (type != m_schema.definedTypes.end()) {
-        fail(type->name, "a type that " + m_order.file + " names");
+        fail(type->name, "a type that " + order.file + " names");
     }
     if (select != m_schema.selects.end()) {
-        fail(select->name, "a select that " + m_order.file + " names");
+        fail(select->name, "a select that " + order.file + " names");
     }
 }
 
@@ -453,7 +470,11 @@ Model Resolver::resolve() {
     resolveDefinedTypes();
     resolveSelects();
     resolveSupertypes();
-    readOrder();
+    if (m_differences.order) {
+        readOrder(*m_differences.order);
+    } else {
+        keepTextOrder();
+    }
     orderEntities();
     resolveAttributes();
     collectAggregations();
@@ -462,8 +483,8 @@ Model Resolver::resolve() {
 
 } // namespace
 
-Model resolve(const SchemaDecl& schema, const SchemaDecl& records, const BuildingOrder& order) {
-    return Resolver(schema, records, order).resolve();
+Model resolve(const SchemaDecl& schema, const Differences& differences) {
+    return Resolver(schema, differences).resolve();
 }
 
 } // namespace expgen

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Emit.h"
+
 #include <string>
 #include <string_view>
 #include <utility>
@@ -9,8 +11,9 @@ namespace expgen {
 /// Text of one generated file, put together line by line.
 class Writer {
 public:
-    /// `source` names the inputs in the first line.
-    explicit Writer(std::string_view source) { line("// Made by expgen from ", source, "; do not edit."); }
+    explicit Writer(const Target& target) : m_namespace(target.release.name) {
+        line("// Made by expgen from ", target.source, "; do not edit.");
+    }
 
     /// Adds a line made of texts and whole numbers.
     template <class... Parts>
@@ -20,9 +23,17 @@ public:
     }
 
     void include(std::string_view header) { line("#include <", header, ">"); }
-    void includeClass(std::string_view name) { line("#include <IFC4X3/", name, ".h>"); }
-    void openNamespace() { line("\nnamespace IFC4X3 {\n"); }
-    void closeNamespace() { line("\n} // namespace IFC4X3"); }
+    void includeClass(std::string_view name) { line("#include <", m_namespace, "/", name, ".h>"); }
+    void openNamespace() { line("\nnamespace ", m_namespace, " {\n"); }
+    /// As openNamespace, for a source, whose tables name the shared types all the time.
+    void openSource() {
+        openNamespace();
+        line("using namespace VN_SDAI::typed;\n");
+    }
+    void closeNamespace() { line("\n} // namespace ", m_namespace); }
+
+    /// What qualifies a name of the release: "IFC4X3::".
+    std::string scope() const { return m_namespace + "::"; }
 
     std::string take() { return std::move(m_text); }
 
@@ -30,6 +41,7 @@ private:
     void add(std::string_view text) { m_text += text; }
     void add(std::size_t number) { m_text += std::to_string(number); }
 
+    std::string m_namespace;
     std::string m_text;
 };
 

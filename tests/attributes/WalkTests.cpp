@@ -55,7 +55,10 @@ protected:
         EXPECT_TRUE(instance.getAttr(name, value));
         return value;
     }
-    VnDbObjectId instanceOf(const VnIfcNameType& entity) { return model.create(entity.name().view()); }
+    /// An instance of an entity, which may be abstract: the record makes those, too.
+    VnDbObjectId instanceOf(const VnIfcNameType& entity) {
+        return model.append(std::unique_ptr<VnIfcEntityBase>(schema->entity(entity.name().view())->create()));
+    }
 
     /// The first member of a select, nested selects looked into.
     static const VnIfcNameType& firstMember(const VnIfcParameterType* type) {
@@ -221,7 +224,7 @@ TEST_F(AttributeWalk, accessModesRefuseBeforeTheNameIsLookedAt) {
     };
     for (std::size_t i = 0; i < schema->entityCount(); ++i) {
         const VnIfcEntityType* entity = schema->entityAt(i);
-        VnIfcEntityBase& instance = *model.create(entity->name().view()).openObject();
+        VnIfcEntityBase& instance = *instanceOf(*entity).openObject();
         const std::string place = " IFC4X3::" + std::string(entity->typeCode()->parameters()[0].text().view()) + "::";
         const VnAnsiString name("unknown");
         VnIfcVariant value(1);

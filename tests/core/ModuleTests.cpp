@@ -37,20 +37,24 @@ TEST(Module, isLoadedByNameAndByPathAndInitialisedForItsLifetime) {
     EXPECT_EQ(again.schema()->entityCount(), 880u);
 }
 
-TEST(Module, isUninitialisedByTheOneThatInitialisedIt) {
+TEST(Module, LastsUntilItsLastUseEnds) {
     VnModule first = VnModule::load("VnIfc4x3");
     const VnIfcSchema* schema = first.schema();
     {
         const VnModule second = VnModule::load("VnIfc4x3");
         EXPECT_EQ(second.schema(), schema);
-    }
-    EXPECT_EQ(first.schema(), schema);
-    {
         const VnModule moved = std::move(first);
         EXPECT_EQ(moved.schema(), schema);
         first = VnModule::load("VnIfc4x3");
     }
-    EXPECT_EQ(first.schema(), nullptr) << "the one that initialised is gone";
+    EXPECT_EQ(first.schema(), schema) << "the use that initialised the module is gone, another one is left";
+    VnModuleLifeCycleApp& app = first.lifeCycle();
+    first = VnModule::load("VnIfc4x3Add2");
+    EXPECT_EQ(first.schema()->name(), "IFC4X3_ADD2");
+
+    // What the host initialised itself is the host's to take away.
+    const VnModule again = VnModule::load("VnIfc4x3");
+    EXPECT_EQ(&again.lifeCycle(), &app) << "the module stayed at its place";
 }
 
 TEST(Module, tellsWhyItCannotBeLoaded) {

@@ -21,7 +21,7 @@ static_assert(IfcValue::kIfcBinary == 94 && IfcValue::kIfcBoolean == 95 && IfcVa
 static_assert(kIfcAssemblyPlaceEnum_SITE == 0 && kIfcAssemblyPlaceEnum_UNSET == 3 && kIfcNullStyle_UNSET == 1);
 
 TEST(Enumeration, literalsAndCodesConvertBothWays) {
-    const EnumerationClass& place = IfcAssemblyPlaceEnum::s_class;
+    const typed::EnumerationClass& place = IfcAssemblyPlaceEnum::s_class;
     for (const char* text : {"site", "Site", "SITE"})
         EXPECT_EQ(place.fromLiteral(text), 0u);
     EXPECT_EQ(place.fromLiteral("factory"), 1u);

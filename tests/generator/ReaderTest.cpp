@@ -1,6 +1,6 @@
 #include "Support.h"
 
-#include "Parser.h"
+#include "Express.h"
 
 #include <gtest/gtest.h>
 

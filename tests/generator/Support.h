@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Output.h"
-#include "Parser.h"
+#include "Express.h"
 #include "Resolve.h"
 
 #include <string>
@@ -16,15 +16,15 @@ inline SchemaDecl parse(std::string_view body) {
 
 /// The model of a schema that consists of `body`, with `order` as the building order of its types and selects.
 inline Model resolveText(std::string_view body, std::string_view order = "") {
-    return resolve(parse(body), parseSchema("r.exp", "SCHEMA R; END_SCHEMA;"), readBuildingOrder("o.txt", order));
+    return resolve(parse(body), {parseSchema("r.exp", "SCHEMA R; END_SCHEMA;"), readBuildingOrder("o.txt", order)});
 }
 
 /// The model of the schema that this repository is about.
 inline Model resolveProjectSchema() {
     const std::string directory = VNIFC_SCHEMAS "/ifc4x3/";
     return resolve(parseSchema("declarations.exp", readFile(directory + "declarations.exp")),
-                   parseSchema("e.exp", readFile(directory + "dictionary_enumerations.exp")),
-                   readBuildingOrder("o.txt", readFile(directory + "building_order.txt")));
+                   {parseSchema("e.exp", readFile(directory + "dictionary_enumerations.exp")),
+                    readBuildingOrder("o.txt", readFile(directory + "building_order.txt"))});
 }
 
 /// What a function throws as text; empty when it throws nothing.

@@ -130,7 +130,7 @@ std::string equipped() {
 #40=IFCDOORPANELPROPERTIES('40',$,$,$,50.,.SWINGING.,$,.LEFT.,$);
 #50=IFCELEMENTQUANTITY('50',$,'Base',$,$,(#51,#52));
 #51=IFCQUANTITYLENGTH('Length',$,#60,2.,$);
-#52=IFCQUANTITYCOUNT('Count',$,$,3.,$);
+#52=IFCQUANTITYCOUNT('Count',$,$,3,$);
 #60=IFCCONVERSIONBASEDUNIT($,.LENGTHUNIT.,'INCH',$);
 )");
 }

@@ -22,7 +22,9 @@ TEST(Info, JsonHasOneShape) {
     found.erase("seconds");
     EXPECT_EQ(found, json({{"file", house},
                            {"bytes", std::filesystem::file_size(house)},
-                           {"schema", {"IFC4X3"}},
+                           {"schema", {"IFC4X3_ADD2"}},
+                           {"release", "IFC4X3_ADD2"},
+                           {"module", "VnIfc4x3Add2"},
                            {"instances", 14},
                            {"types",
                             {{"(complex)", 1},

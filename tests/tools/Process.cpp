@@ -39,10 +39,10 @@ const fs::path& scratch() {
     return directory.path;
 }
 
-Outcome runTool(const std::vector<std::string>& arguments, const Streams& streams) {
+Outcome run(const fs::path& program, const std::vector<std::string>& arguments, const Streams& streams) {
     const fs::path out = streams.out.empty() ? scratch() / "stdout" : streams.out;
     const fs::path err = scratch() / "stderr";
-    std::vector<char*> argv{const_cast<char*>(VNIFC_TOOL)};
+    std::vector<char*> argv{const_cast<char*>(program.c_str())};
     for (const std::string& argument : arguments)
         argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
@@ -52,12 +52,16 @@ Outcome runTool(const std::vector<std::string>& arguments, const Streams& stream
     ::posix_spawn_file_actions_addopen(&files, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     ::posix_spawn_file_actions_addopen(&files, 2, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
     pid_t process = 0;
-    const int failure = ::posix_spawn(&process, VNIFC_TOOL, &files, nullptr, argv.data(), environ);
+    const int failure = ::posix_spawn(&process, program.c_str(), &files, nullptr, argv.data(), environ);
     ::posix_spawn_file_actions_destroy(&files);
     if (failure != 0)
         throw std::runtime_error("the tool does not start");
     const int exitCode = waitFor(process);
     return {exitCode, streams.out.empty() ? contentOf(out) : std::string(), contentOf(err)};
+}
+
+Outcome runTool(const std::vector<std::string>& arguments, const Streams& streams) {
+    return run(VNIFC_TOOL, arguments, streams);
 }
 
 std::string contentOf(const fs::path& file) {
@@ -72,10 +76,11 @@ fs::path makeFile(const std::string& name, std::string_view content) {
     return file;
 }
 
-fs::path makeModel(const std::string& name, std::string_view instances) {
+fs::path makeModel(const std::string& name, std::string_view instances, std::string_view schema) {
     return makeFile(name, "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\n"
-                          "FILE_NAME('','',(''),(''),'','','');\nFILE_SCHEMA(('IFC4X3'));\nENDSEC;\nDATA;\n" +
-                              std::string(instances) + "ENDSEC;\nEND-ISO-10303-21;\n");
+                          "FILE_NAME('','',(''),(''),'','','');\nFILE_SCHEMA(('" +
+                              std::string(schema) + "'));\nENDSEC;\nDATA;\n" + std::string(instances) +
+                              "ENDSEC;\nEND-ISO-10303-21;\n");
 }
 
 } // namespace vnifc::test

@@ -18,6 +18,9 @@ struct Streams {
     std::filesystem::path out = {}; ///< empty: into Outcome::out
 };
 
+/// Runs a program to its end.
+Outcome run(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+            const Streams& streams = {});
 /// Runs the command-line tool to its end.
 Outcome runTool(const std::vector<std::string>& arguments, const Streams& streams = {});
 
@@ -28,7 +31,8 @@ std::string contentOf(const std::filesystem::path& file);
 /// Writes a file into the scratch directory.
 std::filesystem::path makeFile(const std::string& name, std::string_view content);
 /// An exchange file with these instances.
-std::filesystem::path makeModel(const std::string& name, std::string_view instances);
+std::filesystem::path makeModel(const std::string& name, std::string_view instances,
+                                std::string_view schema = "IFC4X3_ADD2");
 
 /// A file of the tests' own.
 inline std::string dataFile(const std::string& name) { return VNIFC_TEST_DATA "/data/" + name; }

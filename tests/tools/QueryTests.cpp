@@ -44,7 +44,7 @@ TEST(Show, WordsForEveryKindOfValue) {
         {"#1", "Name            'a\xC3\xA4"},
         {"#1", "Category        ''\n"},
         {"#1", "Description     $\n"},
-        {"#2", "NominalValue  IFCAREAMEASURE(1e+30)\n"},
+        {"#2", "NominalValue   IFCAREAMEASURE(1e+30)\n"},
         {"#3", "(IFCLABEL('a'), IFCLOGICAL(.U.), IFCINTEGER(7), "},
         {"#4", "CoordIndex   ((1, 2, 3), (3, 2, 1))\n"},
         {"#6", "InnerBoundaries  ()\n"},
@@ -201,7 +201,7 @@ TEST(Find, WhatCannotBeFoundIsWrongUse) {
         std::vector<std::string> arguments;
         const char* message;
     } cases[] = {
-        {{"IfcGnome"}, "neither IFC4X3 nor the file has an entity \"IfcGnome\""},
+        {{"IfcGnome"}, "neither IFC4X3_ADD2 nor the file has an entity \"IfcGnome\""},
         {{"IfcWall", "--where", "Colour=red"}, "IFCWALL has no attribute Colour"},
         {{"IfcWall", "--where", "Name"}, "expected NAME=VALUE, found Name"},
         {{"IfcWall", "--where", "PredefinedType=BRICKWALL"}, "#8 IFCWALL.PredefinedType: expected one of "},

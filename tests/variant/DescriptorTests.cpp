@@ -2,10 +2,10 @@
 #include <dictionary/SchemaFixture.h>
 
 #include <IFC4X3/AllTypes.h>
-#include <IFC4X3/Descriptors.h>
 #include <IFC4X3/IfcPerson.h>
 #include <IFC4X3/IfcSIUnit.h>
 #include <IFC4X3/IfcWall.h>
+#include <IFC4X3/Module.h>
 #include <VnIfcCore/VnIfcEntityType.h>
 #include <VnIfcCore/VnIfcEnumDescription.h>
 #include <VnIfcCore/VnIfcModel.h>

@@ -32,6 +32,7 @@ struct ReadFlags {
     std::string file;     ///< "-" is standard input
     unsigned threads = 0; ///< 0: as many as the machine has
     bool quiet = false;   ///< no diagnostics
+    std::string release;  ///< whose classes are taken; empty: the one that FILE_SCHEMA asks for
 };
 
 /// Which instances are looked for.
@@ -52,6 +53,12 @@ struct CheckOptions {
     VN_SDAI::VnIfcDiagnostic::Severity level = VN_SDAI::VnIfcDiagnostic::kInfo; ///< the least that is told
     std::uint64_t limit = 0; ///< of each kind at most so many are told; 0 for all
     bool json = false;
+};
+
+/// How a conversion is told of.
+struct ConvertFlags {
+    std::uint64_t limit = 0; ///< of each kind of loss at most so many are said; 0 for all
+    bool json = false;       ///< the summary as JSON on standard output
 };
 
 // The commands, one per file of the same name. Data goes to standard output, messages to standard error. They answer an
@@ -75,7 +82,12 @@ ExitCode props(const ReadFlags& flags, const std::string& address, bool json);
 ExitCode edit(const ReadFlags& flags, const std::string& target, const Changes& changes);
 /// Tells everything that is wrong with a file and with its instances.
 ExitCode check(const ReadFlags& flags, const CheckOptions& options);
-/// `name` in any case; empty for the whole dictionary.
-ExitCode schema(const std::string& name, bool json);
+/// Writes the file as one of another release; says what could not be taken over. Losses are no error.
+ExitCode convertFile(const ReadFlags& flags, const std::string& target, const std::string& release,
+                     const ConvertFlags& options);
+/// `name` in any case; empty for the whole dictionary of the release.
+ExitCode schema(const std::string& release, const std::string& name, bool json);
+/// "vnifc 0.1.0", and a line for each release: whether its module is installed.
+std::string versionText();
 
 } // namespace vnifc

@@ -4,6 +4,7 @@
 #include <VnIfcCore/VnIfcConsts.h>
 #include <VnIfcCore/VnIfcEnumerationType.h>
 #include <VnIfcCore/VnIfcSelectType.h>
+#include <VnIfcTyped/Entity.h>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -38,7 +39,15 @@ const char* nameOfKind(const VnIfcAggregationType& type) {
     return dynamic_cast<const VnIfcListType*>(&type) ? "list" : "array";
 }
 
-Json recordOf(const VnIfcAttributeDefinition& attribute) {
+/// The dictionary's records of attributes say nothing of OPTIONAL; the rows of the class do.
+bool isOptional(const VnIfcEntityType& entity, const VnAnsiString& attribute) {
+    for (const typed::AttributeRow& row : entity.entityClass()->attributes)
+        if (attribute == row.name)
+            return row.mark == typed::kOptional;
+    return false;
+}
+
+Json recordOf(const VnIfcEntityType& entity, const VnIfcAttributeDefinition& attribute) {
     Json json{{"name", text(attribute.name())}};
     if (const auto* derived = dynamic_cast<const VnIfcDerivedAttributeDefinition*>(&attribute)) {
         json["kind"] = "derived";
@@ -53,6 +62,7 @@ Json recordOf(const VnIfcAttributeDefinition& attribute) {
     } else {
         json["kind"] = "explicit";
         json["type"] = text(attribute.typeName());
+        json["optional"] = isOptional(entity, attribute.name());
     }
     return json;
 }
@@ -94,9 +104,10 @@ Json recordOf(const VnIfcDefinedType& type) {
 Json recordOf(const VnIfcEntityType& entity) {
     Json json{{"name", text(entity.name())}};
     json["supertype"] = entity.supertype() ? text(entity.supertype()->name()) : Json();
+    json["abstract"] = entity.isAbstract();
     json["attributes"] = Json::array();
     for (const VnIfcAttributeDefinition* attribute : entity.attributes())
-        json["attributes"].push_back(recordOf(*attribute));
+        json["attributes"].push_back(recordOf(entity, *attribute));
     return json;
 }
 

@@ -46,6 +46,9 @@ private:
             return refuse(fmt::format("{} has no attribute \"{}\"", keywordOf(instance), name));
         if (attribute->isDerived)
             return refuse(fmt::format("{} is derived from other attributes", placeOf(instance, *attribute)));
+        if (instance.isBeyondFile(attribute->position))
+            return refuse(fmt::format("{}: the file is of another release, whose instances have no such parameter",
+                                      placeOf(instance, *attribute)));
         if (!m_changed.insert({instance.objectId().number(), attribute->position}).second)
             return refuse(fmt::format("{} is to be changed twice", placeOf(instance, *attribute)));
         change(instance, *attribute);

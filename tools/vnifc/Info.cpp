@@ -53,6 +53,7 @@ void printCounts(const char* title, const Population::Counts& counts) {
 
 void printText(const std::string& name, const LoadedFile& file, const Population& population) {
     printRow("file", printable(name));
+    printRow("release", fmt::format("{} (module {})", file.release().name, file.release().module));
     printHeader(file.model().header());
     printRow("size", fmt::format("{} bytes, {} instances", file.result().bytes, file.model().count()));
     printRow("read in", fmt::format("{:.3f} s, peak memory {:.1f} MiB", file.seconds(),
@@ -70,6 +71,8 @@ void printJson(const std::string& name, const LoadedFile& file, const Population
     json["file"] = name;
     json["bytes"] = file.result().bytes;
     json["schema"] = file.model().header().schemas();
+    json["release"] = file.release().name;
+    json["module"] = file.release().module;
     json["instances"] = file.model().count();
     json["types"] = std::move(types);
     json["diagnostics"] = {{"error", file.result().errors}, {"warning", file.result().warnings}};

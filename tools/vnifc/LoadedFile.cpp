@@ -24,13 +24,21 @@ std::string counted(std::uint64_t count, const char* noun) {
 
 } // namespace
 
-VnModule loadSchemaModule() { return VnModule::load("VnIfc4x3"); }
+const VnIfcRelease& releaseNamed(std::string_view name) {
+    if (const VnIfcRelease* release = vnFindRelease(name))
+        return *release;
+    std::vector<std::string_view> known;
+    for (const VnIfcRelease& release : vnIfcReleases())
+        known.push_back(release.name);
+    throw Failure(kWrongUse, fmt::format("expected one of the releases {}, found {}", fmt::join(known, ", "), name));
+}
 
-LoadedFile::LoadedFile(const ReadFlags& flags, const ReadNeeds& needs)
-    : m_module(loadSchemaModule()), m_model(m_module.schema()) {
+LoadedFile::LoadedFile(const ReadFlags& flags, const ReadNeeds& needs) {
     const std::string name = flags.file == "-" ? "standard input" : flags.file;
     Progress progress("reading " + name);
-    VnIfcReadOptions options;
+    VnIfcOpenOptions options;
+    if (!flags.release.empty())
+        options.release = releaseNamed(flags.release).name;
     options.diagnostics = [&](const VnIfcDiagnostic& diagnostic) {
         progress.clear();
         note(diagnostic, flags.quiet || needs.diagnostics);
@@ -48,11 +56,11 @@ LoadedFile::LoadedFile(const ReadFlags& flags, const ReadNeeds& needs)
         if (!flags.quiet)
             say(line);
     });
-    m_result = inflated ? m_model.readText(*inflated, options) : m_model.readFile(flags.file, options);
+    m_file = inflated ? vnOpenText(*inflated, options) : vnOpenFile(flags.file, options);
     m_seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     progress.clear();
-    if (!m_result)
-        throw Failure(kFileFailure, fmt::format("cannot read {}: {}", name, m_result.message));
+    if (!m_file)
+        throw Failure(kFileFailure, fmt::format("cannot read {}: {}", name, result().message));
     if (!flags.quiet && !needs.diagnostics && m_diagnosticCount > kPrinted)
         say(fmt::format("... and {} more", m_diagnosticCount - kPrinted));
 }
@@ -64,7 +72,7 @@ void LoadedFile::note(const VnIfcDiagnostic& diagnostic, bool quiet) {
 }
 
 std::string LoadedFile::findings() const {
-    std::string text = counted(m_result.errors, "error") + ", " + counted(m_result.warnings, "warning");
+    std::string text = counted(result().errors, "error") + ", " + counted(result().warnings, "warning");
     if (m_countByCode.empty())
         return text;
     std::vector<std::string> kinds;

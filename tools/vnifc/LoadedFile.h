@@ -1,8 +1,7 @@
 #pragma once
 #include "Commands.h"
 
-#include <VnIfcCore/VnIfcModel.h>
-#include <VnRx/VnModule.h>
+#include <VnIfcCore/VnIfcFile.h>
 
 #include <cstdint>
 #include <map>
@@ -10,8 +9,8 @@
 
 namespace vnifc {
 
-/// The schema module that this host works with; found by its name, as nothing of it is linked.
-VN_SDAI::VnModule loadSchemaModule();
+/// The release of that name, in any case; throws Failure for a name that is none.
+const VN_SDAI::VnIfcRelease& releaseNamed(std::string_view name);
 
 /// What a command needs beyond the instances of a file.
 struct ReadNeeds {
@@ -28,20 +27,19 @@ public:
     /// otherwise. Throws Failure when there is nothing to read.
     explicit LoadedFile(const ReadFlags& flags, const ReadNeeds& needs = {});
 
-    VN_SDAI::VnIfcModel& model() noexcept { return m_model; }
-    const VN_SDAI::VnIfcModel& model() const noexcept { return m_model; }
-    const VN_SDAI::VnIfcFileResult& result() const noexcept { return m_result; }
+    VN_SDAI::VnIfcModel& model() noexcept { return m_file.model(); }
+    const VN_SDAI::VnIfcModel& model() const noexcept { return m_file.model(); }
+    const VN_SDAI::VnIfcFileResult& result() const noexcept { return m_file.result(); }
+    const VN_SDAI::VnIfcRelease& release() const noexcept { return *m_file.release(); }
     double seconds() const noexcept { return m_seconds; }
     /// "1 error, 31 warnings (30 unknown-keyword, ...)": how many findings there were of which kind.
     std::string findings() const;
-    ExitCode exitCode() const noexcept { return m_result.errors > 0 ? kErrorsInFile : kSuccess; }
+    ExitCode exitCode() const noexcept { return result().errors > 0 ? kErrorsInFile : kSuccess; }
 
 private:
     void note(const VN_SDAI::VnIfcDiagnostic& diagnostic, bool quiet);
 
-    VN_SDAI::VnModule m_module; // outlives the model
-    VN_SDAI::VnIfcModel m_model;
-    VN_SDAI::VnIfcFileResult m_result;
+    VN_SDAI::VnIfcFile m_file;
     double m_seconds = 0;
     std::uint64_t m_diagnosticCount = 0;
     std::map<std::string, std::uint64_t> m_countByCode;

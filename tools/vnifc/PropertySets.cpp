@@ -76,7 +76,11 @@ std::vector<PropertySet> Reader::read(const VnIfcEntityBase& object) {
     addSets(object, targetsOf(object, "HasPropertySets"));
     if (object.isKindOf("IfcMaterialDefinition") || object.isKindOf("IfcProfileDef"))
         addSets(object, targetsOf(object, "HasProperties"));
-    for (const VnIfcEntityBase* relation : targetsOf(object, "IsTypedBy"))
+    // In IFC2X3 the relation to the type stands among those to property sets.
+    Instances toTypes = targetsOf(object, "IsTypedBy");
+    std::ranges::copy_if(targetsOf(object, "IsDefinedBy"), std::back_inserter(toTypes),
+                         [](const VnIfcEntityBase* relation) { return relation->isKindOf("IfcRelDefinesByType"); });
+    for (const VnIfcEntityBase* relation : toTypes)
         for (const VnIfcEntityBase* type : targetsOf(*relation, "RelatingType"))
             addSets(*type, targetsOf(*type, "HasPropertySets"));
     markOverridden(object);
@@ -89,8 +93,15 @@ void Reader::addSets(const VnIfcEntityBase& owner, const Instances& definitions)
             m_sets.push_back({set, &owner, propertiesIn(*set)});
 }
 
+/// True for sets whose attributes are their properties, as those of doors and windows. IFC2X3 has no supertype for
+/// them.
+bool hasPropertiesAsAttributes(const VnIfcEntityBase& set) {
+    return set.isKindOf("IfcPropertySetDefinition") && !set.isKindOf("IfcPropertySet") &&
+           !set.isKindOf("IfcElementQuantity");
+}
+
 std::vector<Property> Reader::propertiesIn(const VnIfcEntityBase& instance, unsigned nesting) {
-    if (instance.isKindOf("IfcPreDefinedPropertySet"))
+    if (hasPropertiesAsAttributes(instance))
         return attributesIn(instance);
     std::vector<Property> properties;
     for (const VnIfcEntityBase* member : membersOf(instance)) {

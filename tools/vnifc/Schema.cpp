@@ -57,7 +57,7 @@ std::string bounds(const Json& record) {
 std::string typeText(const Json& attribute) {
     const std::string kind = string(attribute["kind"]);
     if (kind == "explicit")
-        return string(attribute["type"]);
+        return (attribute["optional"].get<bool>() ? "OPTIONAL " : "") + string(attribute["type"]);
     if (kind == "derived") {
         const Json& redeclares = attribute["redeclares"];
         return string(attribute["type"]) +
@@ -125,8 +125,8 @@ void printOverview(const VnIfcSchema& schema) {
 
 } // namespace
 
-ExitCode schema(const std::string& name, bool json) {
-    const VnModule module = loadSchemaModule();
+ExitCode schema(const std::string& release, const std::string& name, bool json) {
+    const VnModule module = vnLoadModule(release.empty() ? vnIfcReleases().back() : releaseNamed(release));
     const VnIfcSchema& schema = *module.schema();
     if (name.empty()) {
         (json ? printDictionary : printOverview)(schema);

@@ -48,6 +48,7 @@ private:
     std::size_t place(const Pending& pending);
 
     const VnIfcModel& m_model;
+    const char* m_spatial; ///< the entity of spatial elements
     unsigned m_depth;
     std::unordered_set<const VnIfcEntityBase*> m_known;
     std::vector<Node> m_nodes;
@@ -69,10 +70,16 @@ Instances partsOf(const VnIfcEntityBase& whole) {
     return parts;
 }
 
-Structure::Structure(const VnIfcModel& model, unsigned depth) : m_model(model), m_depth(depth) {
+/// Zones and the like became spatial elements after IFC2X3, under a new supertype.
+const char* spatialEntityOf(const VnIfcSchema& schema) {
+    return schema.entity("IfcSpatialElement") ? "IfcSpatialElement" : "IfcSpatialStructureElement";
+}
+
+Structure::Structure(const VnIfcModel& model, unsigned depth)
+    : m_model(model), m_spatial(spatialEntityOf(*model.schema())), m_depth(depth) {
     addRoots("IfcProject", false);
-    addRoots("IfcSpatialElement", true);
-    addRoots("IfcSpatialElement", false);
+    addRoots(m_spatial, true);
+    addRoots(m_spatial, false);
     const VnIfcEntityType* feature = m_model.schema()->entity("IfcFeatureElement");
     m_model.forEach(m_model.schema()->entity("IfcElement"), true, [&](const VnIfcEntityBase& element) {
         // Openings and the like belong to the element that they are in.
@@ -106,7 +113,7 @@ void Structure::addAllBelow(const VnIfcEntityBase& root) {
 std::size_t Structure::place(const Pending& pending) {
     const bool isRoot = pending.parent == kNoParent;
     const unsigned level = isRoot ? 0 : m_nodes[pending.parent].level + 1;
-    if (isRoot || (level <= m_depth && pending.instance->isKindOf("IfcSpatialElement"))) {
+    if (isRoot || (level <= m_depth && pending.instance->isKindOf(m_spatial))) {
         m_nodes.push_back({pending.instance, level, {}});
         return m_nodes.size() - 1;
     }

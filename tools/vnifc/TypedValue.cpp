@@ -5,13 +5,14 @@
 
 #include <VnIfcCore/VnIfcAggregationType.h>
 #include <VnIfcCore/VnIfcBoolean.h>
-#include <VnIfcCore/VnIfcEnumerationType.h>
 #include <VnIfcCore/VnIfcGUID.h>
 #include <VnIfcCore/VnIfcSchema.h>
 #include <VnIfcCore/VnIfcSelectType.h>
 #include <VnIfcCore/VnIfcText.h>
 #include <VnIfcCore/VnIfcVariantTypeSelect.h>
 #include <VnIfcCore/VnSpfFilerBase.h>
+#include <VnIfcTyped/Entity.h>
+#include <VnIfcTyped/Enumeration.h>
 
 #include <fmt/format.h>
 
@@ -162,12 +163,13 @@ private:
     const VnIfcEntityBase* m_unfit = nullptr;
 };
 
-std::string literalsOf(const VnIfcParameterType* type) {
-    const auto* named = dynamic_cast<const VnIfcDefinedType*>(type);
-    const auto* enumeration = dynamic_cast<const VnIfcEnumerationType*>(named ? named->underlyingType() : type);
+/// Those that the class takes, which need not be those of the dictionary's record; empty for no enumeration.
+std::string literalsOf(const VnIfcEntityType& entity, const Attribute& attribute) {
+    const typed::AttributeRow& row = *entity.entityClass()->fields[attribute.position];
     std::string literals;
-    for (const VnAnsiString& literal : enumeration ? enumeration->literals() : std::span<const VnAnsiString>())
-        literals += (literals.empty() ? "one of " : ", ") + std::string(literal.view());
+    if (row.kind == typed::AttributeKind::kEnumeration)
+        for (const char* literal : static_cast<const typed::EnumerationClass*>(row.type)->literals)
+            literals.append(literals.empty() ? "one of " : ", ").append(literal);
     return literals;
 }
 
@@ -176,7 +178,7 @@ std::string typeNameOf(const VnIfcParameterType* type) {
     return named ? std::string(named->name().view()) : "the attribute";
 }
 
-std::string reasonOf(const ParameterReader& reader, const Attribute& attribute) {
+std::string reasonOf(const ParameterReader& reader, const VnIfcEntityType& entity, const Attribute& attribute) {
     if (reader.missing() != 0)
         return fmt::format("there is no instance #{}", reader.missing());
     const std::string type = typeNameOf(attribute.type);
@@ -191,7 +193,7 @@ std::string reasonOf(const ParameterReader& reader, const Attribute& attribute) 
     default:
         break;
     }
-    const std::string literals = literalsOf(attribute.type);
+    const std::string literals = literalsOf(entity, attribute);
     if (!literals.empty())
         return "expected " + literals;
     const bool isSelect = dynamic_cast<const VnIfcSelectType*>(innermost(attribute.type)) != nullptr;
@@ -214,7 +216,7 @@ TypedValue::TypedValue(const VnIfcEntityBase& instance, const Attribute& attribu
     ParameterReader reader(*instance.owningModel());
     const std::string form = exchangeForm(*instance.owningModel()->schema(), m_value, text);
     if (!reader.read(*m_holder, attribute.position, form))
-        refuse(reasonOf(reader, attribute));
+        refuse(reasonOf(reader, *instance.getInstanceType(), attribute));
     m_holder->getAttr(*attribute.name, m_value);
     TargetCheck targets(attribute);
     visitValue(m_value, targets);

@@ -1,5 +1,4 @@
 #include "Commands.h"
-#include "DictionaryRecord.h"
 #include "LoadedFile.h"
 #include "Messages.h"
 
@@ -21,11 +20,20 @@ namespace {
 /// What the command line asks for.
 using Task = std::function<ExitCode()>;
 
+void addReleaseOption(CLI::App& command, std::string& release, const std::string& description) {
+    std::vector<std::string_view> names;
+    for (const VN_SDAI::VnIfcRelease& each : VN_SDAI::vnIfcReleases())
+        names.push_back(each.name);
+    command.add_option("--schema", release, fmt::format("{} ({})", description, fmt::join(names, ", ")))
+        ->option_text("NAME");
+}
+
 void addReadFlags(CLI::App& command, ReadFlags& flags) {
     command.add_option("FILE", flags.file, "exchange file; - is standard input")->required();
     command.add_option("--threads", flags.threads, "number of threads; as many as the machine has by default")
         ->check(CLI::Range(1, 256));
     command.add_flag("--quiet", flags.quiet, "print no diagnostics");
+    addReleaseOption(command, flags.release, "release whose classes are taken; by default the one that the file names");
 }
 
 void addInfo(CLI::App& app, Task& task) {
@@ -176,32 +184,48 @@ void addCheck(CLI::App& app, Task& task) {
     command->callback([&task, options] { task = [options] { return check(*options, *options); }; });
 }
 
+void addConvert(CLI::App& app, Task& task) {
+    struct Options : ReadFlags, ConvertFlags {
+        std::string target;
+        std::string to;
+    };
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("convert", "Write a file as one of another release of the schema");
+    command->footer("Example:\n  vnifc convert house.ifc house4x3.ifc --to IFC4X3_ADD2");
+    addReadFlags(*command, *options);
+    command->add_option("OUT", options->target, "file to write, may be FILE; - is standard output")->required();
+    command->add_option("--to", options->to, "release of the result")->option_text("RELEASE")->required();
+    command->add_option("--limit", options->limit, "how many losses of each kind are said; all by default")
+        ->check(CLI::NonNegativeNumber);
+    command->add_flag("--json", options->json, "print one JSON object with the summary");
+    command->callback([&task, options] {
+        task = [options] { return convertFile(*options, options->target, options->to, *options); };
+    });
+}
+
 void addSchema(CLI::App& app, Task& task) {
     struct Options {
+        std::string release;
         std::string name;
         bool json = false;
     };
     const auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("schema", "Show the schema's dictionary or one declaration of it");
-    command->footer("Example:\n  vnifc schema IfcWall");
+    CLI::App* command = app.add_subcommand("schema", "Show the dictionary of a release or one declaration of it");
+    command->footer("Example:\n  vnifc schema IfcWall --schema IFC2X3");
+    addReleaseOption(*command, options->release, "release; the newest by default");
     command->add_option("NAME", options->name, "an entity or a type, in any case; everything by default");
     command->add_flag("--json", options->json, "print JSON, in the order in which the dictionary was built");
-    command->callback([&task, options] { task = [options] { return schema(options->name, options->json); }; });
-}
-
-std::string versionText() {
-    const VN_SDAI::VnModule module = loadSchemaModule();
-    const VN_SDAI::VnIfcSchema& schema = *module.schema();
-    return fmt::format("vnifc {}\nschema {} version {}", VNIFC_VERSION, schema.name().constStr(), versionOf(schema));
+    command->callback(
+        [&task, options] { task = [options] { return schema(options->release, options->name, options->json); }; });
 }
 
 int run(int argc, char** argv) {
     Task task;
-    CLI::App app("vnifc reads, shows and writes IFC4X3 files (ISO 16739) in the exchange format of ISO 10303-21.",
+    CLI::App app("vnifc reads, shows and writes IFC files (ISO 16739) in the exchange format of ISO 10303-21.",
                  "vnifc");
     app.footer("Exit codes: 0 success, 1 errors in a file, 2 wrong use, 3 something cannot be read or written\n"
                "Example:\n  vnifc info house.ifc");
-    app.set_version_flag("--version", versionText, "Print the versions of program and schema");
+    app.set_version_flag("--version", versionText, "Print the version, and which releases are installed");
     app.require_subcommand(1);
     addInfo(app, task);
     addRewrite(app, task);
@@ -212,6 +236,7 @@ int run(int argc, char** argv) {
     addExport(app, task);
     addEdit(app, task);
     addCheck(app, task);
+    addConvert(app, task);
     addSchema(app, task);
     try {
         app.parse(argc, argv);

@@ -14,8 +14,9 @@ public:
     /// Copies the contents and the bounds; a nil aggregate gives a nil one. The copy is taken from the arena of the
     /// calling thread, if it has one.
     VnIfcAggr(const VnIfcAggr& other) : m_imp(other.isNil() ? other.m_imp : other.m_imp->clone()) {}
-    /// Takes the contents, wherever they lie, and leaves a nil aggregate.
-    VnIfcAggr(VnIfcAggr&& other) noexcept : m_imp(std::exchange(other.m_imp, other.m_imp->prototype())) {}
+    /// Takes the contents and leaves a nil aggregate. What lies in the arena of a model is copied unless the calling
+    /// thread has that arena: the aggregate that takes it may outlive the model.
+    VnIfcAggr(VnIfcAggr&& other) noexcept : m_imp(other.takeOut()) {}
     ~VnIfcAggr() {
         if (!isNil())
             m_imp->destroy();
@@ -57,6 +58,13 @@ protected:
     VnIfcAggrImp* m_imp;
 
 private:
+    VnIfcAggrImp* takeOut() noexcept {
+        if (m_imp->storage() == VnStorage::kArena && !VnIfcArenaScope::current())
+            return copyOut();
+        return std::exchange(m_imp, m_imp->prototype());
+    }
+    VnIfcAggrImp* copyOut() noexcept;
+
     friend class VnIfcIterator;
 
     void replace(VnIfcAggrImp* imp) noexcept { std::exchange(m_imp, imp)->destroy(); }

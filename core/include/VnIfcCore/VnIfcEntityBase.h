@@ -22,7 +22,8 @@ public:
     virtual ~VnIfcEntityBase();
     /// The class's record in the dictionary; null until the schema is built, and for instances without a class.
     virtual VnIfcEntityType* getInstanceType() const = 0;
-    /// Converts and stores; false, and the attribute unchanged, when the name is unknown or the value does not convert.
+    /// Converts and stores; false, and the attribute unchanged, when the name is unknown, the value does not convert, or
+    /// isBeyondFile is true of the attribute's position.
     virtual bool putAttr(const VnAnsiString& name, const VnIfcVariant& value);
     virtual bool testAttr(const VnIfcAttributeDefinition* attribute) const;
     /// True when the attribute holds a value.
@@ -63,6 +64,9 @@ public:
 
     /// True when the file held something at that position of the parameter list that its attribute cannot hold.
     bool keepsText(unsigned position) const noexcept;
+    /// True when the instance was read from a file of another release, or of a draft, whose parameter list ended before
+    /// that position: a value there would be a parameter that the file's own release does not have.
+    bool isBeyondFile(unsigned position) const noexcept;
 
     // Instances that a loader makes live in its model's arena.
     static void* operator new(std::size_t size);
@@ -70,9 +74,13 @@ public:
 
 protected:
     VnIfcEntityBase() noexcept = default;
-    /// A copy belongs to no model; assignment leaves identity alone.
+    /// A copy belongs to no model; assignment leaves identity alone, and changes all attributes.
     VnIfcEntityBase(const VnIfcEntityBase&) noexcept {}
-    VnIfcEntityBase& operator=(const VnIfcEntityBase&) noexcept { return *this; }
+    VnIfcEntityBase& operator=(const VnIfcEntityBase&) noexcept {
+        if (!m_id.isNull() && m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
+            dropAllKept();
+        return *this;
+    }
 
     /// To be told of every change of an attribute, so that a text kept from the file gives way to the new value.
     void touched(unsigned position) noexcept {
@@ -83,6 +91,7 @@ protected:
 private:
     friend class VnIfcModel;
     void dropKept(unsigned position) noexcept;
+    void dropAllKept() noexcept;
 
     VnDbObjectId m_id;
 };

@@ -4,6 +4,10 @@
 
 namespace VN_SDAI {
 
+namespace typed {
+struct EntityClass;
+}
+
 /// An entity of a schema (ISO 10303-22, entity_definition) and its link to the class of its instances.
 class VNIFC_API VnIfcEntityType : public VnIfcNameType {
 public:
@@ -25,6 +29,10 @@ public:
     /// ABSTRACT in the schema. The factory makes instances of such entities all the same.
     bool isAbstract() const noexcept { return m_abstract; }
     void setAbstract(bool isAbstract) noexcept { m_abstract = isAbstract; }
+    /// The rows of the class that instances of the entity have: what can be done with each attribute, and how
+    /// (VnIfcTyped/Entity.h). Null for an entity without such a class.
+    const typed::EntityClass* entityClass() const noexcept { return m_entityClass; }
+    void setEntityClass(const typed::EntityClass* entityClass) noexcept { m_entityClass = entityClass; }
     VnTypeCodeKind kind() const noexcept override { return VnTypeCodeKind::kEntity; }
     /// Null for a root entity.
     const VnIfcEntityType* supertype() const noexcept { return m_supertype; }
@@ -69,6 +77,7 @@ private:
     PropertyCallback m_properties;
     bool m_independent;
     bool m_abstract = false;
+    const typed::EntityClass* m_entityClass = nullptr;
     std::vector<const VnIfcEntityType*> m_subtypes;
     std::vector<std::unique_ptr<VnIfcAttributeDefinition>> m_owned;
     std::vector<const VnIfcAttributeDefinition*> m_attributes;

@@ -1,6 +1,8 @@
 #pragma once
 #include <VnIfcCore/VnIfcAggr.h>
 
+#include <stdexcept>
+
 namespace VN_SDAI {
 
 template <class T>
@@ -24,9 +26,12 @@ public:
             return nullptr;
         return static_cast<const char*>(m_aggregate->imp().data()) + std::size_t{m_index} * m_elementSize;
     }
-    /// The current element when T, or a class derived from it, is the element type. Not to be asked at the end.
+    /// The current element. Not to be asked at the end, nor when T is neither the element type nor a base of it:
+    /// throws std::logic_error then.
     template <class T>
-    const T& currentAs() const noexcept {
+    const T& currentAs() const {
+        if (atEnd() || vnElementKind<T>() != elementKind())
+            throw std::logic_error("the aggregate has no current element of that type");
         return *static_cast<const T*>(current());
     }
 
@@ -41,10 +46,11 @@ class VNIFC_API VnIfcIterator : public VnIfcConstIterator {
 public:
     explicit VnIfcIterator(VnIfcAggr& aggregate) noexcept : VnIfcConstIterator(aggregate), m_target(&aggregate) {}
 
-    /// Replaces the current element of a LIST whose element type is T; eRefused at the end, and for a SET.
+    /// Replaces the current element of a LIST whose element type is T; eRefused at the end, for a SET, and for elements
+    /// of another type.
     template <class T>
-    VN::ErrorStatus put(const T& element) {
-        if (atEnd() || !m_target->isOrdered())
+    [[nodiscard]] VN::ErrorStatus put(const T& element) {
+        if (atEnd() || !m_target->isOrdered() || !holds<T>())
             return VN::eRefused;
         return static_cast<VnIfcOrderedAggr<T>&>(*m_target).putAt(index(), element);
     }
@@ -53,6 +59,16 @@ public:
     VN::ErrorStatus remove() noexcept { return m_target->m_imp->removeAt(index()); }
 
 private:
+    /// All selects are of one kind and size, so their class has to be asked for, too.
+    template <class T>
+    bool holds() const noexcept {
+        if (vnElementKind<T>() != elementKind())
+            return false;
+        return vnElementKind<T>() != VnTypeCodeKind::kSelect && vnElementKind<T>() != VnTypeCodeKind::kAggregation
+                   ? true
+                   : dynamic_cast<const VnIfcAggrImpOf<T>*>(&m_target->imp()) != nullptr;
+    }
+
     VnIfcAggr* m_target;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 #include <compare>
+#include <concepts>
 #include <cstdint>
 
 namespace VN_SDAI {
@@ -10,7 +11,9 @@ public:
     enum Code : std::uint32_t { False = 0, True = 1, Unset = 2 };
 
     constexpr VnIfcBoolean(Code code = Unset) noexcept : m_code(code) {}
-    constexpr VnIfcBoolean(bool value) noexcept : m_code(value ? True : False) {}
+    /// From exactly bool: texts, numbers and other literals do not convert.
+    template <std::same_as<bool> B>
+    constexpr VnIfcBoolean(B value) noexcept : m_code(value ? True : False) {}
 
     constexpr Code code() const noexcept { return m_code; }
     constexpr bool isUnset() const noexcept { return m_code == Unset; }
@@ -27,7 +30,9 @@ public:
     enum Code : std::uint32_t { False = 0, True = 1, Unknown = 2, Unset = 3 };
 
     constexpr VnIfcLogical(Code code = Unset) noexcept : m_code(code) {}
-    constexpr VnIfcLogical(bool value) noexcept : m_code(value ? True : False) {}
+    /// From exactly bool, as VnIfcBoolean.
+    template <std::same_as<bool> B>
+    constexpr VnIfcLogical(B value) noexcept : m_code(value ? True : False) {}
 
     constexpr Code code() const noexcept { return m_code; }
     constexpr bool isUnset() const noexcept { return m_code == Unset; }

@@ -50,7 +50,7 @@ struct VnIfcFileResult {
 /// die with it. One thread at a time changes a model.
 class VNIFC_API VnIfcModel {
 public:
-    /// The schema must outlive the model.
+    /// The schema must outlive the model; null throws std::invalid_argument.
     explicit VnIfcModel(const VnIfcSchema* schema);
     ~VnIfcModel();
     VnIfcModel(const VnIfcModel&) = delete;
@@ -62,11 +62,13 @@ public:
     VnIfcHeader& header() noexcept;
     const VnIfcHeader& header() const noexcept;
 
-    /// Creates an instance of the named entity (in any case) under the next free number; null for an unknown name.
+    /// Creates an instance of the named entity (in any case) under the next free number; null for an
+    /// unknown name and for an abstract entity.
     VnDbObjectId create(std::string_view entity);
-    /// Takes an instance that the host made.
+    /// Takes an instance that the host made. Throws std::invalid_argument for null, for an instance whose class is of
+    /// another schema, and before the schema of its class is initialised.
     VnDbObjectId append(std::unique_ptr<VnIfcEntityBase> instance);
-    /// Creates an instance of class E, owned by the model.
+    /// Creates an instance of class E, owned by the model. Throws as append does.
     template <class E>
     E* create() {
         auto instance = std::make_unique<E>();
@@ -76,7 +78,9 @@ public:
     }
     /// Copies an instance, from this model or another one. Within a model the copy refers to what the source refers to;
     /// from another model everything that the source refers to is copied too, unless `copies` names its counterpart
-    /// already; it is extended. Entities are matched by name. Null when the source's entity is not in this schema.
+    /// already; it is extended. Between schemas entities and attributes are matched by their names alone: a value whose
+    /// attribute this schema lacks stays behind, and an instance whose entity it lacks becomes one without a class.
+    /// Null when that holds for the source itself.
     VnDbObjectId copy(const VnDbObjectId& source);
     VnDbObjectId copy(const VnDbObjectId& source, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies);
     /// Erases an instance: it is no longer found or written, its handle opens to null, and it leaves the inverse
@@ -123,6 +127,10 @@ public:
 
 private:
     friend class VnIfcEntityBase;
+    friend class VnIfcFile;
+    /// For a file whose schema is known when its header is read.
+    struct WithoutSchema {};
+    explicit VnIfcModel(WithoutSchema);
     void adopt(VnIfcInstanceSlot* slot, VnIfcEntityBase* instance, bool inArena) const noexcept;
     friend struct Data;
 

@@ -43,7 +43,7 @@ protected:
 
 public:
     /// The code of the member of that name, in any case; the number of members when there is none.
-    virtual std::int32_t underlyingTypeByName(const VnAnsiString& name) const = 0;
+    virtual std::int32_t memberByName(const VnAnsiString& name) const = 0;
 
 protected:
     /// Chooses a member by name for the reader; false for an unknown name or an entity member.
@@ -52,12 +52,16 @@ protected:
     virtual bool chosenKind(VnTypeCodeKind& kind) const noexcept = 0;
     /// The descriptor of the chosen member's type if that is an enumeration; null otherwise.
     virtual const VnIfcVariantType* chosenEnumeration() const = 0;
+    /// The number of literals of that enumeration; codes from there on stand for no value.
+    virtual std::uint32_t chosenLiteralCount() const noexcept { return std::numeric_limits<std::uint32_t>::max(); }
 
 public:
     /// Kind of the value held; kNone when nothing is held.
     VnTypeCodeKind kind() const noexcept { return m_kind; }
-    /// True when a value is held.
+    /// True when a member is chosen; it may be without a value.
     bool isSet() const noexcept { return m_kind != VnTypeCodeKind::kNone; }
+    /// True when there is a value that a file can hold: an unset text, an unset number, NaN and infinity are none.
+    bool hasValue() const noexcept;
 
     /// Takes an instance if it belongs to one of the members; otherwise the select is nulled and the answer is false.
     bool setHandle(const VnDbObjectId& handle);
@@ -68,15 +72,18 @@ public:
     /// Drops value and choice.
     void nullify();
 
-    void setString(VnAnsiString value);
-    void setBINARY(VnAnsiString value);
-    void setInt32(std::int32_t value);
-    void setDouble(double value);
-    void setBoolean(VnIfcBoolean value);
-    void setLogical(VnIfcLogical value);
-    void setEnum(std::uint32_t value);
+    /// Gives the chosen member its value. eRefused, and nothing changes, when no member is chosen or its values are of
+    /// another kind: choose one with underlyingTypeName or a typed setter of the class.
+    VN::ErrorStatus setString(VnAnsiString value);
+    VN::ErrorStatus setBINARY(VnAnsiString value);
+    VN::ErrorStatus setInt32(std::int32_t value);
+    VN::ErrorStatus setDouble(double value);
+    VN::ErrorStatus setBoolean(VnIfcBoolean value);
+    VN::ErrorStatus setLogical(VnIfcLogical value);
+    VN::ErrorStatus setEnum(std::uint32_t value);
 
-    /// The value, if it is of that kind; false otherwise, which leaves the argument as it was.
+    /// The value, if it is of that kind; false otherwise, also when the chosen member has no value, which leaves the
+    /// argument as it was.
     bool getString(VnAnsiString& value) const;
     bool getBINARY(VnAnsiString& value) const;
     bool getInt32(std::int32_t& value) const noexcept;
@@ -140,7 +147,7 @@ private:
     void dropValue() noexcept;
     void copyValue(const VnIfcSelect& other);
     void moveValue(VnIfcSelect& other) noexcept;
-    void holdNumber(VnTypeCodeKind kind, std::int64_t value) noexcept;
+    VN::ErrorStatus setNumber(VnTypeCodeKind kind, std::int64_t value) noexcept;
 
     Value m_value;
     VnTypeCodeKind m_kind = VnTypeCodeKind::kNone;

@@ -50,6 +50,7 @@ class VnIfcAggr;
 class VnIfcEntityBase;
 class VnIfcEntityType;
 class VnIfcModel;
+class VnIfcProperty;
 class VnIfcNameType;
 class VnIfcPropertyCollection;
 class VnIfcSchema;

@@ -8,7 +8,27 @@
 
 namespace VN_SDAI {
 
-/// A schema module that is loaded and initialised for as long as this object lives. Move-only.
+/// The entry points of a schema module that a program links, for use beside those of other modules: each release has
+/// them under a name of its own, IFC4X3_ADD2::vnIfc4x3Add2Module(). A host that loads a module finds the same functions
+/// under their plain names.
+struct VnModuleEntryPoints {
+    const char* schemaName; ///< "IFC4X3_ADD2"
+    /// The life-cycle object; never null. Its initApp builds the schema, uninitApp takes it away.
+    VnModuleLifeCycleApp* (*lifeCycleApp)();
+    /// The schema, which the module owns; null before initialisation and after uninitialisation.
+    VnIfcSchema* (*schema)();
+    /// Makes the property object that stands for a whole instance, which the caller owns: a VnIfcSimpleProperty for an
+    /// IfcPropertySingleValue or IfcPropertyBoundedValue, a VnIfcComplexProperty for an IfcComplexProperty or
+    /// IfcPhysicalComplexQuantity, a VnIfcQuantityClusterProperty for the quantities of one number. Nothing is made,
+    /// and the result is false, for all others, their subtypes too, and for null. `code` becomes the kind of the value
+    /// (VnTypeCodeKind): of a single value that of what it holds, 6 for quantities, 12 for complex ones; it stays as it
+    /// was for a bounded value. The result is false also for a single value, although its property was made: go by
+    /// `property`.
+    bool (*buildPropertyForSimple)(VnIfcEntityBase* instance, VnIfcProperty*& property, int& code);
+};
+
+/// A use of a schema module, which is loaded and initialised for as long as any such object for it lives. Move-only;
+/// making and destroying such objects is safe from several threads.
 class VNRX_API VnModule {
 public:
     /// Loads a module and initialises it. `pathOrName` is a path (it contains a separator), or a name: "VnIfc4x3"
@@ -17,17 +37,21 @@ public:
     /// throws passes through, after the module is unloaded.
     static VnModule load(std::string_view pathOrName);
 
-    VnModule(VnModule&& other) noexcept = default;
+    /// A use of a module that the program links; initialises it.
+    explicit VnModule(const VnModuleEntryPoints& linked);
+
+    VnModule(VnModule&& other) noexcept;
     VnModule& operator=(VnModule&& other) noexcept;
-    /// Uninitialises, if it was this object that initialised the module, and unloads. No instance of the schema's
-    /// classes may be left.
+    /// The last use of a module uninitialises it, unless the host had initialised it before the first one, and unloads
+    /// it. No instance of the schema's classes may be left then.
     ~VnModule();
 
-    /// The schema; null once another user of the same module has uninitialised it.
+    /// The schema; null once somebody has called the life cycle's uninitApp.
     VnIfcSchema* schema() const noexcept { return m_schema(); }
     VnModuleLifeCycleApp& lifeCycle() const noexcept { return *m_app; }
     /// The address of a function that the module exports, "vnIfcBuildPropertyForSimple" say; null when it has none of
-    /// that name. To be cast to the type that the module's header declares, and good as long as this object lives.
+    /// that name, and for a linked module. To be cast to the type that the module's header declares, and good as long
+    /// as this object lives.
     void* symbol(const char* name) const noexcept;
 
 private:
@@ -37,14 +61,13 @@ private:
     using Library = std::unique_ptr<void, Unloader>;
     using SchemaPointer = VnIfcSchema* (*)();
 
-    VnModule(Library library, VnModuleLifeCycleApp& app, SchemaPointer schema);
+    VnModule(Library library, VnModuleLifeCycleApp& app, SchemaPointer schema, std::string_view name);
 
-    void uninitialise() noexcept;
+    void release() noexcept;
 
-    Library m_library;
-    VnModuleLifeCycleApp* m_app;
+    Library m_library;           ///< null for a linked module
+    VnModuleLifeCycleApp* m_app; ///< null when moved from
     SchemaPointer m_schema;
-    bool m_initialised;
 };
 
 } // namespace VN_SDAI

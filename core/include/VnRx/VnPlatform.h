@@ -4,13 +4,11 @@
 #if defined(_WIN32)
 #define VN_DLL_EXPORT __declspec(dllexport)
 #define VN_DLL_IMPORT __declspec(dllimport)
-#include <string.h>
+#define VN_DLL_LOCAL
 #else
 #define VN_DLL_EXPORT __attribute__((visibility("default")))
 #define VN_DLL_IMPORT __attribute__((visibility("default")))
-#include <strings.h>
-/// Compares two texts without regard to ASCII case.
-inline int _stricmp(const char* left, const char* right) noexcept { return ::strcasecmp(left, right); }
+#define VN_DLL_LOCAL __attribute__((visibility("hidden")))
 #endif
 
 #if defined(VNIFCCORE_BUILD)

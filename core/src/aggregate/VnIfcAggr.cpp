@@ -29,4 +29,14 @@ int VnIfcAggr::compare(const VnIfcAggr& other) const noexcept {
     return left != right ? left - right : m_imp->compare(*other.m_imp);
 }
 
+VnIfcAggrImp* VnIfcAggr::copyOut() noexcept {
+    try {
+        VnIfcAggrImp* copy = m_imp->clone();
+        clear();
+        return copy;
+    } catch (const std::bad_alloc&) {
+        return std::exchange(m_imp, m_imp->prototype()); // good as long as the model
+    }
+}
+
 } // namespace VN_SDAI

@@ -1,5 +1,6 @@
 #include <VnIfcCore/VnIfcSelect.h>
 
+#include <cmath>
 #include <limits>
 #include <new>
 
@@ -93,10 +94,11 @@ void VnIfcSelect::holdHandle(const VnDbObjectId& handle) noexcept {
     m_kind = VnTypeCodeKind::kEntity;
 }
 
-void VnIfcSelect::holdNumber(VnTypeCodeKind kind, std::int64_t value) noexcept {
-    dropValue();
+VN::ErrorStatus VnIfcSelect::setNumber(VnTypeCodeKind kind, std::int64_t value) noexcept {
+    if (m_kind != kind)
+        return VN::eRefused;
     m_value.number = value;
-    m_kind = kind;
+    return VN::eOk;
 }
 
 bool VnIfcSelect::setHandle(const VnDbObjectId& handle) {
@@ -125,75 +127,105 @@ VN::ErrorStatus VnIfcSelect::readTypedField(const VnAnsiString&, VnSpfFilerBase*
 
 VN::ErrorStatus VnIfcSelect::writeTypedField(VnSpfFilerBase*) const { return VN::eNotHandled; }
 
-void VnIfcSelect::setString(VnAnsiString value) {
-    dropValue();
-    new (&m_value.string) VnAnsiString(std::move(value));
-    m_kind = VnTypeCodeKind::kString;
+bool VnIfcSelect::hasValue() const noexcept {
+    switch (m_kind) {
+    case VnTypeCodeKind::kNone:
+        return false;
+    case VnTypeCodeKind::kString:
+    case VnTypeCodeKind::kBinary:
+        return !m_value.string.isUnset();
+    case VnTypeCodeKind::kReal:
+        return std::isfinite(m_value.real);
+    case VnTypeCodeKind::kInteger:
+        return m_value.number != kNoInteger;
+    case VnTypeCodeKind::kBoolean:
+        return m_value.number < VnIfcBoolean::Unset;
+    case VnTypeCodeKind::kLogical:
+        return m_value.number < VnIfcLogical::Unset;
+    case VnTypeCodeKind::kEnumeration:
+        return m_value.number < chosenLiteralCount();
+    default:
+        return true;
+    }
 }
 
-void VnIfcSelect::setBINARY(VnAnsiString value) {
-    setString(std::move(value));
-    m_kind = VnTypeCodeKind::kBinary;
+VN::ErrorStatus VnIfcSelect::setString(VnAnsiString value) {
+    if (m_kind != VnTypeCodeKind::kString)
+        return VN::eRefused;
+    m_value.string = std::move(value);
+    return VN::eOk;
 }
 
-void VnIfcSelect::setInt32(std::int32_t value) { holdNumber(VnTypeCodeKind::kInteger, value); }
+VN::ErrorStatus VnIfcSelect::setBINARY(VnAnsiString value) {
+    if (m_kind != VnTypeCodeKind::kBinary)
+        return VN::eRefused;
+    m_value.string = std::move(value);
+    return VN::eOk;
+}
 
-void VnIfcSelect::setDouble(double value) {
-    dropValue();
+VN::ErrorStatus VnIfcSelect::setInt32(std::int32_t value) { return setNumber(VnTypeCodeKind::kInteger, value); }
+
+VN::ErrorStatus VnIfcSelect::setDouble(double value) {
+    if (m_kind != VnTypeCodeKind::kReal)
+        return VN::eRefused;
     m_value.real = value;
-    m_kind = VnTypeCodeKind::kReal;
+    return VN::eOk;
 }
 
-void VnIfcSelect::setBoolean(VnIfcBoolean value) { holdNumber(VnTypeCodeKind::kBoolean, value.code()); }
+VN::ErrorStatus VnIfcSelect::setBoolean(VnIfcBoolean value) {
+    return setNumber(VnTypeCodeKind::kBoolean, value.code());
+}
 
-void VnIfcSelect::setLogical(VnIfcLogical value) { holdNumber(VnTypeCodeKind::kLogical, value.code()); }
+VN::ErrorStatus VnIfcSelect::setLogical(VnIfcLogical value) {
+    return setNumber(VnTypeCodeKind::kLogical, value.code());
+}
 
-void VnIfcSelect::setEnum(std::uint32_t value) { holdNumber(VnTypeCodeKind::kEnumeration, value); }
+VN::ErrorStatus VnIfcSelect::setEnum(std::uint32_t value) { return setNumber(VnTypeCodeKind::kEnumeration, value); }
 
 bool VnIfcSelect::getString(VnAnsiString& value) const {
-    if (m_kind != VnTypeCodeKind::kString)
+    if (m_kind != VnTypeCodeKind::kString || !hasValue())
         return false;
     value = m_value.string;
     return true;
 }
 
 bool VnIfcSelect::getBINARY(VnAnsiString& value) const {
-    if (m_kind != VnTypeCodeKind::kBinary)
+    if (m_kind != VnTypeCodeKind::kBinary || !hasValue())
         return false;
     value = m_value.string;
     return true;
 }
 
 bool VnIfcSelect::getInt32(std::int32_t& value) const noexcept {
-    if (m_kind != VnTypeCodeKind::kInteger || m_value.number == kNoInteger)
+    if (m_kind != VnTypeCodeKind::kInteger || !hasValue())
         return false;
     value = static_cast<std::int32_t>(m_value.number);
     return true;
 }
 
 bool VnIfcSelect::getDouble(double& value) const noexcept {
-    if (m_kind != VnTypeCodeKind::kReal)
+    if (m_kind != VnTypeCodeKind::kReal || !hasValue())
         return false;
     value = m_value.real;
     return true;
 }
 
 bool VnIfcSelect::getBoolean(VnIfcBoolean& value) const noexcept {
-    if (m_kind != VnTypeCodeKind::kBoolean)
+    if (m_kind != VnTypeCodeKind::kBoolean || !hasValue())
         return false;
     value = static_cast<VnIfcBoolean::Code>(m_value.number);
     return true;
 }
 
 bool VnIfcSelect::getLogical(VnIfcLogical& value) const noexcept {
-    if (m_kind != VnTypeCodeKind::kLogical)
+    if (m_kind != VnTypeCodeKind::kLogical || !hasValue())
         return false;
     value = static_cast<VnIfcLogical::Code>(m_value.number);
     return true;
 }
 
 bool VnIfcSelect::getEnum(std::uint32_t& value) const noexcept {
-    if (m_kind != VnTypeCodeKind::kEnumeration || m_value.number == 0xffffffff)
+    if (m_kind != VnTypeCodeKind::kEnumeration || !hasValue())
         return false;
     value = static_cast<std::uint32_t>(m_value.number);
     return true;

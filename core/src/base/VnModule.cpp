@@ -1,7 +1,10 @@
 #include <VnRx/VnModule.h>
 
+#include <mutex>
 #include <stdexcept>
 #include <string>
+#include <unordered_map>
+#include <utility>
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -89,6 +92,60 @@ Function function(void* library, const char* name, std::string_view module) {
     return reinterpret_cast<Function>(symbol);
 }
 
+/// Counts the uses of each module, and initialises it for the first.
+class ModuleUses {
+public:
+    static ModuleUses& instance() {
+        static ModuleUses uses;
+        return uses;
+    }
+
+    void add(VnModuleLifeCycleApp& app, VnIfcSchema* (*schema)(), std::string_view module) {
+        const std::lock_guard lock(m_mutex);
+        const auto [use, isFirst] = m_uses.try_emplace(&app);
+        if (!isFirst) {
+            ++use->second.count;
+            return;
+        }
+        use->second.isOurs = schema() == nullptr;
+        try {
+            initialise(app, schema, module);
+        } catch (...) {
+            const bool isOurs = use->second.isOurs;
+            m_uses.erase(use);
+            if (isOurs)
+                app.uninitApp();
+            throw;
+        }
+    }
+
+    void remove(VnModuleLifeCycleApp& app) noexcept {
+        const std::lock_guard lock(m_mutex);
+        const auto use = m_uses.find(&app);
+        if (--use->second.count > 0)
+            return;
+        if (use->second.isOurs)
+            app.uninitApp();
+        m_uses.erase(use);
+    }
+
+private:
+    struct Use {
+        std::size_t count = 1;
+        bool isOurs = false; ///< the first use initialised the module
+    };
+
+    static void initialise(VnModuleLifeCycleApp& app, VnIfcSchema* (*schema)(), std::string_view module) {
+        if (!schema() && !app.initApp())
+            fail(module, "it refused to initialise");
+        if (!schema())
+            fail(module, "it gives no schema");
+    }
+
+    std::mutex m_mutex;
+    std::unordered_map<VnModuleLifeCycleApp*, Use> m_uses;
+};
+
 } // namespace
 
 void VnModule::Unloader::operator()(void* library) const noexcept { closeLibrary(library); }
@@ -104,38 +161,40 @@ VnModule VnModule::load(std::string_view pathOrName) {
     VnModuleLifeCycleApp* app = getApp();
     if (!app)
         fail(pathOrName, "it has no life-cycle object");
-    VnModule module(std::move(library), *app, getSchema);
-    // From here on the module object undoes the initialisation, a failed one too, before the library goes.
-    if (module.m_initialised && !app->initApp())
-        fail(pathOrName, "it refused to initialise");
-    if (!module.schema())
-        fail(pathOrName, "it gives no schema");
-    return module;
+    return VnModule(std::move(library), *app, getSchema, pathOrName);
 }
 
-VnModule::VnModule(Library library, VnModuleLifeCycleApp& app, SchemaPointer schema)
-    : m_library(std::move(library)), m_app(&app), m_schema(schema), m_initialised(schema() == nullptr) {}
+VnModule::VnModule(const VnModuleEntryPoints& linked)
+    : VnModule(nullptr, *linked.lifeCycleApp(), linked.schema, linked.schemaName) {}
+
+VnModule::VnModule(Library library, VnModuleLifeCycleApp& app, SchemaPointer schema, std::string_view name)
+    : m_library(std::move(library)), m_app(&app), m_schema(schema) {
+    ModuleUses::instance().add(app, schema, name);
+}
+
+VnModule::VnModule(VnModule&& other) noexcept
+    : m_library(std::move(other.m_library)), m_app(std::exchange(other.m_app, nullptr)), m_schema(other.m_schema) {}
 
 VnModule& VnModule::operator=(VnModule&& other) noexcept {
     if (this == &other)
         return *this;
-    uninitialise();
+    release();
     m_library = std::move(other.m_library);
-    m_app = other.m_app;
+    m_app = std::exchange(other.m_app, nullptr);
     m_schema = other.m_schema;
-    m_initialised = other.m_initialised;
     return *this;
 }
 
-VnModule::~VnModule() { uninitialise(); }
+VnModule::~VnModule() { release(); }
 
 void* VnModule::symbol(const char* name) const noexcept {
     return m_library ? findSymbol(m_library.get(), name) : nullptr;
 }
 
-void VnModule::uninitialise() noexcept {
-    if (m_library && m_initialised)
-        m_app->uninitApp();
+void VnModule::release() noexcept {
+    if (m_app)
+        ModuleUses::instance().remove(*m_app);
+    m_app = nullptr;
 }
 
 } // namespace VN_SDAI

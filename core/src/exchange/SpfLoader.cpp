@@ -1,3 +1,5 @@
+#include "SpfLoader.h"
+
 #include "SpfDiagnostics.h"
 #include "SpfInput.h"
 #include "SpfInstanceReader.h"
@@ -5,6 +7,7 @@
 #include "SpfStructure.h"
 #include "WorkSharing.h"
 
+#include <VnIfcCore/VnIfcRelease.h>
 #include <VnIfcCore/VnIfcSchema.h>
 
 #include <algorithm>
@@ -19,8 +22,9 @@ namespace {
 /// Reads one exchange file into one empty model.
 class Loader {
 public:
-    Loader(VnIfcModel& model, SpfInput& input, const VnIfcReadOptions& options, VnIfcFileResult& result)
-        : m_model(model), m_data(model.data()), m_input(input), m_options(options), m_result(result),
+    Loader(VnIfcModel& model, SpfInput& input, const VnIfcReadOptions& options, const SpfSchemaChoice& choose,
+           VnIfcFileResult& result)
+        : m_model(model), m_data(model.data()), m_input(input), m_options(options), m_choose(choose), m_result(result),
           m_diagnostics(std::string(options.name), input.begin(), input.end(), options, result) {}
 
     void run() {
@@ -30,6 +34,8 @@ public:
             return;
         }
         m_data.header = std::move(m_structure.header);
+        if (m_choose)
+            m_data.schema = m_choose(m_data.header);
         std::ranges::stable_sort(m_structure.findings, {}, &SpfFinding::begin);
         checkSchema();
         makeSlots();
@@ -224,26 +230,49 @@ private:
             m_diagnostics.report(findings[m_finding]);
     }
 
+    /// Tells when the classes of the model are not exactly those of the release that FILE_SCHEMA names.
     void checkSchema() {
-        const std::string_view expected = m_data.schema->name().view();
+        const std::string own(m_data.schema->name().view());
         const std::vector<std::string> names = m_data.header.schemas();
-        for (const std::string& name : names) {
-            // Releases of a schema append to its name: IFC4X3_ADD2.
-            std::string upper = name.substr(0, expected.size());
-            for (char& c : upper)
-                c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 0x20) : c;
-            if (upper == expected)
-                return;
+        if (std::ranges::any_of(names, [&](const std::string& name) { return isSameName(name, own); }))
+            return;
+        const std::string found = names.empty() ? "no FILE_SCHEMA" : "FILE_SCHEMA " + names.front();
+        const VnIfcReleaseChoice choice = vnChooseRelease(names);
+        if (choice.fit == VnIfcReleaseFit::kExact && choice.release->name == own)
+            return;
+        m_data.isOfOtherRelease = choice.fit == VnIfcReleaseFit::kDiffers ||
+                                  (choice.fit != VnIfcReleaseFit::kUnknown && choice.release->name != own);
+        if (choice.fit != VnIfcReleaseFit::kUnknown && choice.release->name != own)
+            return tellSchema(VnIfcDiagnostic::kWarning,
+                              "FILE_SCHEMA " + choice.schema + ", a file for the classes of " +
+                                  std::string(choice.release->name),
+                              "the schema " + own);
+        switch (choice.fit) {
+        case VnIfcReleaseFit::kServed:
+            return tellSchema(VnIfcDiagnostic::kInfo,
+                              "FILE_SCHEMA " + choice.schema + ", which is read with the classes of " + own);
+        case VnIfcReleaseFit::kDiffers:
+            return tellSchema(VnIfcDiagnostic::kWarning, "FILE_SCHEMA " + choice.schema +
+                                                             ", which differs from the release " + own +
+                                                             " whose classes it is read with");
+        default:
+            return tellSchema(VnIfcDiagnostic::kWarning, found, "the schema " + own);
         }
-        m_diagnostics.report(VnIfcDiagnostic::kWarning, "schema", m_input.begin(),
-                             names.empty() ? "no FILE_SCHEMA" : "FILE_SCHEMA " + names.front(),
-                             "the schema " + std::string(expected));
+    }
+
+    static bool isSameName(std::string_view left, std::string_view right) noexcept {
+        return VnAnsiString(left).compareNoCase(right) == 0;
+    }
+
+    void tellSchema(VnIfcDiagnostic::Severity severity, std::string found, std::string expected = "") {
+        m_diagnostics.report(severity, "schema", m_input.begin(), std::move(found), std::move(expected));
     }
 
     VnIfcModel& m_model;
     VnIfcModel::Data& m_data;
     SpfInput& m_input;
     const VnIfcReadOptions& m_options;
+    const SpfSchemaChoice& m_choose;
     VnIfcFileResult& m_result;
     SpfDiagnostics m_diagnostics;
     SpfStructure m_structure;
@@ -255,8 +284,9 @@ private:
 };
 
 /// A text or list that is longer than memory can hold one is no reason to end the host.
-void load(VnIfcModel& model, SpfInput& input, const VnIfcReadOptions& options, VnIfcFileResult& result) try {
-    Loader(model, input, options, result).run();
+void load(VnIfcModel& model, SpfInput& input, const VnIfcReadOptions& options, const SpfSchemaChoice& choose,
+          VnIfcFileResult& result) try {
+    Loader(model, input, options, choose, result).run();
 } catch (const std::length_error& tooLong) {
     model.clear();
     result.status = VN::eCannotRead;
@@ -273,9 +303,10 @@ bool refuseUsedModel(const VnIfcModel& model, VnIfcFileResult& result) {
 
 } // namespace
 
-VnIfcFileResult VnIfcModel::readFile(const std::filesystem::path& path, const VnIfcReadOptions& options) {
+VnIfcFileResult spfReadFile(VnIfcModel& model, const std::filesystem::path& path, const VnIfcReadOptions& options,
+                            const SpfSchemaChoice& choose) {
     VnIfcFileResult result;
-    if (refuseUsedModel(*this, result))
+    if (refuseUsedModel(model, result))
         return result;
     SpfInput input;
     result.status = input.readFile(path, options.threads, result.message);
@@ -286,19 +317,28 @@ VnIfcFileResult VnIfcModel::readFile(const std::filesystem::path& path, const Vn
     const std::string name = path.string();
     if (named.name.empty())
         named.name = name;
-    load(*this, input, named, result);
+    load(model, input, named, choose, result);
     return result;
 }
 
-VnIfcFileResult VnIfcModel::readText(std::string_view text, const VnIfcReadOptions& options) {
+VnIfcFileResult spfReadText(VnIfcModel& model, std::string_view text, const VnIfcReadOptions& options,
+                            const SpfSchemaChoice& choose) {
     VnIfcFileResult result;
-    if (refuseUsedModel(*this, result))
+    if (refuseUsedModel(model, result))
         return result;
     SpfInput input;
     input.copyFrom(text);
     result.bytes = input.size();
-    load(*this, input, options, result);
+    load(model, input, options, choose, result);
     return result;
+}
+
+VnIfcFileResult VnIfcModel::readFile(const std::filesystem::path& path, const VnIfcReadOptions& options) {
+    return spfReadFile(*this, path, options);
+}
+
+VnIfcFileResult VnIfcModel::readText(std::string_view text, const VnIfcReadOptions& options) {
+    return spfReadText(*this, text, options);
 }
 
 } // namespace VN_SDAI

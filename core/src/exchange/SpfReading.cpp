@@ -489,6 +489,9 @@ bool VnSpfFilerBase::rdSelect(VnIfcSelect& value, bool, bool separated) {
         if (readSelectValue(value))
             return true;
         failField(m_failed ? m_problem : VnSpfProblem::kWrongKind);
+        // As any list, one in a select keeps what came before a faulty element.
+        if (const VnIfcAggr* list = value.getAggr(); list && list->count() > 0)
+            return false;
     }
     value.nullify();
     return false;

@@ -280,7 +280,7 @@ void VnSpfFilerBase::wrBinaryElement(const VnAnsiString& value) {
 
 void VnSpfFilerBase::writeSelectValue(const VnIfcSelect& value) {
     const VnTypeCodeKind kind = value.kind();
-    if (kind == VnTypeCodeKind::kNone)
+    if (!value.hasValue())
         return wrChar('$');
     if (kind == VnTypeCodeKind::kEntity)
         return wrPrimitive(value.getHandle());
@@ -301,10 +301,7 @@ void VnSpfFilerBase::writeSelectValue(const VnIfcSelect& value) {
         writeReal(value.m_value.real);
         break;
     case VnTypeCodeKind::kInteger:
-        if (value.m_value.number == VnIfcSelect::kNoInteger)
-            wrChar('$');
-        else
-            writeInteger(value.m_value.number);
+        writeInteger(value.m_value.number);
         break;
     case VnTypeCodeKind::kBoolean:
         wrPrimitive(VnIfcBoolean(static_cast<VnIfcBoolean::Code>(value.m_value.number)), false, false);

@@ -6,8 +6,9 @@
 
 namespace VN_SDAI {
 
-/// What an instance's line in the file held that its attributes cannot hold, or hold in other words. It is written back in place of what the
-/// instance itself would write, as long as the instance still writes what it wrote just after loading.
+/// What an instance's line in the file held that its attributes cannot hold, or hold in other words. It is written back
+/// in place of what the instance itself would write, as long as the instance still writes what it wrote just after
+/// loading.
 struct KeptParameters {
     struct Parameter {
         unsigned position = 0;

@@ -4,7 +4,10 @@
 
 #include <VnIfcCore/VnIfcEntityType.h>
 #include <VnIfcCore/VnIfcSchema.h>
+#include <VnIfcTyped/Entity.h>
 
+#include <algorithm>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -13,6 +16,50 @@
 namespace VN_SDAI {
 
 namespace {
+
+/// Puts the parameters of an entity into the places that the attributes of their names have in another schema.
+class PlacesByName {
+public:
+    PlacesByName(const typed::EntityClass& from, const typed::EntityClass& to) {
+        for (const typed::AttributeRow* field : to.fields) {
+            const auto isSame = [&](const typed::AttributeRow* each) {
+                return each->kind != typed::AttributeKind::kDerived && VnAnsiString(each->name) == field->name;
+            };
+            const auto found = std::ranges::find_if(from.fields, isSame);
+            Place& place = m_places.emplace_back();
+            place.isDerived = field->kind == typed::AttributeKind::kDerived;
+            if (!place.isDerived && found != from.fields.end())
+                place.source = static_cast<std::size_t>(found - from.fields.begin());
+        }
+    }
+
+    /// Of "KEYWORD(...)".
+    std::string place(std::string text) const {
+        text.append(spf::kPadding, '\0');
+        const char* const end = text.data() + text.size() - spf::kPadding;
+        const char* p = text.data() + text.find('(') + 1;
+        std::string result(text.data(), static_cast<std::size_t>(p - text.data()));
+        std::vector<std::string_view> parameters;
+        while (p < end) {
+            const char* const next = spf::parameterEnd(p, end);
+            parameters.emplace_back(p, static_cast<std::size_t>(next - p));
+            p = next + 1;
+        }
+        for (const Place& place : m_places) {
+            const bool isThere = place.source && *place.source < parameters.size();
+            result.append(&place == m_places.data() ? "" : ",");
+            result.append(place.isDerived ? "*" : isThere ? parameters[*place.source] : "$");
+        }
+        return result + ')';
+    }
+
+private:
+    struct Place {
+        std::optional<std::size_t> source; ///< in the other parameter list
+        bool isDerived = false;
+    };
+    std::vector<Place> m_places;
+};
 
 class Copier {
 public:
@@ -70,7 +117,17 @@ private:
                                   copied = last;
                               });
         text.append(copied, from.data() + from.size() - spf::kPadding);
-        read(text, copy);
+        const PlacesByName* places = placesOf(source->object()->getInstanceType());
+        read(places ? places->place(text) : text, copy);
+    }
+
+    /// Null when the parameters stand in the same places, or the target has no such entity.
+    const PlacesByName* placesOf(const VnIfcEntityType* from) {
+        const VnIfcEntityType* to =
+            from && from->schema() != m_target.schema ? m_target.schema->entity(from->name()) : nullptr;
+        if (!to || !from->entityClass() || !to->entityClass())
+            return nullptr;
+        return &m_places.try_emplace(from, *from->entityClass(), *to->entityClass()).first->second;
     }
 
     static std::string padded(std::string_view text) { return std::string(text).append(spf::kPadding, '\0'); }
@@ -89,6 +146,7 @@ private:
     std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& m_copies;
     std::unordered_map<VnIfcInstanceSlot*, VnIfcInstanceSlot*> m_counterparts;
     std::vector<std::pair<VnIfcInstanceSlot*, VnIfcInstanceSlot*>> m_pending;
+    std::unordered_map<const VnIfcEntityType*, PlacesByName> m_places;
 };
 
 } // namespace

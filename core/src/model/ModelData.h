@@ -35,6 +35,7 @@ struct VnIfcModel::Data {
     VnIfcModel* model;
     const VnIfcSchema* schema;
     VnIfcHeader header;
+    bool isOfOtherRelease = false; ///< the file that was read is of a release or a draft other than the schema
     SlotTable slots;
     std::size_t count = 0;
     std::uint64_t firstFree = 1;

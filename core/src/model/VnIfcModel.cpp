@@ -6,6 +6,8 @@
 #include <VnIfcCore/VnSpfFilerBase.h>
 
 #include <algorithm>
+#include <stdexcept>
+#include <string>
 
 namespace VN_SDAI {
 
@@ -50,7 +52,12 @@ const std::vector<VnIfcInstanceSlot*>& VnIfcModel::Data::ordered() {
 
 // ---- Life
 
-VnIfcModel::VnIfcModel(const VnIfcSchema* schema) : m_data(std::make_unique<Data>(this, schema)) {}
+VnIfcModel::VnIfcModel(const VnIfcSchema* schema) : m_data(std::make_unique<Data>(this, schema)) {
+    if (!schema)
+        throw std::invalid_argument("a model needs a schema; is its module initialised?");
+}
+
+VnIfcModel::VnIfcModel(WithoutSchema) : m_data(std::make_unique<Data>(this, nullptr)) {}
 
 VnIfcModel::~VnIfcModel() { m_data->destroyInstances(); }
 
@@ -65,6 +72,28 @@ const VnIfcHeader& VnIfcModel::header() const noexcept { return m_data->header; 
 
 // ---- Instances
 
+namespace {
+
+/// Keywords, places in the parameter list and types of a class are those of its own schema.
+void refuseStranger(const VnIfcEntityBase* instance, const VnIfcSchema& schema) {
+    if (!instance)
+        throw std::invalid_argument("a model takes no null instance");
+    if (dynamic_cast<const VnIfcForeignInstance*>(instance))
+        return;
+    const VnIfcEntityType* type = instance->getInstanceType();
+    if (!type)
+        throw std::invalid_argument("the schema of the instance's class is not initialised");
+    if (type->schema() != &schema)
+        throw std::invalid_argument(std::string("the class of ")
+                                        .append(type->schema()->name().view())
+                                        .append("::")
+                                        .append(type->name().view())
+                                        .append(" is none of the model's schema ")
+                                        .append(schema.name().view()));
+}
+
+} // namespace
+
 void VnIfcModel::adopt(VnIfcInstanceSlot* slot, VnIfcEntityBase* instance, bool inArena) const noexcept {
     instance->m_id = VnDbObjectId(slot);
     slot->objectAndFlags =
@@ -73,10 +102,13 @@ void VnIfcModel::adopt(VnIfcInstanceSlot* slot, VnIfcEntityBase* instance, bool 
 
 VnDbObjectId VnIfcModel::create(std::string_view entity) {
     const VnIfcEntityType* type = m_data->schema->entity(entity);
-    return type ? append(std::unique_ptr<VnIfcEntityBase>(type->create())) : VnDbObjectId();
+    if (!type || type->isAbstract())
+        return {};
+    return append(std::unique_ptr<VnIfcEntityBase>(type->create()));
 }
 
 VnDbObjectId VnIfcModel::append(std::unique_ptr<VnIfcEntityBase> instance) {
+    refuseStranger(instance.get(), *m_data->schema);
     VnIfcInstanceSlot* slot = m_data->slotForInstance(m_data->nextNumber());
     adopt(slot, instance.release(), false);
     ++m_data->count;
@@ -164,6 +196,15 @@ bool VnIfcEntityBase::keepsText(unsigned position) const noexcept {
     return parameter && !parameter->fits;
 }
 
+bool VnIfcEntityBase::isBeyondFile(unsigned position) const noexcept {
+    if (m_id.isNull() || !m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
+        return false;
+    const VnIfcModel::Data& data = owningModel()->data();
+    const auto found = data.kept.find(m_id.slot());
+    return data.isOfOtherRelease && found != data.kept.end() && found->second.absentFrom &&
+           position >= *found->second.absentFrom;
+}
+
 void VnIfcEntityBase::dropKept(unsigned position) noexcept {
     VnIfcModel::Data& data = owningModel()->data();
     const auto found = data.kept.find(m_id.slot());
@@ -172,6 +213,19 @@ void VnIfcEntityBase::dropKept(unsigned position) noexcept {
     found->second.drop(position);
     if (!found->second.isEmpty())
         return;
+    data.kept.erase(found);
+    m_id.slot()->reset(VnIfcInstanceSlot::kHasKept);
+}
+
+void VnIfcEntityBase::dropAllKept() noexcept {
+    VnIfcModel::Data& data = owningModel()->data();
+    const auto found = data.kept.find(m_id.slot());
+    if (found == data.kept.end())
+        return;
+    found->second.parameters.clear();
+    found->second.absentFrom.reset();
+    if (!found->second.isEmpty())
+        return; // what follows the parameters belongs to none of them
     data.kept.erase(found);
     m_id.slot()->reset(VnIfcInstanceSlot::kHasKept);
 }

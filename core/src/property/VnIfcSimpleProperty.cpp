@@ -39,12 +39,11 @@ VnIfcSelect* selectIn(const VnIfcVariant& value) {
 }
 
 template <class T, class Taken>
-bool take(VnIfcSelect& select, void (VnIfcSelect::*set)(Taken), const VnIfcVariant& value) {
+bool take(VnIfcSelect& select, VN::ErrorStatus (VnIfcSelect::*set)(Taken), const VnIfcVariant& value) {
     T converted{};
     if (!value.getAs(converted))
         return false;
-    (select.*set)(converted);
-    return true;
+    return (select.*set)(converted) == VN::eOk;
 }
 
 /// Gives the chosen member of a select a new value.

@@ -1,0 +1,81 @@
+# vnifc_add_release(DIRECTORY) adds the schema module of the release whose declarations and facts are in
+# schemas/DIRECTORY: expgen makes its classes during the build, and they are compiled into a shared library of the name
+# that its release.txt gives. vnifc_add_release(DIRECTORY FROM PATH) takes them from elsewhere.
+
+# The value of a keyword of a release.txt.
+function(vnifc_release_fact facts keyword result)
+    file(STRINGS "${facts}" line REGEX "^${keyword} ")
+    string(REGEX REPLACE "^${keyword} +" "" value "${line}")
+    set(${result} "${value}" PARENT_SCOPE)
+endfunction()
+
+# expgen divides the classes among this many sources.
+set(vnifc_entity_units 16)
+set(vnifc_select_units 2)
+
+function(vnifc_add_release directory)
+    cmake_parse_arguments(PARSE_ARGV 1 release "" FROM "")
+    if(NOT release_FROM)
+        set(release_FROM "${PROJECT_SOURCE_DIR}/schemas/${directory}")
+    endif()
+    set(facts "${release_FROM}/release.txt")
+    set(declarations "${release_FROM}/declarations.exp")
+    vnifc_release_fact("${facts}" name name)
+    vnifc_release_fact("${facts}" module module)
+    file(GLOB inputs CONFIGURE_DEPENDS "${release_FROM}/*")
+    set(generated "${PROJECT_BINARY_DIR}/generated/${directory}")
+
+    set(sources Enumerations.cpp Dictionary.cpp Module.cpp)
+    math(EXPR last "${vnifc_select_units} - 1")
+    foreach(n RANGE ${last})
+        list(APPEND sources Selects_${n}.cpp)
+    endforeach()
+    math(EXPR last "100 + ${vnifc_entity_units} - 1")
+    foreach(n RANGE 100 ${last})
+        string(SUBSTRING ${n} 1 2 digits)
+        list(APPEND sources Entities_${digits}.cpp)
+    endforeach()
+    list(TRANSFORM sources PREPEND "${generated}/src/")
+
+    # Every header is named as an output, so that a changed schema rebuilds exactly what includes a changed header, in
+    # the same run. Their names follow from the schema's text, before expgen is built.
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${declarations}" "${facts}")
+    file(STRINGS "${declarations}" headers REGEX "^(ENTITY [A-Za-z0-9]+|TYPE [A-Za-z0-9]+ = (ENUMERATION|SELECT))")
+    list(TRANSFORM headers REPLACE "^(ENTITY|TYPE) ([A-Za-z0-9]+).*" "\\2.h")
+    list(APPEND headers AllEntities.h AllTypes.h AttributeProperties.h Module.h Release.h)
+    list(TRANSFORM headers PREPEND "${generated}/include/${name}/")
+
+    add_custom_command(
+        OUTPUT ${sources} ${headers}
+        COMMAND expgen classes "${release_FROM}" "${generated}"
+        DEPENDS expgen ${inputs}
+        COMMENT "Making the classes of ${name}"
+        VERBATIM)
+    # A target of its own: as a mere part of the module, the run would wait until the module's libraries are linked.
+    add_custom_target(${module}_sources DEPENDS ${sources} ${headers})
+
+    add_library(${module} SHARED ${sources})
+    add_library(vnifc::${module} ALIAS ${module})
+    target_compile_definitions(${module} PRIVATE VN${name}_BUILD)
+    target_include_directories(${module}
+        PUBLIC
+            $<BUILD_INTERFACE:${generated}/include>
+            $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+        PRIVATE "${PROJECT_SOURCE_DIR}/typed/src")
+    target_link_libraries(${module} PUBLIC VnIfcCore)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        # A unique symbol would keep the module in memory for ever.
+        target_compile_options(${module} PRIVATE -fno-gnu-unique)
+    endif()
+    # The classes have single, non-virtual bases only, for which every compiler gives the true offset.
+    target_compile_options(${module} PRIVATE -Wno-invalid-offsetof)
+    # Tables, constructors and destructors: more than -O1 costs a third of the time to build and gains nothing.
+    target_compile_options(${module} PRIVATE $<$<CONFIG:Release>:-O1>)
+    target_precompile_headers(${module} PRIVATE <entities/EntityTables.h> <types/Descriptors.h>)
+    add_dependencies(${module} ${module}_sources)
+
+    install(TARGETS ${module} EXPORT vnifcTargets)
+    install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${name})
+    set_property(GLOBAL APPEND PROPERTY VNIFC_MODULES ${module})
+    set_property(GLOBAL APPEND PROPERTY VNIFC_BUILT_RELEASES ${name})
+endfunction()

@@ -1,0 +1,66 @@
+#pragma once
+#include <VnIfcCore/VnIfcVariantType.h>
+
+#include <concepts>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace VN_SDAI::typed {
+
+/// What the library knows of one enumeration type: its name and its literals in enumerator order, bare and upper-case.
+struct EnumerationClass {
+    const char* name;
+    std::span<const char* const> literals;
+    VnIfcVariantTypeSlot* descriptor;
+
+    /// The literal of a code; null when the code is not below the number of literals.
+    const char* toLiteral(int code) const noexcept {
+        const auto index = static_cast<unsigned>(code); // negative ones are past the end, too
+        return index < literals.size() ? literals[index] : nullptr;
+    }
+    /// The code of a literal without dots, in any case; the number of literals when there is none.
+    VNIFC_API std::uint32_t fromLiteral(std::string_view literal) const noexcept;
+};
+
+/// Value of an EXPRESS ENUMERATION (ISO 10303-11, 8.4.1): a 32-bit code in the schema's order of literals, of which the
+/// one past the last means that no value is set. E is the enumeration itself, Code its C++ enumeration.
+template <class E, class Code, Code unset>
+class Enumeration {
+public:
+    using CodeType = Code;
+    static constexpr std::uint32_t kLiteralCount = unset;
+
+    constexpr Enumeration(Code code = unset) noexcept : m_code(code) {}
+    /// From a number; whatever is no literal's code becomes unset.
+    static constexpr E fromCode(std::uint32_t code) noexcept {
+        return E(code < unset ? static_cast<Code>(code) : unset);
+    }
+
+    constexpr operator Code() const noexcept { return static_cast<Code>(m_code); }
+    constexpr std::uint32_t code() const noexcept { return m_code; }
+    constexpr bool isUnset() const noexcept { return m_code >= unset; }
+    /// The literal without dots; null when unset.
+    const char* literal() const noexcept { return E::s_class.toLiteral(static_cast<int>(m_code)); }
+
+private:
+    std::uint32_t m_code;
+};
+
+template <class E>
+concept EnumerationType = requires {
+    { (E::s_class) } -> std::same_as<const EnumerationClass&>;
+};
+
+} // namespace VN_SDAI::typed
+
+namespace VN_SDAI {
+
+/// The descriptor of an enumeration class.
+template <typed::EnumerationType E>
+struct VnIfcVariantType::Desc<E> {
+    static const VnIfcVariantType& value() { return E::s_class.descriptor->value(); }
+    static void release() noexcept { E::s_class.descriptor->release(); }
+};
+
+} // namespace VN_SDAI

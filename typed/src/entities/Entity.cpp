@@ -1,0 +1,84 @@
+#include <VnIfcTyped/Entity.h>
+
+#include <VnIfcCore/VnIfcEntityType.h>
+#include <VnIfcCore/VnIfcException.h>
+#include <VnIfcCore/VnIfcModel.h>
+#include <entities/AttributeAccess.h>
+#include <entities/CounterParts.h>
+
+namespace VN_SDAI::typed {
+
+// ---- type tests
+
+bool Entity::isInstanceOf(const VnIfcEntityType* type) const { return type && type == *entityClass().record; }
+
+bool Entity::isInstanceOf(const char* name) const { return name && sameName(entityClass().name, name); }
+
+bool Entity::isKindOf(const VnIfcEntityType* type) const {
+    if (!type)
+        return false;
+    for (VnIfcEntityType** record : entityClass().chain)
+        if (*record == type)
+            return true;
+    return false;
+}
+
+bool Entity::isKindOf(const char* name) const {
+    if (!name)
+        return false;
+    for (const EntityClass* type = &entityClass(); type; type = type->supertype)
+        if (sameName(type->name, name))
+            return true;
+    return false;
+}
+
+const VnIfcGUID* Entity::globalId() const noexcept {
+    const auto fields = entityClass().fields;
+    return !fields.empty() && fields[0]->kind == AttributeKind::kGuid ? &member<VnIfcGUID>(*this, *fields[0]) : nullptr;
+}
+
+// ---- inverse counterparts
+
+namespace {
+
+void enter(Entity& target, const AttributeRow& inverse, const VnDbObjectId& own) {
+    if (inverse.kind == AttributeKind::kReference)
+        member<VnDbObjectId>(target, inverse) = own;
+    else
+        member<VnIfcSetAggr<VnDbObjectId>>(target, inverse).add(own);
+}
+
+void leave(Entity& target, const AttributeRow& inverse, const VnDbObjectId& own) {
+    if (inverse.kind != AttributeKind::kReference)
+        member<VnIfcSetAggr<VnDbObjectId>>(target, inverse).remove(own);
+    else if (member<VnDbObjectId>(target, inverse) == own)
+        member<VnDbObjectId>(target, inverse).setNull();
+}
+
+/// Calls `act(target, row)` for each inverse member that mirrors an attribute of the class or its supertypes.
+template <class Act>
+void forEachCounterPart(const Entity& instance, const EntityClass& type, Act act) {
+    if (type.supertype)
+        forEachCounterPart(instance, *type.supertype, act);
+    for (const InverseLink& link : type.links)
+        forEachTarget(instance, *link.forward,
+                      [&](const VnDbObjectId& target) { withInverse(target, link.targets, act); });
+}
+
+} // namespace
+
+void Entity::setInverseCounterParts() {
+    forEachCounterPart(*this, entityClass(), [&](Entity& target, const InverseRow& inverse) {
+        enter(target, inverse.attribute, objectId());
+    });
+}
+
+void Entity::resetInverseCounterParts() {}
+
+void Entity::leaveInverseCounterParts() {
+    forEachCounterPart(*this, entityClass(), [&](Entity& target, const InverseRow& inverse) {
+        leave(target, inverse.attribute, objectId());
+    });
+}
+
+} // namespace VN_SDAI::typed

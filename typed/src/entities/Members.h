@@ -1,0 +1,22 @@
+#pragma once
+#include <VnIfcTyped/Entity.h>
+
+namespace VN_SDAI::typed {
+
+/// The member of an instance that a row describes; T must be the member's type or a base at its beginning.
+template <class T>
+T& member(Entity& instance, const AttributeRow& row) noexcept {
+    return *reinterpret_cast<T*>(reinterpret_cast<char*>(&instance) + row.offset);
+}
+template <class T>
+const T& member(const Entity& instance, const AttributeRow& row) noexcept {
+    return *reinterpret_cast<const T*>(reinterpret_cast<const char*>(&instance) + row.offset);
+}
+
+/// What the row's kind points to: an EnumerationClass, AggregateOperations or SelectOperations.
+template <class T>
+const T& typeOf(const AttributeRow& row) noexcept {
+    return *static_cast<const T*>(row.type);
+}
+
+} // namespace VN_SDAI::typed

@@ -1,0 +1,142 @@
+#include <VnIfcTyped/AttributeProperty.h>
+
+#include <VnIfcCore/VnIfcPropertyCollection.h>
+#include <entities/AttributeAccess.h>
+#include <entities/Members.h>
+#include <types/ValueOperations.h>
+
+namespace VN_SDAI::typed {
+
+namespace {
+
+template <class T>
+const VnIfcVariantType* describe() {
+    return &VnIfcVariantType::Desc<T>::value();
+}
+
+/// The descriptor of an explicit attribute's values.
+const VnIfcVariantType* valueType(const AttributeRow& row) {
+    switch (row.kind) {
+    case AttributeKind::kString:
+    case AttributeKind::kBinary:
+        return describe<VnAnsiString>();
+    case AttributeKind::kGuid:
+        return describe<VnIfcGUID>();
+    case AttributeKind::kReal:
+        return describe<double>();
+    case AttributeKind::kInteger:
+        return describe<int>();
+    case AttributeKind::kBoolean:
+        return describe<VnIfcBoolean>();
+    case AttributeKind::kLogical:
+        return describe<VnIfcLogical>();
+    case AttributeKind::kReference:
+        return describe<VnDbObjectId>();
+    case AttributeKind::kEnumeration:
+        return &typeOf<EnumerationClass>(row).descriptor->value();
+    case AttributeKind::kSelect:
+        return &typeOf<SelectOperations>(row).selectClass->descriptors.value->value();
+    case AttributeKind::kAggregate:
+        return &typeOf<AggregateOperations>(row).arrayType();
+    case AttributeKind::kDerived:
+        break;
+    }
+    return nullptr;
+}
+
+/// The descriptor of what getAttr gives for an inverse or a redeclared attribute, whose kinds are few.
+const VnIfcVariantType* liveType(const AttributeRow& row) {
+    if (row.kind == AttributeKind::kAggregate)
+        return describe<VnIfcSetAggr<VnDbObjectId>*>();
+    if (row.kind == AttributeKind::kSelect)
+        return &typeOf<SelectOperations>(row).selectClass->descriptors.pointer->value();
+    return valueType(row);
+}
+
+/// A copy of an explicit attribute's value.
+VnIfcVariant copyOf(const Entity& instance, const AttributeRow& row) {
+    switch (row.kind) {
+    case AttributeKind::kString:
+    case AttributeKind::kBinary:
+        return member<VnAnsiString>(instance, row);
+    case AttributeKind::kSelect:
+        return {*valueType(row), &member<VnIfcSelect>(instance, row)};
+    case AttributeKind::kAggregate: {
+        VnIfcVariant array;
+        valueOf(instance, row).convertTo(*valueType(row), array);
+        return array;
+    }
+    default:
+        return valueOf(instance, row);
+    }
+}
+
+/// Stores a value of the attribute's own type.
+void store(Entity& instance, const AttributeRow& row, const VnIfcVariant& value) {
+    if (row.kind == AttributeKind::kEnumeration)
+        member<std::uint32_t>(instance, row) = *static_cast<const std::uint32_t*>(value.payload());
+    else
+        assign(instance, row, value);
+}
+
+/// The instance as one of the entity; null when it is none.
+Entity* instanceOf(const VnIfcEntityType* entity, const VnIfcEntityBase* instance) {
+    if (!instance || !instance->isKindOf(entity))
+        return nullptr;
+    return static_cast<Entity*>(const_cast<VnIfcEntityBase*>(instance));
+}
+
+} // namespace
+
+void AttributeProperty::add(VnIfcPropertyCollection& collection, AttributeProperty* property, const EntityClass& type,
+                            const AttributeRow& row, AttributePart part, const VnIfcEntityType* record) {
+    std::unique_ptr<AttributeProperty> owned(property);
+    const VnIfcVariantType* descriptor = part == AttributePart::kExplicit  ? valueType(row)
+                                         : part == AttributePart::kInverse ? liveType(row)
+                                                                           : liveType(*findExplicit(type, row.name));
+    property->init(row.name, descriptor, record);
+    collection.add(owned.release());
+}
+
+VN::ErrorStatus AttributeProperty::read(const AttributeRow& row, const VnIfcEntityBase* instance,
+                                        VnIfcVariant& value) const {
+    const Entity* own = instanceOf(entity(), instance);
+    if (!own)
+        return VN::eRefused;
+    value = copyOf(*own, row);
+    return VN::eOk;
+}
+
+VN::ErrorStatus AttributeProperty::write(const AttributeRow& row, VnIfcEntityBase* instance,
+                                         const VnIfcVariant& value) const {
+    Entity* own = instanceOf(entity(), instance);
+    if (!own || value.isNull() || value.type() != valueType(row))
+        return VN::eRefused;
+    store(*own, row, value);
+    own->touched(positionOf(own->entityClass(), row));
+    return VN::eOk;
+}
+
+VN::ErrorStatus AttributeProperty::writeByName(const char* name, VnIfcEntityBase* instance,
+                                               const VnIfcVariant& value) const {
+    Entity* own = instanceOf(entity(), instance);
+    if (!own || value.isNull())
+        return VN::eRefused;
+    const AttributeRow& row = *findExplicit(own->entityClass(), name);
+    const bool isOwnType = value.type() == valueType(row) || value.type() == liveType(row);
+    if (!isOwnType || assign(*own, row, value) != Assigned::kYes)
+        return VN::eRefused;
+    own->touched(positionOf(own->entityClass(), row));
+    return VN::eOk;
+}
+
+VN::ErrorStatus AttributeProperty::readByName(const char* name, const VnIfcEntityBase* instance,
+                                              VnIfcVariant& value) const {
+    const Entity* own = instanceOf(entity(), instance);
+    if (!own)
+        return VN::eRefused;
+    value = valueOf(*own, *findAttribute(own->entityClass(), name));
+    return VN::eOk;
+}
+
+} // namespace VN_SDAI::typed

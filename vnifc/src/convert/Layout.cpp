@@ -1,0 +1,127 @@
+#include "Layout.h"
+
+#include <VnIfcCore/VnIfcDefinedType.h>
+
+#include <algorithm>
+
+namespace vnifc::conversion {
+
+using namespace VN_SDAI;
+
+namespace {
+
+constexpr char lower(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
+
+} // namespace
+
+bool equalNames(std::string_view left, std::string_view right) noexcept {
+    return left.size() == right.size() &&
+           std::equal(left.begin(), left.end(), right.begin(), [](char a, char b) { return lower(a) == lower(b); });
+}
+
+std::size_t Layout::find(std::string_view attribute) const noexcept {
+    for (std::size_t i = 0; i < fields.size(); ++i)
+        if (equalNames(fields[i].name, attribute))
+            return i;
+    return kNone;
+}
+
+const EntityType* Release::concrete(std::string_view name) const noexcept {
+    const EntityType* found = m_schema.entity(name);
+    return found && !found->isAbstract() ? found : nullptr;
+}
+
+const Layout& Release::layout(const EntityType& entity) {
+    const auto [place, isNew] = m_layouts.try_emplace(&entity);
+    Layout& layout = place->second;
+    if (!isNew)
+        return layout;
+    const typed::EntityClass& rows = *entity.entityClass();
+    layout.entity = &entity;
+    layout.name = rows.name;
+    layout.keyword = rows.keyword;
+    for (const typed::AttributeRow* row : rows.fields) {
+        Field field{row->name, nullptr, row, row->mark == typed::kOptional,
+                    row->kind == typed::AttributeKind::kDerived};
+        if (const VnIfcAttributeDefinition* attribute = entity.findAttribute(row->name))
+            field.type = attribute->type();
+        layout.fields.push_back(field);
+    }
+    return layout;
+}
+
+std::string_view nameOf(const EntityType& entity) noexcept { return entity.entityClass()->name; }
+
+bool isNamed(const EntityType& entity, std::string_view name) noexcept {
+    for (const EntityType* each = &entity; each; each = each->supertype())
+        if (equalNames(nameOf(*each), name))
+            return true;
+    return false;
+}
+
+const Type* beneath(const Type* type) noexcept {
+    while (const auto* defined = dynamic_cast<const VnIfcDefinedType*>(type))
+        type = defined->underlyingType();
+    return type;
+}
+
+std::string_view nameOf(const Type* type) noexcept {
+    const auto* named = dynamic_cast<const VnIfcNameType*>(type);
+    // Anonymous aggregations go by a descriptive text.
+    return named && named->name().view().find(' ') == std::string_view::npos ? named->name().view()
+                                                                             : std::string_view();
+}
+
+std::string_view innermostName(const Type* type) noexcept {
+    while (nameOf(type).empty()) {
+        const VnIfcAggregationType* aggregation = asAggregation(type);
+        if (!aggregation)
+            return {};
+        type = aggregation->elementType();
+    }
+    return nameOf(type);
+}
+
+const VnIfcSelectType* asSelect(const Type* type) noexcept {
+    return dynamic_cast<const VnIfcSelectType*>(beneath(type));
+}
+const VnIfcAggregationType* asAggregation(const Type* type) noexcept {
+    return dynamic_cast<const VnIfcAggregationType*>(beneath(type));
+}
+const VnIfcEnumerationType* asEnumeration(const Type* type) noexcept {
+    return dynamic_cast<const VnIfcEnumerationType*>(beneath(type));
+}
+const EntityType* asEntity(const Type* type) noexcept { return dynamic_cast<const EntityType*>(beneath(type)); }
+
+void forEachMember(const Type* type, const std::function<void(const Type&)>& visit) {
+    const VnIfcSelectType* select = asSelect(type);
+    if (!select)
+        return;
+    for (const VnIfcNameType* member : select->members()) {
+        if (!member)
+            continue;
+        asSelect(member) ? forEachMember(member, visit) : visit(*member);
+    }
+}
+
+const Type* memberNamed(const Type* select, std::string_view name) {
+    const Type* found = nullptr;
+    forEachMember(select, [&](const Type& member) {
+        if (!found && equalNames(nameOf(&member), name))
+            found = &member;
+    });
+    return found;
+}
+
+bool mayReferTo(const Type* type, const EntityType& entity) {
+    if (const EntityType* target = asEntity(type))
+        return entity.isKindOf(target);
+    bool may = false;
+    forEachMember(type, [&](const Type& member) {
+        const EntityType* target = asEntity(&member);
+        may = may || (target && entity.isKindOf(target));
+    });
+    return may;
+}
+
+} // namespace vnifc::conversion
