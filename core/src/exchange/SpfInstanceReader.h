@@ -40,7 +40,7 @@ class SpfInstanceReader final : public VnSpfFilerBase {
 public:
     explicit SpfInstanceReader(VnIfcModel::Data& data) noexcept : m_data(data) {}
     /// Lets references be looked up faster; no slot may be made any more.
-    void slotsAreMade() noexcept { lookUpIn(m_data.slots.dense()); }
+    void slotsAreMade() noexcept { lookUpIn(m_data.slots.pages()); }
 
     /// Makes the instance of a slot from what stands behind its "=". Within the scope of an arena the
     /// instance lives there.
