@@ -3,6 +3,8 @@
 #include "Commands.h"
 #include "Platform.h"
 
+#include <VnIfcCore/VnSafeFile.h>
+
 #include <fmt/format.h>
 #include <minizip/unzip.h>
 #include <minizip/zip.h>
@@ -206,47 +208,9 @@ private:
 
 // ---- writing
 
-/// A file beside the target that takes its place when it is complete.
-class PendingFile {
-public:
-    explicit PendingFile(const std::string& target) : m_target(target) {
-        std::error_code error;
-        // A link stays a link, and the file behind it is replaced.
-        if (fs::is_symlink(target, error))
-            m_target = fs::canonical(target, error).string();
-        if (error)
-            m_target = target;
-        m_path = m_target + ".part" + std::to_string(processNumber());
-        m_file.reset(std::fopen(m_path.c_str(), "wb+"));
-        if (!m_file)
-            fail();
-    }
-    ~PendingFile() {
-        std::error_code ignored;
-        m_file.reset();
-        fs::remove(m_path, ignored);
-    }
-    PendingFile(const PendingFile&) = delete;
-    PendingFile& operator=(const PendingFile&) = delete;
-
-    std::FILE* get() const noexcept { return m_file.get(); }
-    [[noreturn]] void fail() const { vnifc::fail("write", m_target, std::strerror(errno)); }
-    void commit() {
-        if (!bringToDisk(m_file.get()) || std::fclose(m_file.release()) != 0)
-            fail();
-        std::error_code error;
-        if (fs::exists(m_target, error))
-            fs::permissions(m_path, fs::status(m_target, error).permissions(), error);
-        fs::rename(m_path, m_target, error);
-        if (error)
-            vnifc::fail("write", m_target, error.message());
-    }
-
-private:
-    std::string m_target;
-    std::string m_path;
-    File m_file;
-};
+[[noreturn]] void failToWrite(const std::string& target, const VN_SDAI::VnSafeFile& file) {
+    fail("write", target, std::strerror(file.error() != 0 ? file.error() : errno));
+}
 
 /// Begins a file in an archive; its name is in UTF-8, and its time always the same, so that equal models give equal
 /// archives.
@@ -276,8 +240,10 @@ std::optional<std::string> readArchive(const std::string& file, const std::funct
 }
 
 void writeArchive(const std::string& target, std::string_view text) {
-    PendingFile pending(target);
-    zlib_filefunc64_def functions = functionsOn(pending.get());
+    VN_SDAI::VnSafeFile pending(target);
+    if (!pending.stream())
+        failToWrite(target, pending);
+    zlib_filefunc64_def functions = functionsOn(pending.stream());
     const zipFile archive = zipOpen2_64("", APPEND_STATUS_CREATE, nullptr, &functions);
     const std::string name = fs::path(target).stem().string() + ".ifc";
     bool good = archive && beginEntry(archive, name, text.size());
@@ -286,9 +252,8 @@ void writeArchive(const std::string& target, std::string_view text) {
     // An archive that is open must be closed, whatever happened before.
     good = good && zipCloseFileInZip(archive) == ZIP_OK;
     good = archive && zipClose(archive, nullptr) == ZIP_OK && good;
-    if (!good)
-        pending.fail();
-    pending.commit();
+    if (!good || !pending.commit())
+        failToWrite(target, pending);
 }
 
 } // namespace vnifc

@@ -29,8 +29,6 @@ std::uint64_t physicalMemory() noexcept {
     return ::GlobalMemoryStatusEx(&status) ? status.ullTotalPhys : 0;
 }
 
-int processNumber() noexcept { return ::_getpid(); }
-
 bool isTerminal() noexcept { return ::_isatty(2) != 0; }
 
 std::int64_t tellIn(std::FILE* file) noexcept { return ::_ftelli64(file); }
@@ -38,8 +36,6 @@ std::int64_t tellIn(std::FILE* file) noexcept { return ::_ftelli64(file); }
 bool seekIn(std::FILE* file, std::int64_t offset, int origin) noexcept {
     return ::_fseeki64(file, offset, origin) == 0;
 }
-
-bool bringToDisk(std::FILE* file) noexcept { return std::fflush(file) == 0 && ::_commit(::_fileno(file)) == 0; }
 
 #else
 
@@ -59,15 +55,11 @@ std::uint64_t physicalMemory() noexcept {
     return static_cast<std::uint64_t>(::sysconf(_SC_PHYS_PAGES)) * static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
 }
 
-int processNumber() noexcept { return ::getpid(); }
-
 bool isTerminal() noexcept { return ::isatty(STDERR_FILENO) == 1; }
 
 std::int64_t tellIn(std::FILE* file) noexcept { return ::ftello(file); }
 
 bool seekIn(std::FILE* file, std::int64_t offset, int origin) noexcept { return ::fseeko(file, offset, origin) == 0; }
-
-bool bringToDisk(std::FILE* file) noexcept { return std::fflush(file) == 0 && ::fsync(::fileno(file)) == 0; }
 
 #endif
 

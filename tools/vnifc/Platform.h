@@ -10,18 +10,12 @@ std::uint64_t peakMemory() noexcept;
 /// The memory of the machine, in bytes.
 std::uint64_t physicalMemory() noexcept;
 
-/// A number that no other running process has.
-int processNumber() noexcept;
-
 /// Standard error is read by a person.
 bool isTerminal() noexcept;
 
 /// The position in a file; negative where there is none, as in a pipe.
 std::int64_t tellIn(std::FILE* file) noexcept;
 bool seekIn(std::FILE* file, std::int64_t offset, int origin) noexcept;
-
-/// Leaves nothing of a file that is written in memory only.
-bool bringToDisk(std::FILE* file) noexcept;
 
 /// True when standard input is a pipe and this its next byte, which stays there. Waits for it. False where the system
 /// does not tell.

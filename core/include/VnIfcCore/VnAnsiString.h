@@ -79,6 +79,8 @@ public:
     const char* constStr() const noexcept { return m_text; }
     std::uint32_t length() const noexcept { return head().length; }
     bool isEmpty() const noexcept { return length() == 0; }
+    /// Where the characters lie.
+    VnStorage storage() const noexcept { return head().storage; }
     std::string_view view() const noexcept { return {m_text, length()}; }
     operator std::string_view() const noexcept { return view(); }
     void clear() noexcept { VnAnsiString().swap(*this); }

@@ -52,6 +52,8 @@ public:
     virtual bool isKindOf(const char* name) const = 0;
     /// Takes this instance out of the inverse attributes that it was entered into.
     virtual void leaveInverseCounterParts();
+    /// Classifies the instances that the selects of this one hold (VnIfcSelect::settle), once all instances are there.
+    virtual void settleSelects();
     /// The globally unique identifier; null for classes that have none.
     virtual const VnIfcGUID* globalId() const noexcept;
     /// Reports what is wrong with the instance's values.
@@ -76,9 +78,9 @@ protected:
     VnIfcEntityBase() noexcept = default;
     /// A copy belongs to no model; assignment leaves identity alone, and changes all attributes.
     VnIfcEntityBase(const VnIfcEntityBase&) noexcept {}
-    VnIfcEntityBase& operator=(const VnIfcEntityBase&) noexcept {
-        if (!m_id.isNull() && m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
-            dropAllKept();
+    VnIfcEntityBase& operator=(const VnIfcEntityBase& other) noexcept {
+        if (this != &other)
+            allTouched();
         return *this;
     }
 
@@ -86,6 +88,11 @@ protected:
     void touched(unsigned position) noexcept {
         if (!m_id.isNull() && m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
             dropKept(position);
+    }
+    /// As touched, for all attributes.
+    void allTouched() noexcept {
+        if (!m_id.isNull() && m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
+            dropAllKept();
     }
 
 private:

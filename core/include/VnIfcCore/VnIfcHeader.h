@@ -28,7 +28,11 @@ public:
     std::vector<std::string> schemas() const { return strings("FILE_SCHEMA", 0); }
     /// Replaces or adds an entry.
     void set(std::string_view keyword, std::string parameters);
-    /// The three entries that the standard requires, for a new model; names are UTF-8, the time stamp is ISO 8601.
+    /// Now, as ISO 8601 in universal time: "2024-02-29T12:00:00Z".
+    static std::string timeStamp();
+    /// The three entries that the standard requires, for a new model: the version of this library is named as
+    /// preprocessor. Names are UTF-8, the time stamp is ISO 8601. A model without any entries is written with those of
+    /// its schema and of the moment.
     static VnIfcHeader standard(std::string_view schema, std::string_view fileName, std::string_view timeStamp);
 
 private:

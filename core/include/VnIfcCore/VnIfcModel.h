@@ -31,8 +31,14 @@ struct VnIfcReadOptions {
 };
 
 struct VnIfcWriteOptions {
+    /// What cannot be written as it is held: "foreign-reference", "not-finite" (errors, written "$") and "text" (a
+    /// warning: bytes that are no exchange text, written as they are). None: findings are only counted.
+    VnIfcDiagnosticSink diagnostics;
     VnIfcProgress progress;
     unsigned threads = 0; ///< 0: as many as the machine has
+    /// Writes the strings that are no exchange text (ISO 10303-21, 6.4.3), raw UTF-8 or a backslash that begins no
+    /// directive say, encoded as vnEncodeText does.
+    bool encodeText = false;
 };
 
 /// What an operation on a file came to.
@@ -118,8 +124,8 @@ public:
     VnIfcFileResult readText(std::string_view text, const VnIfcReadOptions& options = {});
     /// Writes the header and all instances in ascending order. The file is complete or, on failure, as it was before.
     VnIfcFileResult writeFile(const std::filesystem::path& path, const VnIfcWriteOptions& options = {}) const;
-    /// As writeFile, into memory.
-    std::string writeText(const VnIfcWriteOptions& options = {}) const;
+    /// As writeFile, into memory. `result`, if given, tells what writeFile tells.
+    std::string writeText(const VnIfcWriteOptions& options = {}, VnIfcFileResult* result = nullptr) const;
 
     struct Data;
     /// For the core's own parts.

@@ -31,10 +31,10 @@ public:
 protected:
     /// Finds the member that an instance belongs to; false when it belongs to none.
     virtual bool setHandleD(const VnDbObjectId& handle) = 0;
-    /// Takes a handle from a file; it is classified when somebody asks.
+    /// Takes a handle from a file; it is classified when all instances are there.
     virtual void setHandleOnLoad(const VnDbObjectId& handle);
     /// Classifies a handle taken from a file.
-    virtual void refreshSelectHandle() const;
+    virtual void refreshSelectHandle();
     /// Forgets which member is chosen.
     virtual void unset() = 0;
     /// Reads, or writes, a value that the core leaves to the select; 18 when it is none of those.
@@ -69,6 +69,9 @@ public:
     VnDbObjectId getHandle() const noexcept {
         return m_kind == VnTypeCodeKind::kEntity ? m_value.handle : VnDbObjectId();
     }
+    /// Classifies an instance that was taken from a file before all instances were there. What reads and copies
+    /// instances does that in the end, so that asking changes nothing.
+    void settle() { refreshSelectHandle(); }
     /// Drops value and choice.
     void nullify();
 

@@ -26,6 +26,13 @@ enum class VnSpfProblem : std::uint8_t {
     kNotRead,    ///< a value that the schema library leaves unread by design
 };
 
+/// Why a value could not be written as it is held.
+enum class VnSpfUnwritable : std::uint8_t {
+    kForeignReference, ///< an instance of another model, whose number means another one here; "$" is written
+    kNotFinite,        ///< an infinite number; "$" is written
+    kNoText,           ///< bytes that are no exchange text; they are written as they are
+};
+
 /// Position in the bytes of a parameter list. Behind the bytes there must be 64 NULs that are not part of them: whole
 /// vectors are read, up to the end of the one that holds the last byte.
 class VNIFC_API VnSpfReadHelper {
@@ -153,6 +160,8 @@ protected:
     virtual VnIfcInstanceSlot* slotOf(std::uint64_t number) = 0;
     /// A parameter that does not fit, with the text of the whole parameter.
     virtual void onMisfit(unsigned position, VnSpfProblem problem, const char* begin, const char* end);
+    /// A value that cannot be written as it is held, at m_position.
+    virtual void onUnwritable(VnSpfUnwritable why);
     /// A position of the list begins, while the filer is watched.
     virtual void watchField(unsigned position);
 
@@ -177,7 +186,11 @@ protected:
     void write(std::string_view text);
     void writeNumber(std::uint64_t number);
 
+    const VnIfcModel* m_home = nullptr; ///< when writing, the model that references must be of; null: any
+    bool m_encodesText = false;         ///< writes what is no exchange text encoded
     bool m_watched = false;
+    /// Set when a select took an instance, which it classifies when all instances are there.
+    bool m_tookPending = false;
     unsigned m_position = 0;
 
 private:
@@ -214,6 +227,7 @@ private:
         return m_out;
     }
     void writeString(std::string_view text);
+    bool writeExchangeText(std::string_view text);
     void writeReal(double value);
     void writeInteger(std::int64_t value);
 

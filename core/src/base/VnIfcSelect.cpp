@@ -29,9 +29,21 @@ void VnIfcSelect::copyValue(const VnIfcSelect& other) {
 }
 
 void VnIfcSelect::moveValue(VnIfcSelect& other) noexcept {
-    // Every value is one relocatable word, so taking it over is copying it and forgetting it there.
-    m_value.number = other.m_value.number;
     m_kind = other.m_kind;
+    if (other.isText() && other.m_value.string.storage() == VnStorage::kArena && !VnIfcArenaScope::current()) {
+        // What lies in the arena of a model is copied, as VnIfcAggr does: it may outlive the model.
+        try {
+            new (&m_value.string) VnAnsiString(other.m_value.string);
+        } catch (const std::bad_alloc&) {
+            m_value.number = other.m_value.number; // good as long as the model
+        }
+    } else if (m_kind == VnTypeCodeKind::kAggregation) {
+        new (&m_value.aggregate) VnIfcAggr(std::move(other.m_value.aggregate));
+        other.m_value.aggregate.~VnIfcAggr();
+    } else {
+        // Every value is one relocatable word, so taking it over is copying it and forgetting it there.
+        m_value.number = other.m_value.number;
+    }
     other.m_value.number = 0;
     other.m_kind = VnTypeCodeKind::kNone;
 }
@@ -112,10 +124,9 @@ bool VnIfcSelect::setHandle(const VnDbObjectId& handle) {
 
 void VnIfcSelect::setHandleOnLoad(const VnDbObjectId& handle) { holdHandle(handle); }
 
-void VnIfcSelect::refreshSelectHandle() const {
-    // Classifying changes what is known of the value, not the value.
+void VnIfcSelect::refreshSelectHandle() {
     if (m_kind == VnTypeCodeKind::kEntity)
-        const_cast<VnIfcSelect*>(this)->setHandleD(m_value.handle);
+        setHandleD(m_value.handle);
 }
 
 void VnIfcSelect::nullify() {
@@ -144,6 +155,8 @@ bool VnIfcSelect::hasValue() const noexcept {
         return m_value.number < VnIfcLogical::Unset;
     case VnTypeCodeKind::kEnumeration:
         return m_value.number < chosenLiteralCount();
+    case VnTypeCodeKind::kAggregation:
+        return !m_value.aggregate.isNil();
     default:
         return true;
     }

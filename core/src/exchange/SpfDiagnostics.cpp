@@ -124,8 +124,15 @@ std::string shown(const char* begin, const char* end) {
     return length > kShown ? text + "..." : text;
 }
 
-/// The explicit attribute at a position of the parameter list; null beyond its end.
-const VnIfcAttributeDefinition* attributeAt(const VnIfcEntityType* type, unsigned position) {
+VnIfcDiagnostic::Severity severityOf(Grade grade, bool strict) noexcept {
+    if (grade == kInfo)
+        return VnIfcDiagnostic::kInfo;
+    return grade == kError || (grade == kTolerated && strict) ? VnIfcDiagnostic::kError : VnIfcDiagnostic::kWarning;
+}
+
+} // namespace
+
+const VnIfcAttributeDefinition* spfAttributeAt(const VnIfcEntityType* type, unsigned position) {
     if (!type)
         return nullptr;
     for (const VnIfcAttributeDefinition* attribute : type->allAttributes()) {
@@ -136,14 +143,6 @@ const VnIfcAttributeDefinition* attributeAt(const VnIfcEntityType* type, unsigne
     }
     return nullptr;
 }
-
-VnIfcDiagnostic::Severity severityOf(Grade grade, bool strict) noexcept {
-    if (grade == kInfo)
-        return VnIfcDiagnostic::kInfo;
-    return grade == kError || (grade == kTolerated && strict) ? VnIfcDiagnostic::kError : VnIfcDiagnostic::kWarning;
-}
-
-} // namespace
 
 SpfDiagnostics::SpfDiagnostics(std::string file, const char* begin, const char* end, const VnIfcReadOptions& options,
                                VnIfcFileResult& result)
@@ -220,7 +219,7 @@ void SpfDiagnostics::report(const SpfRemark& remark) {
         const bool ofAttribute = remark.kind == SpfRemark::kProblem || remark.kind == SpfRemark::kBareList ||
                                  remark.kind == SpfRemark::kEqualElements || remark.kind == SpfRemark::kDangling ||
                                  remark.kind == SpfRemark::kTooFew;
-        if (const auto* attribute = ofAttribute ? attributeAt(remark.type, remark.position) : nullptr)
+        if (const auto* attribute = ofAttribute ? spfAttributeAt(remark.type, remark.position) : nullptr)
             diagnostic.attribute = attribute->name();
     }
     send(std::move(diagnostic), remark.begin);

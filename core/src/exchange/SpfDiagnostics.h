@@ -6,6 +6,9 @@
 
 namespace VN_SDAI {
 
+/// The explicit attribute at a position of the parameter list; null past its end.
+const VnIfcAttributeDefinition* spfAttributeAt(const VnIfcEntityType* type, unsigned position);
+
 /// Turns what scanner and readers noticed into diagnostics with places. Findings must come in the order of the text.
 class SpfDiagnostics {
 public:

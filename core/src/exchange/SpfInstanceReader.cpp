@@ -64,7 +64,10 @@ void SpfInstanceReader::read(std::string_view text, VnIfcInstanceSlot* slot) {
         return readForeign(text, keyword, open);
     VnIfcEntityBase* object = m_type->create();
     m_data.place(slot, object, VnIfcArenaScope::current() != nullptr);
+    m_tookPending = false;
     readFields(*object, open + 1, end);
+    if (m_tookPending)
+        m_pending.push_back(object);
 }
 
 void SpfInstanceReader::readFields(VnIfcEntityBase& instance, const char* begin, const char* end) {
@@ -156,6 +159,8 @@ void SpfInstanceReader::onMisfit(unsigned position, VnSpfProblem problem, const 
     m_remarks.back().problem = problem;
     if (problem == VnSpfProblem::kMissingComma)
         return;
+    if (m_current.find(position)) // something in it was taken in other words before the fault was seen
+        m_current.drop(position);
     m_current.parameters.push_back({position, std::string(begin, end), {}});
 }
 

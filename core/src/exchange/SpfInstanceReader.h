@@ -46,6 +46,8 @@ public:
     /// instance lives there.
     void read(std::string_view text, VnIfcInstanceSlot* slot);
 
+    /// Instances whose selects are to be settled when all instances are there.
+    std::vector<VnIfcEntityBase*>& pending() noexcept { return m_pending; }
     std::vector<SpfRemark>& remarks() noexcept { return m_remarks; }
     std::vector<std::pair<VnIfcInstanceSlot*, KeptParameters>>& kept() noexcept { return m_kept; }
 
@@ -73,6 +75,7 @@ private:
     KeptParameters m_current;
     SpfFieldWriter m_writer;
     std::array<const VnIfcEntityType*, 256> m_types{}; // those looked up last
+    std::vector<VnIfcEntityBase*> m_pending;
     std::vector<SpfRemark> m_remarks;
     std::vector<std::pair<VnIfcInstanceSlot*, KeptParameters>> m_kept;
 };

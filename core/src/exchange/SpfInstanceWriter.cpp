@@ -13,6 +13,7 @@ bool isUnset(std::string_view text) noexcept { return text == "$" || text == "()
 void SpfFieldWriter::write(const VnIfcEntityBase& instance) {
     clearOutput();
     m_starts.clear();
+    m_unwritable.clear();
     m_watched = true;
     instance._outFields(this);
 }
@@ -36,6 +37,7 @@ void SpfInstanceWriter::write(const VnIfcInstanceSlot* slot) {
 }
 
 void SpfInstanceWriter::writeBody(const VnIfcInstanceSlot* slot) {
+    m_slot = slot;
     const VnIfcEntityBase* instance = slot->object();
     const VnIfcEntityType* type = instance->getInstanceType();
     if (!type)
@@ -69,8 +71,11 @@ void SpfInstanceWriter::writeWithKept(const VnIfcEntityBase& instance, const Kep
             wrChar(',');
         const std::string_view written = m_fields.parameter(position);
         const KeptParameters::Parameter* parameter = kept.find(position);
-        VnSpfFilerBase::write(parameter && parameter->writtenAs == written ? std::string_view(parameter->text)
-                                                                           : written);
+        const bool isKept = parameter && parameter->writtenAs == written;
+        VnSpfFilerBase::write(isKept ? std::string_view(parameter->text) : written);
+        for (const auto& [where, why] : m_fields.unwritable())
+            if (!isKept && where == position)
+                m_remarks.push_back({m_slot, position, why});
     }
     VnSpfFilerBase::write(kept.surplus);
 }

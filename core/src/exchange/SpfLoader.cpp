@@ -45,6 +45,7 @@ public:
             m_result.message = "cancelled";
             return;
         }
+        settleSelects();
         report();
         reportFindings(nullptr);
         m_data.count = m_count;
@@ -164,6 +165,15 @@ private:
             readBlock(*m_readers[worker], *m_data.arenas[worker], block);
             if (worker == 0)
                 report();
+            return true;
+        });
+    }
+
+    /// Now that all instances are there, so that asking a select changes nothing: several threads may ask.
+    void settleSelects() {
+        shareWork(m_readers.size(), static_cast<unsigned>(m_readers.size()), {}, [&](unsigned, std::size_t reader) {
+            for (VnIfcEntityBase* instance : m_readers[reader]->pending())
+                instance->settleSelects();
             return true;
         });
     }

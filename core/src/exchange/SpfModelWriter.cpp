@@ -1,22 +1,15 @@
+#include "SpfDiagnostics.h"
 #include "SpfInstanceWriter.h"
 #include "WorkSharing.h"
 
+#include <VnIfcCore/VnIfcEntityType.h>
 #include <VnIfcCore/VnIfcSchema.h>
+#include <VnIfcCore/VnSafeFile.h>
 
-#include <cerrno>
 #include <condition_variable>
-#include <cstdio>
 #include <cstring>
 #include <system_error>
 #include <utility>
-
-#if defined(_WIN32)
-#include <io.h>
-#include <process.h>
-#else
-#include <fcntl.h>
-#include <unistd.h>
-#endif
 
 namespace VN_SDAI {
 
@@ -28,7 +21,7 @@ std::string headerText(const VnIfcModel& model) {
     std::string text = "ISO-10303-21;\nHEADER;\n";
     const bool isEmpty = model.header().entries().empty();
     const VnIfcHeader standard =
-        isEmpty ? VnIfcHeader::standard(model.schema()->name().view(), "", "1970-01-01T00:00:00") : VnIfcHeader();
+        isEmpty ? VnIfcHeader::standard(model.schema()->name().view(), "", VnIfcHeader::timeStamp()) : VnIfcHeader();
     for (const VnIfcHeader::Entry& entry : (isEmpty ? standard : model.header()).entries())
         text += entry.keyword + '(' + entry.parameters + ");\n";
     return text + "ENDSEC;\nDATA;\n";
@@ -80,9 +73,58 @@ private:
     bool m_failed = false;
 };
 
-/// Writes the model piece by piece, in order. `sink` answers false to stop. False when it or the host stopped.
+constexpr const char* codeOf(VnSpfUnwritable why) noexcept {
+    switch (why) {
+    case VnSpfUnwritable::kForeignReference:
+        return "foreign-reference";
+    case VnSpfUnwritable::kNotFinite:
+        return "not-finite";
+    default:
+        return "text";
+    }
+}
+
+VnIfcDiagnostic diagnosticOf(const SpfWriteRemark& remark) {
+    VnIfcDiagnostic diagnostic;
+    const bool isText = remark.why == VnSpfUnwritable::kNoText;
+    diagnostic.severity = isText ? VnIfcDiagnostic::kWarning : VnIfcDiagnostic::kError;
+    diagnostic.code = codeOf(remark.why);
+    diagnostic.instance = remark.slot->number;
+    const VnIfcEntityType* type = remark.slot->object()->getInstanceType();
+    diagnostic.keyword = type->name();
+    if (const VnIfcAttributeDefinition* attribute = spfAttributeAt(type, remark.position))
+        diagnostic.attribute = attribute->name();
+    switch (remark.why) {
+    case VnSpfUnwritable::kForeignReference:
+        diagnostic.found = "an instance of another model";
+        diagnostic.expected = "one of this model; $ is written";
+        break;
+    case VnSpfUnwritable::kNotFinite:
+        diagnostic.found = "an infinite number";
+        diagnostic.expected = "a number that a file can hold; $ is written";
+        break;
+    case VnSpfUnwritable::kNoText:
+        diagnostic.found = "bytes that are no exchange text";
+        diagnostic.expected = "printable ASCII, other characters and backslashes as vnEncodeText writes them";
+        break;
+    }
+    return diagnostic;
+}
+
+/// Tells what could not be written as it is held, in the order of the file.
+void report(const std::vector<std::vector<SpfWriteRemark>>& remarks, const VnIfcWriteOptions& options,
+            VnIfcFileResult& result) {
+    for (const std::vector<SpfWriteRemark>& block : remarks)
+        for (const SpfWriteRemark& remark : block) {
+            ++(remark.why == VnSpfUnwritable::kNoText ? result.warnings : result.errors);
+            if (options.diagnostics)
+                options.diagnostics(diagnosticOf(remark));
+        }
+}
+
+/// Writes the model piece by piece, in order. `sink` returns false to stop. False when it or the host stopped.
 template <class Sink>
-bool writeModel(const VnIfcModel& model, const VnIfcWriteOptions& options, Sink sink) {
+bool writeModel(const VnIfcModel& model, const VnIfcWriteOptions& options, VnIfcFileResult& result, Sink sink) {
     std::vector<const VnIfcInstanceSlot*> slots;
     slots.reserve(model.count());
     for (const VnIfcInstanceSlot* slot : model.data().ordered())
@@ -94,7 +136,8 @@ bool writeModel(const VnIfcModel& model, const VnIfcWriteOptions& options, Sink 
     const unsigned threads = threadsFor(options.threads, blocks);
     std::vector<std::unique_ptr<SpfInstanceWriter>> writers;
     for (unsigned i = 0; i < threads; ++i)
-        writers.push_back(std::make_unique<SpfInstanceWriter>(model.data()));
+        writers.push_back(std::make_unique<SpfInstanceWriter>(model.data(), options.encodeText));
+    std::vector<std::vector<SpfWriteRemark>> remarks(blocks);
     // Each worker formats a block of its own and then waits for its turn, so that one formats while another writes.
     OrderedSink<Sink> ordered(sink);
     const bool done = shareWork(blocks, threads, options.progress, [&](unsigned worker, std::size_t block) {
@@ -104,87 +147,13 @@ bool writeModel(const VnIfcModel& model, const VnIfcWriteOptions& options, Sink 
             const std::size_t last = std::min(slots.size(), (block + 1) * kBlock);
             for (std::size_t i = block * kBlock; i < last; ++i)
                 writer.write(slots[i]);
+            remarks[block] = std::exchange(writer.remarks(), {});
             return writer.text();
         });
     });
+    report(remarks, options, result);
     return done && sink(kEnd);
 }
-
-/// A file that takes its name only when it is complete.
-class PendingFile {
-public:
-    explicit PendingFile(const std::filesystem::path& target) : m_target(target) {
-        std::error_code error;
-        // A link stays a link, and the file behind it is replaced.
-        if (std::filesystem::is_symlink(target, error))
-            m_target = std::filesystem::canonical(target, error);
-        if (error)
-            m_target = target;
-        m_path = m_target;
-        m_path += ".part" + std::to_string(::getpid());
-        m_file = std::fopen(m_path.string().c_str(), "wb");
-        m_error = m_file ? 0 : errno;
-        if (m_file)
-            std::setvbuf(m_file, nullptr, _IONBF, 0); // pieces are large
-    }
-    ~PendingFile() {
-        if (!m_file)
-            return;
-        std::fclose(m_file);
-        std::remove(m_path.string().c_str());
-    }
-    PendingFile(const PendingFile&) = delete;
-    PendingFile& operator=(const PendingFile&) = delete;
-
-    bool write(std::string_view text) {
-        if (!m_file)
-            return false;
-        if (std::fwrite(text.data(), 1, text.size(), m_file) != text.size()) {
-            m_error = errno;
-            return false;
-        }
-#if defined(__linux__)
-        // Begins to bring it to the disk while the rest is being made, so that little is left to wait for at the end.
-        ::sync_file_range(::fileno(m_file), static_cast<off_t>(m_written), static_cast<off_t>(text.size()),
-                          SYNC_FILE_RANGE_WRITE);
-#endif
-        m_written += text.size();
-        return true;
-    }
-    bool commit() {
-        std::FILE* file = std::exchange(m_file, nullptr);
-        bool good = std::fflush(file) == 0;
-#if !defined(_WIN32)
-        good = good && ::fsync(::fileno(file)) == 0;
-#endif
-        if (!good)
-            m_error = errno;
-        if (std::fclose(file) != 0 && good) {
-            good = false;
-            m_error = errno;
-        }
-        std::error_code error;
-        if (good) {
-            const auto permissions = std::filesystem::status(m_target, error).permissions();
-            if (!error && std::filesystem::exists(m_target))
-                std::filesystem::permissions(m_path, permissions, error);
-            std::filesystem::rename(m_path, m_target, error);
-            if (!error)
-                return true;
-            m_error = error.value();
-        }
-        std::remove(m_path.string().c_str());
-        return false;
-    }
-    int error() const noexcept { return m_error; }
-
-private:
-    std::filesystem::path m_target;
-    std::filesystem::path m_path;
-    std::FILE* m_file = nullptr;
-    std::uint64_t m_written = 0;
-    int m_error = 0;
-};
 
 } // namespace
 
@@ -197,12 +166,12 @@ VnIfcFileResult VnIfcModel::writeFile(const std::filesystem::path& path, const V
         result.message = "it is no regular file";
         return result;
     }
-    PendingFile file(path);
+    VnSafeFile file(path);
     const auto sink = [&](std::string_view text) {
         result.bytes += text.size();
         return file.write(text);
     };
-    const bool written = file.error() == 0 && writeModel(*this, options, sink);
+    const bool written = file.error() == 0 && writeModel(*this, options, result, sink);
     if (written && file.commit())
         return result;
     result.status = file.error() != 0 ? VN::eCannotWrite : VN::eCancelled;
@@ -210,12 +179,20 @@ VnIfcFileResult VnIfcModel::writeFile(const std::filesystem::path& path, const V
     return result;
 }
 
-std::string VnIfcModel::writeText(const VnIfcWriteOptions& options) const {
+std::string VnIfcModel::writeText(const VnIfcWriteOptions& options, VnIfcFileResult* result) const {
     std::string text;
-    writeModel(*this, options, [&](std::string_view piece) {
+    VnIfcFileResult told;
+    const bool written = writeModel(*this, options, told, [&](std::string_view piece) {
         text += piece;
         return true;
     });
+    told.bytes = text.size();
+    if (!written) {
+        told.status = VN::eCancelled;
+        told.message = "cancelled";
+    }
+    if (result)
+        *result = std::move(told);
     return text;
 }
 

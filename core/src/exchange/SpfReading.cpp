@@ -161,6 +161,7 @@ std::string_view VnSpfFilerBase::parameterText() const noexcept {
 
 void VnSpfFilerBase::onMisfit(unsigned, VnSpfProblem, const char*, const char*) {}
 void VnSpfFilerBase::watchField(unsigned) {}
+void VnSpfFilerBase::onUnwritable(VnSpfUnwritable) {}
 void VnSpfFilerBase::notify(int, int) {}
 
 bool VnSpfFilerBase::openAggregate(bool separated, bool isBinary) {
@@ -506,6 +507,7 @@ bool VnSpfFilerBase::readSelectValue(VnIfcSelect& value) {
         if (!readReference(handle))
             return false;
         value.setHandleOnLoad(handle);
+        m_tookPending = true;
         return true;
     }
     return spf::isLetter(c) && readTypedValue(value);

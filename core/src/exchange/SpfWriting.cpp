@@ -1,6 +1,8 @@
 #include "SpfScan.h"
 
+#include <VnIfcCore/VnIfcModel.h>
 #include <VnIfcCore/VnIfcSelect.h>
+#include <VnIfcCore/VnIfcText.h>
 #include <VnIfcCore/VnSpfFilerBase.h>
 
 #include <array>
@@ -130,8 +132,11 @@ void VnSpfFilerBase::writeInteger(std::int64_t value) {
 
 /// The shortest text that reads back the same, with the point that a real must have (ISO 10303-21, 6.4.2).
 void VnSpfFilerBase::writeReal(double value) {
-    if (!std::isfinite(value))
+    if (!std::isfinite(value)) {
+        if (std::isinf(value))
+            onUnwritable(VnSpfUnwritable::kNotFinite);
         return wrChar('$');
+    }
     char* const first = reserve(kNumberSpace);
     if (char* const end = putShortReal(first, value)) {
         m_out = end;
@@ -154,17 +159,31 @@ void VnSpfFilerBase::writeReal(double value) {
     m_out = last;
 }
 
-/// Apostrophes are doubled but for those that a `\S\` directive consumes. A `\S\` at the very end would consume the
-/// closing one, so its first backslash is escaped.
 void VnSpfFilerBase::writeString(std::string_view text) {
+    const auto before = m_out - m_outBegin;
+    if (writeExchangeText(text))
+        return;
+    if (m_encodesText) {
+        m_out = m_outBegin + before;
+        if (writeExchangeText(vnEncodeText(vnDecodeText(text).text)))
+            return;
+    }
+    onUnwritable(VnSpfUnwritable::kNoText);
+}
+
+/// Apostrophes are doubled but for those that a `\S\` directive consumes. A `\S\` at the very end would consume the
+/// closing one, so its first backslash is escaped. False when the text has bytes other than printable ASCII, or a
+/// backslash that begins no directive; it is written all the same.
+bool VnSpfFilerBase::writeExchangeText(std::string_view text) {
     char* to = reserve(2 * text.size() + 4);
     *to++ = '\'';
     const char* from = text.data();
     const char* const end = from + text.size();
+    bool isRaw = false;
     while (from < end) {
         const char* special = from;
-        while (special < end && *special != '\'' && *special != '\\')
-            ++special;
+        for (; special < end && *special != '\'' && *special != '\\'; ++special)
+            isRaw |= *special < ' ' || *special > '~';
         to = copyShort(to, from, static_cast<std::size_t>(special - from));
         if ((from = special) == end)
             break;
@@ -175,12 +194,18 @@ void VnSpfFilerBase::writeString(std::string_view text) {
         }
         if (end - from == 3 && from[1] == 'S' && from[2] == '\\')
             *to++ = '\\';
-        const std::size_t length = spf::backslashLength(from, end);
+        std::size_t length = spf::backslashLength(from, end);
+        if (length == 1) {
+            const bool isByte = end - from >= 5 && from[1] == 'X' && from[2] == '\\';
+            isRaw |= !isByte;
+            length = isByte ? 3 : 1;
+        }
         to = std::copy_n(from, length, to);
         from += length;
     }
     *to++ = '\'';
     m_out = to;
+    return !isRaw;
 }
 
 // ---- attributes
@@ -258,6 +283,10 @@ void VnSpfFilerBase::wrPrimitive(const int& value) {
 void VnSpfFilerBase::wrPrimitive(const VnDbObjectId& value) {
     if (value.isNull() || value.isErased())
         return wrChar('$');
+    if (m_home && value.model() != m_home) {
+        onUnwritable(VnSpfUnwritable::kForeignReference);
+        return wrChar('$');
+    }
     wrChar('#');
     writeNumber(value.number());
 }

@@ -4,6 +4,8 @@
 #include <VnIfcCore/VnIfcText.h>
 
 #include <algorithm>
+#include <chrono>
+#include <ctime>
 
 namespace VN_SDAI {
 
@@ -80,6 +82,18 @@ void VnIfcHeader::set(std::string_view keyword, std::string parameters) {
         return;
     }
     m_entries.push_back({std::string(keyword), std::move(parameters)});
+}
+
+std::string VnIfcHeader::timeStamp() {
+    const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
+    std::tm fields{};
+#if defined(_WIN32)
+    gmtime_s(&fields, &now);
+#else
+    gmtime_r(&now, &fields);
+#endif
+    char text[32];
+    return std::string(text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &fields));
 }
 
 VnIfcHeader VnIfcHeader::standard(std::string_view schema, std::string_view fileName, std::string_view timeStamp) {

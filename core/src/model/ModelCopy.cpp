@@ -73,6 +73,7 @@ public:
         VnIfcInstanceSlot* result = counterpart(source);
         for (std::size_t i = 0; i < m_pending.size(); ++i)
             fill(m_pending[i].first, m_pending[i].second);
+        settle();
         return VnDbObjectId(result);
     }
 
@@ -82,10 +83,17 @@ public:
         SpfInstanceWriter writer(source->model()->data());
         writer.writeBody(source);
         read(writer.text(), result);
+        settle();
         return VnDbObjectId(result);
     }
 
 private:
+    void settle() {
+        for (VnIfcEntityBase* instance : m_reader.pending())
+            instance->settleSelects();
+        m_reader.pending().clear();
+    }
+
     VnIfcInstanceSlot* newSlot(VnIfcInstanceSlot* source) {
         VnIfcInstanceSlot* slot = m_target.slotForInstance(m_target.nextNumber());
         m_copies.emplace_back(VnDbObjectId(source), VnDbObjectId(slot));

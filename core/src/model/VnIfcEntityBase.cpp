@@ -32,6 +32,7 @@ VN::ErrorStatus VnIfcEntityBase::_outFields(VnSpfFilerBase* filer) const { retur
 void VnIfcEntityBase::setInverseCounterParts() {}
 void VnIfcEntityBase::resetInverseCounterParts() {}
 void VnIfcEntityBase::leaveInverseCounterParts() {}
+void VnIfcEntityBase::settleSelects() {}
 bool VnIfcEntityBase::testAttrCaseInsensitive(const VnAnsiString& name) const { return testAttr(name); }
 void VnIfcEntityBase::unsetAttrCaseInsensitive(const VnAnsiString& name) { unsetAttr(name); }
 bool VnIfcEntityBase::_getAttr(const VnAnsiString& name, VnIfcVariant& value) const { return getAttr(name, value); }

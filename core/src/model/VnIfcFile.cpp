@@ -3,8 +3,6 @@
 #include <VnIfcCore/VnIfcFile.h>
 #include <VnIfcCore/VnIfcSchema.h>
 
-#include <chrono>
-#include <ctime>
 #include <stdexcept>
 
 namespace VN_SDAI {
@@ -24,19 +22,6 @@ const VnIfcRelease& releaseNamed(std::string_view name) {
     for (const VnIfcRelease& release : vnIfcReleases())
         known.append(known.empty() ? "" : ", ").append(release.name);
     throw NoRelease("expected one of the releases " + known + ", found \"" + std::string(name) + '"');
-}
-
-/// Now, as ISO 8601 in universal time.
-std::string timeStamp() {
-    const std::time_t now = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
-    std::tm fields{};
-#if defined(_WIN32)
-    gmtime_s(&fields, &now);
-#else
-    gmtime_r(&now, &fields);
-#endif
-    char text[32];
-    return std::string(text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &fields));
 }
 
 VnModule use(const VnIfcRelease& release) {
@@ -116,7 +101,7 @@ VnIfcFile vnCreateFile(std::string_view release) {
         file.m_release = &releaseNamed(release);
         file.m_module.emplace(use(*file.m_release));
         file.m_model = std::make_unique<VnIfcModel>(file.m_module->schema());
-        file.m_model->header() = VnIfcHeader::standard(file.m_release->name, "", timeStamp());
+        file.m_model->header() = VnIfcHeader::standard(file.m_release->name, "", VnIfcHeader::timeStamp());
     } catch (const NoRelease& reason) {
         file.m_release = nullptr;
         file.m_result.status = VN::eNotFound;

@@ -123,6 +123,7 @@ public:
     bool isInstanceOf(const char* name) const override;
     bool isKindOf(const VnIfcEntityType* type) const override;
     bool isKindOf(const char* name) const override;
+    void settleSelects() override;
     const VnIfcGUID* globalId() const noexcept override;
     void check(VnIfcCheck& check) const override;
 

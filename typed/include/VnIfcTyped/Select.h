@@ -115,7 +115,7 @@ protected:
 
     bool setHandleD(const VnDbObjectId& handle) override;
     void setHandleOnLoad(const VnDbObjectId& handle) override;
-    void refreshSelectHandle() const override;
+    void refreshSelectHandle() override;
     void unset() override;
     VN::ErrorStatus readTypedField(const VnAnsiString& typeName, VnSpfFilerBase* filer) override;
     VN::ErrorStatus writeTypedField(VnSpfFilerBase* filer) const override;
@@ -125,7 +125,9 @@ protected:
     std::uint32_t chosenLiteralCount() const noexcept override;
 
     void setDiscriminator(std::int32_t code) noexcept { m_discriminator = code; }
-    bool is(std::int32_t code) const noexcept { return discriminatorAfterRefresh() == code; }
+    bool is(std::int32_t code) const noexcept {
+        return m_discriminator == code || (isPending() && memberOf(getHandle()) == code);
+    }
     /// Chooses a member that is no entity, without giving it a value; 18 for any other code.
     VN::ErrorStatus chooseType(std::int32_t code);
     void setInstance(const VnIfcEntityBase* instance);
@@ -150,13 +152,13 @@ private:
     friend bool assignSelect(VnIfcSelect& select, const SelectClass& type, const VnIfcVariant& value);
 
     void forget() noexcept { m_discriminator = selectClass().memberCount(); }
-    std::int32_t discriminatorAfterRefresh() const noexcept {
-        if (m_discriminator > selectClass().memberCount())
-            refreshSelectHandle();
-        return m_discriminator;
-    }
+    bool isPending() const noexcept { return m_discriminator == selectClass().memberCount() + 1; }
+    /// The member of a code; null when there is none.
+    const SelectMember* memberAt(std::int32_t code) const noexcept;
+    /// The first member that the instance belongs to; the number of members when there is none.
+    std::int32_t memberOf(const VnDbObjectId& handle) const noexcept;
 
-    mutable std::int32_t m_discriminator;
+    std::int32_t m_discriminator;
 };
 
 static_assert(sizeof(Select) == 32);

@@ -105,7 +105,20 @@ VnIfcVariant valueOf(const Entity& instance, const AttributeRow& row) {
     return {};
 }
 
+namespace {
+
+bool assignReference(VnDbObjectId& handle, const VnIfcVariant& value, const VnIfcModel* home) {
+    VnDbObjectId converted;
+    if (!value.getAs(converted) || !isAtHome(converted, home))
+        return false;
+    handle = converted;
+    return true;
+}
+
+} // namespace
+
 Assigned assign(Entity& instance, const AttributeRow& row, const VnIfcVariant& value) {
+    const VnIfcModel* home = instance.owningModel();
     bool stored = false;
     switch (row.kind) {
     case AttributeKind::kString:
@@ -128,15 +141,15 @@ Assigned assign(Entity& instance, const AttributeRow& row, const VnIfcVariant& v
         stored = value.getAs(member<VnIfcLogical>(instance, row));
         break;
     case AttributeKind::kReference:
-        stored = value.getAs(member<VnDbObjectId>(instance, row));
+        stored = assignReference(member<VnDbObjectId>(instance, row), value, home);
         break;
     case AttributeKind::kEnumeration:
         return assignEnumeration(member<std::uint32_t>(instance, row), typeOf<EnumerationClass>(row), value);
     case AttributeKind::kSelect:
-        stored = assignSelect(member<VnIfcSelect>(instance, row), *typeOf<SelectOperations>(row).selectClass, value);
+        stored = assignSelect(member<VnIfcSelect>(instance, row), *typeOf<SelectOperations>(row).selectClass, value, home);
         break;
     case AttributeKind::kAggregate:
-        stored = typeOf<AggregateOperations>(row).fromVariant(member<VnIfcAggr>(instance, row), value);
+        stored = typeOf<AggregateOperations>(row).fromVariant(member<VnIfcAggr>(instance, row), value, home);
         break;
     case AttributeKind::kDerived:
         break;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <vector>
 
 // What the schema demands of an instance beyond what its C++ class can express.
@@ -19,14 +20,6 @@ constexpr auto kError = VnIfcDiagnostic::kError;
 std::string nameOf(const VnDbObjectId& handle) { return '#' + std::to_string(handle.number()); }
 std::string nameOf(const VnIfcEntityBase& instance) {
     return nameOf(instance.objectId()) + ' ' + instance.getInstanceType()->name().constStr();
-}
-
-/// Calls `visit` for each element of an aggregate of selects, whatever its select class: all are of one size.
-template <class Visit>
-void forEachSelect(const VnIfcAggr& aggregate, Visit visit) {
-    const auto* each = static_cast<const char*>(aggregate.imp().data());
-    for (std::uint32_t i = 0; i < aggregate.count(); ++i, each += sizeof(Select))
-        visit(*reinterpret_cast<const Select*>(each));
 }
 
 template <class T>
@@ -54,7 +47,8 @@ bool hasEqualElements(const VnIfcAggr& aggregate) {
         return hasEqualValues<VnAnsiString>(aggregate);
     case VnTypeCodeKind::kSelect: {
         std::vector<const Select*> selects;
-        forEachSelect(aggregate, [&](const Select& each) { selects.push_back(&each); });
+        for (const Select& each : selectsIn(aggregate))
+            selects.push_back(&each);
         using Pointer = const Select*;
         return hasEqual<Pointer>(std::move(selects), [](const Pointer& a, const Pointer& b) { return *a < *b; });
     }
@@ -106,6 +100,9 @@ private:
         case AttributeKind::kString:
             m_check.text(m_instance, row.name, member<VnAnsiString>(m_instance, row));
             break;
+        case AttributeKind::kReal:
+            real(row, member<double>(m_instance, row));
+            break;
         case AttributeKind::kReference:
             reference(row, member<VnDbObjectId>(m_instance, row));
             break;
@@ -133,6 +130,8 @@ private:
     void reference(const AttributeRow& row, const VnDbObjectId& handle) {
         if (handle.isNull())
             return;
+        if (handle.model() != m_instance.owningModel())
+            return report(row, "foreign-reference", "an instance of another model", "an instance of this model");
         const VnIfcEntityBase* target = handle.openObject();
         if (!target && handle.isErased())
             report(row, "dangling-reference", nameOf(handle), "an instance of the model");
@@ -142,9 +141,29 @@ private:
         report(row, "wrong-type", nameOf(*target), (*row.target)->name().constStr());
     }
 
+    void real(const AttributeRow& row, double value) {
+        if (std::isinf(value))
+            report(row, "not-finite", "an infinite number", "a number that a file can hold");
+    }
+
+    /// What holds for single elements of a list of numbers or instances.
+    void elements(const AttributeRow& row, const VnIfcAggr& list) {
+        if (list.elementKind() == VnTypeCodeKind::kEntity)
+            for (const VnDbObjectId& handle : static_cast<const VnIfcAggrOf<VnDbObjectId>&>(list))
+                reference(row, handle);
+        if (list.elementKind() == VnTypeCodeKind::kReal)
+            for (const double each : static_cast<const VnIfcAggrOf<double>&>(list))
+                real(row, each);
+    }
+
     void select(const AttributeRow& row, const Select& value) {
         if (value.kind() == VnTypeCodeKind::kString)
             return m_check.text(m_instance, row.name, value.text());
+        if (const VnIfcAggr* list = value.getAggr())
+            return elements(row, *list);
+        double number = 0;
+        if (value.kind() == VnTypeCodeKind::kReal && value.getDouble(number))
+            return real(row, number);
         if (value.kind() != VnTypeCodeKind::kEntity)
             return;
         const VnDbObjectId handle = value.getHandle();
@@ -163,8 +182,8 @@ private:
             report(row, "unique-elements", "equal elements", "elements that differ");
         switch (value.elementKind()) {
         case VnTypeCodeKind::kEntity:
-            for (const VnDbObjectId& handle : static_cast<const VnIfcAggrOf<VnDbObjectId>&>(value))
-                reference(row, handle);
+        case VnTypeCodeKind::kReal:
+            elements(row, value);
             break;
         case VnTypeCodeKind::kString:
             if (row.isBinary)
@@ -174,7 +193,8 @@ private:
                     m_check.text(m_instance, row.name, each);
             break;
         case VnTypeCodeKind::kSelect:
-            forEachSelect(value, [&](const Select& each) { select(row, each); });
+            for (const Select& each : selectsIn(value))
+                select(row, each);
             break;
         case VnTypeCodeKind::kAggregation: {
             const std::string_view inner = text.substr(text.find(" of ") + 4);

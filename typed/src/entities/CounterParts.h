@@ -39,10 +39,8 @@ void forEachTarget(const Entity& instance, const AttributeRow& row, Visit visit)
             for (const VnDbObjectId& handle : static_cast<const VnIfcAggrOf<VnDbObjectId>&>(aggregate))
                 visit(handle);
         } else if (aggregate.elementKind() == VnTypeCodeKind::kSelect) {
-            // All select classes are of one size.
-            const auto* select = static_cast<const char*>(aggregate.imp().data());
-            for (std::uint32_t i = 0; i < aggregate.count(); ++i, select += aggregate.imp().elementSize())
-                visit(reinterpret_cast<const VnIfcSelect*>(select)->getHandle());
+            for (const Select& select : selectsIn(aggregate))
+                visit(select.getHandle());
         }
         break;
     }

@@ -1,5 +1,6 @@
 #pragma once
 #include <VnIfcTyped/Entity.h>
+#include <VnIfcTyped/Select.h>
 
 namespace VN_SDAI::typed {
 
@@ -11,6 +12,11 @@ T& member(Entity& instance, const AttributeRow& row) noexcept {
 template <class T>
 const T& member(const Entity& instance, const AttributeRow& row) noexcept {
     return *reinterpret_cast<const T*>(reinterpret_cast<const char*>(&instance) + row.offset);
+}
+
+/// The elements of an aggregate of selects, whatever their class: all are of one size.
+inline std::span<const Select> selectsIn(const VnIfcAggr& aggregate) noexcept {
+    return {static_cast<const Select*>(aggregate.imp().data()), aggregate.count()};
 }
 
 /// What the row's kind points to: an EnumerationClass, AggregateOperations or SelectOperations.

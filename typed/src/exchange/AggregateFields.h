@@ -69,7 +69,7 @@ bool readElement(T& element, VnSpfFilerBase& filer, bool separated) {
 template <class T>
 bool readBareElement(VnIfcAggrOf<T>& aggregate, VnSpfFilerBase& filer) {
     T element{};
-    if (isList<T> || filer.helper().peek() == '$' || !readElement(element, filer, false) ||
+    if (filer.helper().peek() == '$' || !readElement(element, filer, false) ||
         filer.helper().peek() != ')')
         return false;
     filer.notify(1, 2);

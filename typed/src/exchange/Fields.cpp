@@ -87,11 +87,7 @@ bool writesNothing(const VnIfcAggr& value) {
         return std::ranges::all_of(static_cast<const VnIfcAggrOf<VnDbObjectId>&>(value), &VnDbObjectId::isErased);
     if (value.elementKind() != VnTypeCodeKind::kSelect)
         return value.count() == 0;
-    const auto* select = static_cast<const char*>(value.imp().data());
-    for (std::uint32_t i = 0; i < value.count(); ++i, select += sizeof(Select))
-        if (!reinterpret_cast<const Select*>(select)->getHandle().isErased())
-            return false;
-    return true;
+    return std::ranges::all_of(selectsIn(value), [](const Select& each) { return each.getHandle().isErased(); });
 }
 
 void writeAggregate(const VnIfcAggr& value, const AttributeRow& row, VnSpfFilerBase& filer, bool separated) {
@@ -157,6 +153,7 @@ void writeField(const Entity& instance, const AttributeRow& row, VnSpfFilerBase&
 } // namespace
 
 VN::ErrorStatus Entity::inFields(VnSpfFilerBase* filer) {
+    allTouched();
     unsigned position = 0;
     for (const AttributeRow* row : entityClass().fields) {
         filer->field(position);

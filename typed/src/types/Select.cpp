@@ -21,12 +21,13 @@ std::int32_t SelectClass::indexOf(std::string_view memberName) const noexcept {
     return memberCount();
 }
 
-const SelectMember* Select::chosen() const noexcept {
+const SelectMember* Select::memberAt(std::int32_t code) const noexcept {
     const auto members = selectClass().members;
-    return m_discriminator >= 0 && m_discriminator < static_cast<std::int32_t>(members.size())
-               ? &members[static_cast<std::size_t>(m_discriminator)]
-               : nullptr;
+    const auto index = static_cast<std::uint32_t>(code);
+    return index < members.size() ? &members[index] : nullptr;
 }
+
+const SelectMember* Select::chosen() const noexcept { return memberAt(m_discriminator); }
 
 const VnIfcNameType* Select::type() const noexcept { return *selectClass().type; }
 
@@ -45,28 +46,31 @@ bool Select::underlyingTypeName(const VnAnsiString& name) {
 
 const VnAnsiString& Select::underlyingTypeName() const {
     static const VnAnsiString none;
-    if (m_discriminator == selectClass().memberCount() + 1)
-        refreshSelectHandle();
-    const SelectMember* chosenMember = chosen();
+    const std::int32_t code = isPending() ? memberOf(getHandle()) : m_discriminator;
+    const SelectMember* chosenMember = memberAt(code);
     return chosenMember ? *chosenMember->name : none;
 }
 
-bool Select::setHandleD(const VnDbObjectId& handle) {
-    const auto members = selectClass().members;
-    const auto isEntity = [](const SelectMember& each) { return each.entity != nullptr; };
-    if (std::none_of(members.begin(), members.end(), isEntity))
-        return false;
-    const VnIfcEntityBase* instance = handle.openObject(kForRead, false);
-    if (!instance)
-        return false;
-    bool found = false;
-    for (std::size_t i = 0; i < members.size() && !found; ++i) {
-        found = members[i].entity && instance->isKindOf(*members[i].entity);
-        if (found)
-            m_discriminator = static_cast<std::int32_t>(i);
+std::int32_t Select::memberOf(const VnDbObjectId& handle) const noexcept {
+    const SelectClass& type = selectClass();
+    const VnIfcEntityBase* instance = nullptr;
+    for (const SelectMember& member : type.members) {
+        if (!member.entity)
+            continue;
+        if (!instance && !(instance = handle.openObject(kForRead, false)))
+            break;
+        if (instance->isKindOf(*member.entity))
+            return static_cast<std::int32_t>(&member - type.members.data());
     }
-    handle.close();
-    return found;
+    return type.memberCount();
+}
+
+bool Select::setHandleD(const VnDbObjectId& handle) {
+    const std::int32_t member = memberOf(handle);
+    if (member == selectClass().memberCount())
+        return false;
+    m_discriminator = member;
+    return true;
 }
 
 void Select::setHandleOnLoad(const VnDbObjectId& handle) {
@@ -74,8 +78,8 @@ void Select::setHandleOnLoad(const VnDbObjectId& handle) {
     m_discriminator = selectClass().memberCount() + 1;
 }
 
-void Select::refreshSelectHandle() const {
-    if (m_discriminator == selectClass().memberCount() + 1)
+void Select::refreshSelectHandle() {
+    if (isPending())
         VnIfcSelect::refreshSelectHandle();
 }
 
@@ -127,6 +131,8 @@ VN::ErrorStatus Select::readTypedField(const VnAnsiString& typeName, VnSpfFilerB
         chooseType(code);
         if (!readSelectAggregate(*getAggr(), *filer))
             filer->misfit(VnSpfProblem::kWrongKind);
+        else if (getAggr()->isNil())
+            getAggr()->createEmpty(); // "()" is a value
         return VN::eOk;
     }
     if (typeMember.kind != VnTypeCodeKind::kEnumeration)

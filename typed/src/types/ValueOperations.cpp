@@ -35,14 +35,26 @@ Assigned assignEnumeration(std::uint32_t& code, const EnumerationClass& type, co
     return code == unset ? Assigned::kUnset : Assigned::kYes;
 }
 
-bool assignSelect(VnIfcSelect& select, const SelectClass& type, const VnIfcVariant& value) {
+bool isAtHome(const VnDbObjectId& handle, const VnIfcModel* home) noexcept {
+    return !home || handle.isNull() || handle.model() == home;
+}
+
+bool isAtHome(const VnIfcSelect& select, const VnIfcModel* home) noexcept {
+    const VnIfcAggr* list = select.getAggr();
+    if (!list || list->elementKind() != VnTypeCodeKind::kEntity)
+        return isAtHome(select.getHandle(), home);
+    return std::ranges::all_of(static_cast<const VnIfcAggrOf<VnDbObjectId>&>(*list),
+                               [&](const VnDbObjectId& each) { return isAtHome(each, home); });
+}
+
+bool assignSelect(VnIfcSelect& select, const SelectClass& type, const VnIfcVariant& value, const VnIfcModel* home) {
     const auto& pointers = static_cast<const VnIfcSelectVariantType&>(type.descriptors.pointer->value());
     VnIfcVariant converted;
     const bool isPointer = value.type() == &pointers;
     if (!isPointer && !value.convertTo(pointers, converted))
         return false;
     const VnIfcSelect* source = pointers.selectIn(isPointer ? value : converted);
-    if (!source)
+    if (!source || !isAtHome(*source, home))
         return false;
     static_cast<Select&>(select) = static_cast<const Select&>(*source);
     return true;

@@ -71,12 +71,12 @@ VnIfcVariant copyOf(const Entity& instance, const AttributeRow& row) {
     }
 }
 
-/// Stores a value of the attribute's own type.
-void store(Entity& instance, const AttributeRow& row, const VnIfcVariant& value) {
-    if (row.kind == AttributeKind::kEnumeration)
-        member<std::uint32_t>(instance, row) = *static_cast<const std::uint32_t*>(value.payload());
-    else
-        assign(instance, row, value);
+/// Stores a value of the attribute's own type; false for one that refers to instances of another model.
+bool store(Entity& instance, const AttributeRow& row, const VnIfcVariant& value) {
+    if (row.kind != AttributeKind::kEnumeration)
+        return assign(instance, row, value) == Assigned::kYes;
+    member<std::uint32_t>(instance, row) = *static_cast<const std::uint32_t*>(value.payload());
+    return true;
 }
 
 /// The instance as one of the entity; null when it is none.
@@ -110,9 +110,8 @@ VN::ErrorStatus AttributeProperty::read(const AttributeRow& row, const VnIfcEnti
 VN::ErrorStatus AttributeProperty::write(const AttributeRow& row, VnIfcEntityBase* instance,
                                          const VnIfcVariant& value) const {
     Entity* own = instanceOf(entity(), instance);
-    if (!own || value.isNull() || value.type() != valueType(row))
+    if (!own || value.isNull() || value.type() != valueType(row) || !store(*own, row, value))
         return VN::eRefused;
-    store(*own, row, value);
     own->touched(positionOf(own->entityClass(), row));
     return VN::eOk;
 }
