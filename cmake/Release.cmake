@@ -1,6 +1,7 @@
 # vnifc_add_release(DIRECTORY) adds the schema module of the release whose declarations and facts are in
 # schemas/DIRECTORY: expgen makes its classes during the build, and they are compiled into a shared library of the name
-# that its release.txt gives. vnifc_add_release(DIRECTORY FROM PATH) takes them from elsewhere.
+# that its release.txt gives. vnifc_add_release(DIRECTORY FROM PATH) takes them from elsewhere; with NO_INSTALL the
+# module is for the build tree alone.
 
 # The value of a keyword of a release.txt.
 function(vnifc_release_fact facts keyword result)
@@ -14,7 +15,7 @@ set(vnifc_entity_units 16)
 set(vnifc_select_units 2)
 
 function(vnifc_add_release directory)
-    cmake_parse_arguments(PARSE_ARGV 1 release "" FROM "")
+    cmake_parse_arguments(PARSE_ARGV 1 release NO_INSTALL FROM "")
     if(NOT release_FROM)
         set(release_FROM "${PROJECT_SOURCE_DIR}/schemas/${directory}")
     endif()
@@ -74,6 +75,9 @@ function(vnifc_add_release directory)
     target_precompile_headers(${module} PRIVATE <entities/EntityTables.h> <types/Descriptors.h>)
     add_dependencies(${module} ${module}_sources)
 
+    if(release_NO_INSTALL)
+        return()
+    endif()
     install(TARGETS ${module} EXPORT vnifcTargets)
     install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${name})
     set_property(GLOBAL APPEND PROPERTY VNIFC_MODULES ${module})

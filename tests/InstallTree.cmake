@@ -26,3 +26,9 @@ set_tests_properties(install.consumer PROPERTIES FIXTURES_REQUIRED installed FIX
 
 add_test(NAME install.tool COMMAND "${prefix}/${CMAKE_INSTALL_BINDIR}/vnifc" info "${house}")
 set_tests_properties(install.tool PROPERTIES FIXTURES_REQUIRED "installed;installed_house")
+
+# Every release that was built is found where the tool was installed.
+get_property(releases GLOBAL PROPERTY VNIFC_BUILT_RELEASES)
+list(TRANSFORM releases APPEND " +not installed")
+add_test(NAME install.releases COMMAND "${prefix}/${CMAKE_INSTALL_BINDIR}/vnifc" --version)
+set_tests_properties(install.releases PROPERTIES FIXTURES_REQUIRED installed FAIL_REGULAR_EXPRESSION "${releases}")

@@ -314,15 +314,7 @@ Type Schema::withoutAggregateNames(Type type) const {
     return type;
 }
 
-std::vector<std::string> folders() {
-    // Among equals the name decides, which is that of age so far.
-    std::vector<std::string> result;
-    for (const auto& entry : fs::directory_iterator(VNIFC_SCHEMAS))
-        if (fs::exists(entry.path() / "declarations.exp"))
-            result.push_back(entry.path().filename().string());
-    std::ranges::sort(result);
-    return result;
-}
+namespace {
 
 const Schema& schemaIn(const std::string& folder) {
     static std::map<std::string, std::unique_ptr<Schema>> schemas;
@@ -332,6 +324,11 @@ const Schema& schemaIn(const std::string& folder) {
     return *schema;
 }
 
-const Schema& schemaNamed(std::string_view name) { return schemaIn(lower(name)); }
+} // namespace
+
+const Schema& schemaNamed(std::string_view name) {
+    static const Schema toy(fs::path(VNIFC_TOY) / "declarations.exp");
+    return name == toy.name() ? toy : schemaIn(lower(name));
+}
 
 } // namespace declared

@@ -110,11 +110,7 @@ private:
 std::string upper(std::string_view text);
 std::string lower(std::string_view text);
 
-/// The folders of all releases that the project has declarations of, oldest first.
-std::vector<std::string> folders();
-/// The declarations in a folder: "ifc4x3_add2". Read once.
-const Schema& schemaIn(const std::string& folder);
-/// The declarations of a release by its schema's name: "IFC4X3_ADD2".
+/// The declarations of a release by its schema's name, "IFC4X3_ADD2", or of the tests' own "TOY". Read once.
 const Schema& schemaNamed(std::string_view name);
 
 } // namespace declared

@@ -1,5 +1,6 @@
 #include "Process.h"
 #include "support/Corpus.h"
+#include "support/Releases.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -51,14 +52,16 @@ TEST(Corpus, EveryInstanceIsReadAndWritten) {
     const fs::path copyOfCopy = scratch() / "copy2.ifc";
     for (const Known& known : files) {
         SCOPED_TRACE(known.file.filename());
+        const plain::File before = plain::read(contentOf(known.file));
+        const declared::Schema& release = declared::schemaNamed(releaseOf(before));
+        if (!isBuilt(release.name()))
+            continue;
         const json info = infoOf(known.file);
         EXPECT_EQ(info["instances"], known.instances);
         EXPECT_EQ(info["types"].size(), known.types);
 
         const int errors = info["diagnostics"]["error"] == 0 ? 0 : 1;
         EXPECT_EQ(runTool({"rewrite", "--threads", "3", known.file.string(), copy.string()}).exitCode, errors);
-        const plain::File before = plain::read(contentOf(known.file));
-        const declared::Schema& release = declared::schemaNamed(releaseOf(before));
         EXPECT_EQ(info["release"], release.name());
         EXPECT_EQ(lossesOf(before, plain::read(contentOf(copy)), release), "");
         runTool({"rewrite", "--threads", "1", copy.string(), copyOfCopy.string()});

@@ -4,6 +4,7 @@
 
 #include <compare>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 
 namespace VN_SDAI {
@@ -23,6 +24,26 @@ struct VnIfcInstanceSlot {
     void reset(Flag flag) noexcept { objectAndFlags &= ~std::uintptr_t{flag}; }
     /// The model that owns this slot.
     VNIFC_API VnIfcModel* model() const noexcept;
+};
+
+/// Where the slots of dense numbers lie: on pages, each behind a head. Internal to the core.
+struct VnIfcSlotPages {
+    static constexpr std::size_t kPageSize = 16 * 1024;
+    static constexpr std::size_t kHeadSize = 16;
+    static constexpr std::size_t kSlots = (kPageSize - kHeadSize) / sizeof(VnIfcInstanceSlot);
+
+    const std::uint64_t* made = nullptr; ///< a bit for each number: it has a slot
+    char* const* pages = nullptr;
+    std::uint64_t end = 0; ///< numbers from here on are none of the dense ones
+
+    static VnIfcInstanceSlot* slotsOf(char* page) noexcept {
+        return reinterpret_cast<VnIfcInstanceSlot*>(page + kHeadSize);
+    }
+    VnIfcInstanceSlot* find(std::uint64_t number) const noexcept {
+        if (number >= end || (made[number / 64] >> number % 64 & 1) == 0)
+            return nullptr;
+        return slotsOf(pages[number / kSlots]) + number % kSlots;
+    }
 };
 
 /// Handle of an instance inside a model (ISO 10303-22, application instance identifier). A value of one pointer; never

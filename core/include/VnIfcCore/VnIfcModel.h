@@ -26,6 +26,9 @@ struct VnIfcReadOptions {
     bool strict = false;   ///< what contradicts standard or schema is an error, even where nothing is lost; mandatory
                            ///< attributes that are unset are told of
     std::string_view name; ///< how diagnostics call the input; empty: its path
+    /// Bytes of text in which one thread looks for instances at a time; 0 leaves it to the reader. The result does not
+    /// depend on it; tests make it small so that borders between pieces fall everywhere.
+    std::size_t piece = 0;
 };
 
 struct VnIfcWriteOptions {

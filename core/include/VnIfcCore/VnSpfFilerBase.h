@@ -167,8 +167,8 @@ protected:
     /// A position of the list begins, while the filer is watched.
     virtual void watchField(unsigned position);
 
-    /// Slots by number; numbers beyond or without a slot are asked for through slotOf.
-    void lookUpIn(std::span<VnIfcInstanceSlot* const> slots) noexcept { m_slots = slots; }
+    /// Slots by number; numbers that have none there are asked for through slotOf.
+    void lookUpIn(const VnIfcSlotPages& slots) noexcept { m_slots = slots; }
     void startReading(const char* begin, const char* end) noexcept;
     /// Ends the list; true when everything was read. Otherwise [first, second) is what the list still holds, and
     /// `second` stands at its closing parenthesis, or at the end of the bytes where there is none.
@@ -234,7 +234,7 @@ private:
     void writeInteger(std::int64_t value);
 
     VnSpfReadHelper m_helper;
-    std::span<VnIfcInstanceSlot* const> m_slots;
+    VnIfcSlotPages m_slots;
     const char* m_fieldBegin = nullptr;
     unsigned m_seen = 0;
     bool m_failed = false;

@@ -3,6 +3,7 @@
 
 #include <VnIfcCore/VnIfcModel.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <memory>
 #include <string_view>
@@ -18,7 +19,8 @@ public:
     SpfInput& operator=(const SpfInput&) = delete;
 
     /// Reads a file, pipe or device to its end; "-" is the standard input. A status other than 0 comes with a message.
-    VN::ErrorStatus readFile(const std::filesystem::path& path, std::string& message);
+    /// Large files are read by several threads; `threads` 0 leaves it to the machine.
+    VN::ErrorStatus readFile(const std::filesystem::path& path, unsigned threads, std::string& message);
     void copyFrom(std::string_view text);
 
     const char* begin() const noexcept { return m_memory.data(); }
@@ -29,8 +31,16 @@ public:
     void release(const char* position) noexcept {
         m_released = m_memory.discard(m_released ? m_released : begin(), position);
     }
+    /// Gives back all of it.
+    void release() noexcept {
+        m_memory = PageMemory();
+        m_released = nullptr;
+        m_size = 0;
+    }
 
 private:
+    void readTogether(std::FILE* file, std::size_t size, unsigned threads);
+
     PageMemory m_memory;
     std::size_t m_size = 0;
     const char* m_released = nullptr;

@@ -43,7 +43,7 @@ public:
     explicit SpfInstanceReader(VnIfcModel::Data& data, bool strict = false) noexcept
         : m_data(data), m_strict(strict) {}
     /// Lets references be looked up faster; no slot may be made any more.
-    void slotsAreMade() noexcept { lookUpIn(m_data.slots.dense()); }
+    void slotsAreMade() noexcept { lookUpIn(m_data.slots.pages()); }
 
     /// Makes the instance of a slot from what stands behind its "=". Within the scope of an arena the
     /// instance lives there.

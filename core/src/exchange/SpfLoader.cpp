@@ -19,9 +19,6 @@ namespace VN_SDAI {
 
 namespace {
 
-// Large enough that taking a block costs nothing, small enough that threads end together.
-constexpr std::size_t kBlock = 2048;
-
 /// Reads one exchange file into one empty model.
 class Loader {
 public:
@@ -31,7 +28,8 @@ public:
           m_diagnostics(std::string(options.name), input.begin(), input.end(), options, result) {}
 
     void run() {
-        if (!m_structure.scan(m_input.begin(), m_input.end(), m_result.message)) {
+        const SpfSharing sharing{m_options.threads, m_options.piece};
+        if (!m_structure.scan(m_input.begin(), m_input.end(), sharing, m_result.message)) {
             m_result.status = VN::eCannotRead;
             return;
         }
@@ -50,29 +48,34 @@ public:
         settleSelects();
         report();
         reportFindings(nullptr);
-        m_data.count = m_structure.instances.size();
+        m_data.count = m_count;
         std::ranges::stable_sort(m_data.places, {}, &VnIfcModel::Data::Place::number);
         for (const auto& reader : m_readers)
             for (auto& [slot, kept] : reader->kept())
                 m_data.kept.emplace(slot, std::move(kept));
-        m_structure.instances = {}; // inverse attributes take the memory that the records leave
+        m_structure = {}; // inverse attributes take the memory that text and records leave
+        m_input.release();
         if (m_options.inverses)
             m_model.setInverseCounterParts();
     }
 
 private:
     struct Block {
+        std::size_t index = 0; // of its first instance
         std::vector<SpfRemark> remarks;
         std::atomic<bool> done = false;
     };
 
     /// How far numbers of neighbours are apart: the median of a sample.
     std::uint64_t usualGap() const {
-        const auto& instances = m_structure.instances;
+        constexpr std::size_t kSample = 256;
         std::vector<std::uint64_t> gaps;
-        for (std::size_t i = 1; i < instances.size(); i += 1 + instances.size() / 256) {
-            const auto [low, high] = std::minmax(instances[i - 1].number, instances[i].number);
-            gaps.push_back(high - low);
+        for (std::size_t i = 0; i < m_structure.blocks.size(); i += 1 + m_structure.blocks.size() / kSample) {
+            const SpfRecords::Block& block = m_structure.blocks[i];
+            for (std::size_t k = 1; k < block.size(); k += 1 + block.size() * m_structure.blocks.size() / kSample) {
+                const auto [low, high] = std::minmax(block.first[k - 1].number, block.first[k].number);
+                gaps.push_back(high - low);
+            }
         }
         if (gaps.empty())
             return 1;
@@ -81,29 +84,55 @@ private:
         return *middle;
     }
 
-    /// Gives each instance its slot. The first instance of a number has it; later ones, and those whose number does not
-    /// fit, are kept under numbers that nobody uses.
+    /// Gives each instance its slot.
     void makeSlots() {
-        auto& instances = m_structure.instances;
-        m_blocks = std::vector<Block>((instances.size() + kBlock - 1) / kBlock);
-        m_data.slots.reserve(instances.size(), m_structure.largestNumber, usualGap());
-        std::vector<std::size_t> homeless;
-        for (std::size_t i = 0; i < instances.size(); ++i) {
-            const std::uint64_t number = instances[i].number;
-            if (number == 0 || m_data.slots.find(number))
-                homeless.push_back(i);
-            else
-                setSlot(i, m_data.slotForInstance(number));
+        const std::vector<SpfRecords::Block>& blocks = m_structure.blocks;
+        m_blocks = std::vector<Block>(blocks.size());
+        for (std::size_t i = 0; i < blocks.size(); ++i) {
+            m_blocks[i].index = m_count;
+            m_count += blocks[i].size();
         }
-        if (!homeless.empty())
-            reserveReferences();
-        for (const std::size_t i : homeless) {
-            SpfRemark remark{SpfRemark::kDuplicate};
-            remark.number = instances[i].number;
-            remark.begin = m_structure.textOf(instances[i]).data();
-            if (remark.number != 0)
-                m_blocks[i / kBlock].remarks.push_back(remark);
-            setSlot(i, m_data.slotForInstance(m_data.nextNumber()));
+        if (m_count == 0)
+            return;
+        m_data.slots.reserve(m_count, m_structure.largestNumber, usualGap());
+        const unsigned threads = threadsFor(m_options.threads, blocks.size());
+        std::vector<SlotTable::Maker> makers(threads, SlotTable::Maker(m_data.slots));
+        std::atomic<bool> isAnyWithout = false;
+        shareWork(blocks.size(), threads, {}, [&](unsigned worker, std::size_t i) {
+            SlotTable::Maker& maker = makers[worker];
+            maker.begin(m_blocks[i].index);
+            for (SpfInstance& instance : blocks[i]) {
+                if (instance.number == 0)
+                    isAnyWithout = true;
+                setSlot(instance, instance.number == 0 ? nullptr : maker.make(instance.number));
+            }
+            maker.end();
+            return true;
+        });
+        std::vector<SlotTable::Contested> contested = m_data.slots.finish(makers);
+        if (!contested.empty() || isAnyWithout)
+            houseHomeless(contested);
+    }
+
+    /// The first instance of a number has its slot; later ones, and those whose number does not fit, are kept under
+    /// numbers that nobody uses.
+    void houseHomeless(std::vector<SlotTable::Contested>& contested) {
+        reserveReferences();
+        for (std::size_t i = 0; i < m_blocks.size(); ++i) {
+            for (SpfInstance& instance : m_structure.blocks[i]) {
+                VnIfcInstanceSlot* const slot = slotOf(instance);
+                const auto found = std::ranges::lower_bound(contested, slot, {}, &SlotTable::Contested::slot);
+                const bool isContested = slot && found != contested.end() && found->slot == slot;
+                if (slot && (!isContested || (slot->number != 0 && !std::exchange(found->isTaken, true))))
+                    continue;
+                if (isContested) {
+                    SpfRemark remark{SpfRemark::kDuplicate};
+                    remark.number = found->number;
+                    remark.begin = m_structure.textOf(instance).data();
+                    m_blocks[i].remarks.push_back(remark);
+                }
+                setSlot(instance, m_data.slotForInstance(m_data.nextNumber()));
+            }
         }
     }
 
@@ -118,11 +147,11 @@ private:
     }
 
     // From here on a record's number is in its slot, and the record holds the slot.
-    void setSlot(std::size_t i, VnIfcInstanceSlot* slot) noexcept {
-        m_structure.instances[i].number = reinterpret_cast<std::uintptr_t>(slot);
+    static void setSlot(SpfInstance& instance, VnIfcInstanceSlot* slot) noexcept {
+        instance.number = reinterpret_cast<std::uintptr_t>(slot);
     }
-    VnIfcInstanceSlot* slotOf(std::size_t i) const noexcept {
-        return reinterpret_cast<VnIfcInstanceSlot*>(static_cast<std::uintptr_t>(m_structure.instances[i].number));
+    static VnIfcInstanceSlot* slotOf(const SpfInstance& instance) noexcept {
+        return reinterpret_cast<VnIfcInstanceSlot*>(static_cast<std::uintptr_t>(instance.number));
     }
 
     bool readInstances() {
@@ -151,9 +180,8 @@ private:
 
     void readBlock(SpfInstanceReader& reader, VnIfcArena& arena, std::size_t block) {
         const VnIfcArenaScope scope(arena);
-        const std::size_t last = std::min(m_structure.instances.size(), (block + 1) * kBlock);
-        for (std::size_t i = block * kBlock; i < last; ++i)
-            reader.read(m_structure.textOf(m_structure.instances[i]), slotOf(i));
+        for (const SpfInstance& instance : m_structure.blocks[block])
+            reader.read(m_structure.textOf(instance), slotOf(instance));
         std::vector<SpfRemark>& remarks = m_blocks[block].remarks;
         std::ranges::move(reader.remarks(), std::back_inserter(remarks));
         reader.remarks().clear();
@@ -171,11 +199,11 @@ private:
                 takePlaces(m_reported, remarks);
             for (const SpfRemark& remark : remarks)
                 reportRemark(remark);
+            m_structure.release(m_reported);
         }
-        const std::size_t next = m_reported * kBlock;
-        if (next >= m_structure.instances.size())
+        if (m_reported == m_blocks.size())
             return;
-        const char* const position = m_structure.textOf(m_structure.instances[next]).data();
+        const char* const position = m_structure.textOf(*m_structure.blocks[m_reported].begin()).data();
         reportFindings(position);
         if (m_options.diagnostics || m_options.places)
             m_diagnostics.pass(position);
@@ -190,16 +218,15 @@ private:
     /// Remembers where the instances of a block stand. Lines are counted once, hence the remarks on the way are
     /// reported.
     void takePlaces(std::size_t block, std::vector<SpfRemark>& remarks) {
-        const std::size_t last = std::min(m_structure.instances.size(), (block + 1) * kBlock);
         auto remark = remarks.begin();
-        for (std::size_t i = block * kBlock; i < last; ++i) {
-            const char* position = m_structure.textOf(m_structure.instances[i]).data();
+        for (const SpfInstance& instance : m_structure.blocks[block]) {
+            const char* position = m_structure.textOf(instance).data();
             while (*position != '#')
                 --position;
             for (; remark != remarks.end() && remark->begin < position; ++remark)
                 reportRemark(*remark);
             reportFindings(position);
-            VnIfcModel::Data::Place place{slotOf(i)->number, 0, 0};
+            VnIfcModel::Data::Place place{slotOf(instance)->number, 0, 0};
             m_diagnostics.locate(position, place.line, place.column);
             m_data.places.push_back(place);
         }
@@ -260,7 +287,8 @@ private:
     SpfDiagnostics m_diagnostics;
     SpfStructure m_structure;
     std::vector<std::unique_ptr<SpfInstanceReader>> m_readers;
-    std::vector<Block> m_blocks;
+    std::vector<Block> m_blocks; // beside those of the structure
+    std::size_t m_count = 0;     // of instances
     std::size_t m_reported = 0; // blocks
     std::size_t m_finding = 0;  // the next one to report
 };
@@ -291,7 +319,7 @@ VnIfcFileResult spfReadFile(VnIfcModel& model, const std::filesystem::path& path
     if (refuseUsedModel(model, result))
         return result;
     SpfInput input;
-    result.status = input.readFile(path, result.message);
+    result.status = input.readFile(path, options.threads, result.message);
     if (!result)
         return result;
     result.bytes = input.size();

@@ -278,7 +278,7 @@ bool VnSpfFilerBase::readReference(VnDbObjectId& value) {
         m_helper.next = first;
         return false;
     }
-    VnIfcInstanceSlot* slot = number < m_slots.size() ? m_slots[number] : nullptr;
+    VnIfcInstanceSlot* slot = m_slots.find(number);
     value = VnDbObjectId(slot ? slot : slotOf(number));
     return true;
 }

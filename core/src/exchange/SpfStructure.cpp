@@ -1,6 +1,7 @@
 #include "SpfStructure.h"
 
 #include "SpfScan.h"
+#include "WorkSharing.h"
 
 #include <algorithm>
 
@@ -12,6 +13,10 @@ using namespace std::string_view_literals;
 
 // How far into a text the beginning of an exchange structure is looked for when it does not begin with one.
 constexpr std::ptrdiff_t kSearched = 64 * 1024;
+
+// Text that one thread looks through at a time: small enough that all end together, and that little is lost when a
+// fault makes the rest of it be looked through again.
+constexpr std::size_t kPiece = 1024 * 1024;
 
 bool startsWith(const char* p, const char* end, std::string_view word) noexcept {
     if (static_cast<std::size_t>(end - p) < word.size())
@@ -76,10 +81,39 @@ const char* findStructural(const char* p, const char* end) noexcept {
 #endif
 }
 
+/// The first "#123=" in [p, limit) that seems to begin an instance, because a semicolon or a comment comes before it;
+/// null when there is none.
+const char* findInstance(const char* p, const char* limit, const char* end) noexcept {
+    for (; p < limit; ++p) {
+        p = static_cast<const char*>(std::memchr(p, '#', static_cast<std::size_t>(limit - p)));
+        if (!p)
+            return nullptr;
+        if (!instanceBegin(p, end))
+            continue;
+        const char* before = p - 1; // a header stands before every piece
+        while (spf::isBlank(*before))
+            --before;
+        if (*before == ';' || *before == '/')
+            return p;
+    }
+    return nullptr;
+}
+
+/// Instances that were found from a place on where one seems to begin, all of them without a fault. They count if the
+/// search that began at the beginning of the text comes there, too.
+struct Piece {
+    const char* begin = nullptr; ///< the "#" of the first one; null when there is none
+    const char* end = nullptr;   ///< past the last one
+    SpfStructure found;
+    // The first record that is not known to lie before the place where the search is.
+    std::size_t block = 0;
+    const SpfInstance* record = nullptr;
+};
+
 class Scanner {
 public:
-    Scanner(SpfStructure& structure, const char* begin, const char* end) noexcept
-        : m_structure(structure), m_p(begin), m_begin(begin), m_end(end) {}
+    Scanner(SpfStructure& structure, SpfRecords& records, const char* begin, const char* end) noexcept
+        : m_structure(structure), m_records(records), m_p(begin), m_begin(begin), m_end(end) {}
 
     bool canBegin() {
         while (m_p < m_end && spf::isBlank(*m_p))
@@ -88,16 +122,122 @@ public:
         return startsWith(m_p, m_end, "/*"sv) || findBeginning(reason); // a comment may end later
     }
 
-    bool scan(std::string& reason) {
+    bool scan(std::string& reason, SpfAllRecords& allRecords, const SpfSharing& sharing) {
         if (!findBeginning(reason))
             return false;
         scanHeader();
+        scanPieces(allRecords, sharing);
         while (scanSection()) {
         }
+        takeRecords();
         return true;
     }
 
 private:
+    // ---- pieces
+
+    /// Looks for instances in all pieces of the rest of the text at once, each as if what comes before it had no fault.
+    void scanPieces(SpfAllRecords& allRecords, const SpfSharing& sharing) {
+        const std::size_t size = sharing.piece ? sharing.piece : kPiece;
+        const auto rest = static_cast<std::size_t>(m_end - m_p);
+        if (rest <= size)
+            return;
+        m_pieces = std::vector<Piece>((rest - 1) / size + 1);
+        const unsigned threads = threadsFor(sharing.threads, m_pieces.size());
+        while (allRecords.size() < threads)
+            allRecords.push_back(std::make_unique<SpfRecords>(static_cast<std::size_t>(m_end - m_begin)));
+        const char* const first = m_p;
+        shareWork(m_pieces.size(), threads, {}, [&](unsigned worker, std::size_t i) {
+            const char* const begin = first + i * size;
+            const char* const limit = first + std::min(rest, (i + 1) * size);
+            // What the last instance may reach into is bounded, so that no fault makes many look at the same text.
+            const char* const end = first + std::min(rest, (i + 2) * size);
+            m_pieces[i].begin = findInstance(begin, limit, m_end);
+            if (m_pieces[i].begin) {
+                m_pieces[i].found.text = m_begin;
+                Scanner(m_pieces[i].found, *allRecords[worker], m_begin, end).scanPiece(m_pieces[i], limit);
+            }
+            return true;
+        });
+    }
+
+    /// Instances up to the first one that begins at `limit` or later, or to something that is to be reported.
+    void scanPiece(Piece& piece, const char* limit) {
+        m_p = piece.begin;
+        std::size_t count = 0;
+        while (m_p < limit) {
+            const char* const before = m_p;
+            const std::size_t added = m_added;
+            if (blank() && *m_p == '#' && m_p < limit)
+                scanInstance();
+            const bool isClean = m_added > added && m_structure.findings.empty();
+            if (isClean) {
+                ++count;
+                continue;
+            }
+            if (m_added > added)
+                m_records.dropLast();
+            m_p = before;
+            break;
+        }
+        m_structure.findings.clear();
+        takeRecords();
+        piece.end = m_p;
+        if (count == 0)
+            piece.begin = nullptr;
+        else
+            piece.record = m_structure.blocks.front().begin();
+    }
+
+    /// Takes the instances of a piece from the place at hand on, if one of them begins there: what follows an instance
+    /// does not depend on what comes before it, as long as no fault is remembered.
+    bool takePiece() {
+        if (m_commentsEnd || !mayLookInVain())
+            return false;
+        while (m_piece < m_pieces.size() && (!m_pieces[m_piece].begin || m_pieces[m_piece].end <= m_p))
+            m_pieces[m_piece++] = {};
+        if (m_piece == m_pieces.size() || m_p < m_pieces[m_piece].begin)
+            return false;
+        Piece& piece = m_pieces[m_piece];
+        if (m_p > piece.begin && !isInstanceOf(piece))
+            return false;
+        auto& blocks = piece.found.blocks;
+        blocks.erase(blocks.begin(), blocks.begin() + static_cast<std::ptrdiff_t>(piece.block));
+        blocks.front().first += piece.record - blocks.front().first;
+        takeRecords();
+        m_structure.take(std::move(piece.found));
+        m_p = piece.end;
+        return true;
+    }
+
+    /// True when the piece has the instance that begins at hand; it is its first one then.
+    bool isInstanceOf(Piece& piece) const noexcept {
+        const char* begin = instanceBegin(m_p, m_end);
+        if (!begin)
+            return false;
+        begin = spf::skipBlanks(begin, m_end);
+        const char* p = m_p + 1;
+        std::uint64_t number = 0;
+        const bool isNumber = spf::readNumber(p, number);
+        const std::vector<SpfRecords::Block>& blocks = piece.found.blocks;
+        while (piece.found.textOf(*piece.record).data() < begin) {
+            if (++piece.record < blocks[piece.block].end())
+                continue;
+            if (piece.block + 1 == blocks.size()) {
+                --piece.record;
+                return false;
+            }
+            piece.record = blocks[++piece.block].begin();
+        }
+        return isNumber && piece.record->number == number && piece.found.textOf(*piece.record).data() == begin;
+    }
+
+    void takeRecords() {
+        for (const SpfRecords::Block& block : m_records.takeBlocks())
+            if (block.size() > 0)
+                m_structure.blocks.push_back(block);
+    }
+
     void report(SpfFinding::Kind kind, const char* begin, const char* end, std::uint64_t number = 0) {
         std::vector<SpfFinding>& findings = m_structure.findings;
         end = std::min(end, m_end);
@@ -316,7 +456,8 @@ private:
     void scanData() {
         while (blank()) {
             if (*m_p == '#') {
-                scanInstance();
+                if (!takePiece())
+                    scanInstance();
             } else if (isWord(m_p, m_end, "ENDSEC"sv)) {
                 return skipSectionWord(6);
             } else if (isWord(m_p, m_end, "DATA"sv) || startsWith(m_p, m_end, "END-ISO-10303-21"sv)) {
@@ -340,7 +481,8 @@ private:
         const char* const begin = m_p;
         const char* const end = isWord(m_p, m_end, "&SCOPE"sv) ? scopeEnd(number) : instanceEnd(number);
         // Where the instance is missing altogether, the blanks before the next one are none of it.
-        m_structure.add(hasNumber ? number : kNoNumber, begin, std::max(begin, end));
+        m_structure.add(m_records, hasNumber ? number : kNoNumber, begin, std::max(begin, end));
+        ++m_added;
     }
 
     /// A scope holds instances of its own, with scopes of their own (an early edition of the format); it is kept whole.
@@ -420,13 +562,14 @@ private:
     /// Behind the string at `open`; null when it is not closed. What was looked at in vain may be looked at again, so a
     /// hostile text that makes it too much gets no more than a glance.
     const char* stringEnd(const char* open) {
-        const bool paid = m_inVain <= kVainLooks * (m_end - m_begin);
-        const char* const limit = paid ? m_end : std::min(m_end, open + kGlance);
+        const char* const limit = mayLookInVain() ? m_end : std::min(m_end, open + kGlance);
         const char* const behind = spf::stringEnd(open, limit);
         if (!behind)
             m_inVain += limit - open;
         return behind;
     }
+
+    bool mayLookInVain() const noexcept { return m_inVain <= kVainLooks * (m_end - m_begin); }
 
     /// Ends the instance before the next line that seems to be none of the string at `open`.
     const char* brokenString(const char* open, std::uint64_t number) {
@@ -494,6 +637,8 @@ private:
     static constexpr std::ptrdiff_t kGlance = 256;
 
     SpfStructure& m_structure;
+    SpfRecords& m_records;
+    std::size_t m_added = 0; // instances
     const char* m_p;
     const char* m_begin;
     const char* m_end;
@@ -503,32 +648,50 @@ private:
     std::ptrdiff_t m_inVain = 0;
     bool m_ended = false;
     bool m_hasData = false;
+    std::vector<Piece> m_pieces;
+    std::size_t m_piece = 0; // the first one that ends past the place at hand
 };
 
 } // namespace
 
-void SpfStructure::add(std::uint64_t number, const char* begin, const char* end) {
+void SpfStructure::add(SpfRecords& records, std::uint64_t number, const char* begin, const char* end) {
     const auto offset = static_cast<std::uint64_t>(begin - text);
     const auto length = static_cast<std::uint64_t>(end - begin);
     largestNumber = std::max(largestNumber, number);
     if (length < kLargeLength) {
-        instances.push_back({number, length << kOffsetBits | offset});
+        records.add({number, length << kOffsetBits | offset});
     } else {
-        instances.push_back({number, kLargeLength << kOffsetBits | large.size()});
+        records.add({number, kLargeLength << kOffsetBits | large.size()});
         large.emplace_back(offset, length);
     }
 }
 
-bool SpfStructure::canBegin(const char* begin, const char* end) {
-    SpfStructure unused;
-    return Scanner(unused, begin, end).canBegin();
+void SpfStructure::take(SpfStructure&& other) {
+    if (!other.large.empty()) {
+        for (const SpfRecords::Block& block : other.blocks)
+            for (SpfInstance& instance : block)
+                if (instance.place >> kOffsetBits == kLargeLength)
+                    instance.place += large.size();
+        large.insert(large.end(), other.large.begin(), other.large.end());
+    }
+    largestNumber = std::max(largestNumber, other.largestNumber);
+    blocks.insert(blocks.end(), other.blocks.begin(), other.blocks.end());
 }
 
-bool SpfStructure::scan(const char* begin, const char* end, std::string& reason) {
+bool SpfStructure::canBegin(const char* begin, const char* end) {
+    SpfStructure unused;
+    SpfRecords records(0);
+    return Scanner(unused, records, begin, end).canBegin();
+}
+
+bool SpfStructure::scan(const char* begin, const char* end, const SpfSharing& sharing, std::string& reason) {
     text = begin;
-    // Room that is not used costs nothing, moving the records would.
-    instances.reserve(static_cast<std::size_t>(end - begin) / 16 + 16);
-    return Scanner(*this, begin, end).scan(reason);
+    m_records.push_back(std::make_unique<SpfRecords>(static_cast<std::size_t>(end - begin)));
+    if (!Scanner(*this, *m_records.front(), begin, end).scan(reason, m_records, sharing))
+        return false;
+    for (const SpfRecords::Block& block : blocks)
+        ++block.page->blocksInUse;
+    return true;
 }
 
 } // namespace VN_SDAI

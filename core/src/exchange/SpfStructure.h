@@ -1,22 +1,16 @@
 #pragma once
-#include "../base/PageMemory.h"
+#include "SpfRecords.h"
 
 #include <VnIfcCore/VnIfcHeader.h>
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 namespace VN_SDAI {
-
-/// Where one instance stands in the text: from behind its "=" up to its semicolon. Two words, because there are as many
-/// as instances: the place of nearly every one fits into the second, others have it in SpfStructure::large.
-struct SpfInstance {
-    std::uint64_t number;
-    std::uint64_t place; ///< offset of the text, and its length in the upper bits
-};
 
 /// Something that is wrong with the text, at a place in it.
 struct SpfFinding {
@@ -42,12 +36,21 @@ struct SpfFinding {
     std::uint64_t number = 0; ///< of the instance; 0 for none
 };
 
+/// The records that each thread found.
+using SpfAllRecords = std::vector<std::unique_ptr<SpfRecords>>;
+
+/// How the search for instances is shared among threads.
+struct SpfSharing {
+    unsigned threads = 1;  ///< 0: as many as the machine has
+    std::size_t piece = 0; ///< bytes of text that one looks through at a time; 0: what is best
+};
+
 /// The structure of an exchange file (ISO 10303-21, 5 and 7 to 11): header entries, and where each instance stands.
 /// Whatever the text holds, every byte is looked at a bounded number of times, and a fault costs no more than the
 /// instance that it is in.
 struct SpfStructure {
     VnIfcHeader header;
-    std::vector<SpfInstance, PageAllocator<SpfInstance>> instances;
+    std::vector<SpfRecords::Block> blocks; ///< of instances, in the order of the text
     std::vector<SpfFinding> findings;
     std::uint64_t largestNumber = 0;
     const char* text = nullptr;
@@ -59,10 +62,14 @@ struct SpfStructure {
             return {text + offset, length};
         return {text + large[offset].first, large[offset].second};
     }
-    void add(std::uint64_t number, const char* begin, const char* end);
+    void add(SpfRecords& records, std::uint64_t number, const char* begin, const char* end);
+    /// Adds instances that another structure of the same text holds.
+    void take(SpfStructure&& other);
+    /// Ends the use of a block.
+    void release(std::size_t block) noexcept { SpfRecords::release(blocks[block]); }
 
-    /// False when the text is no exchange file at all; `reason` says why.
-    bool scan(const char* begin, const char* end, std::string& reason);
+    /// False when the text is no exchange file at all; `reason` says why. The result does not depend on the sharing.
+    bool scan(const char* begin, const char* end, const SpfSharing& sharing, std::string& reason);
     /// False when these first bytes of a text, of 64 KiB at least, show already that it is none.
     static bool canBegin(const char* begin, const char* end);
 
@@ -72,6 +79,7 @@ private:
     static constexpr std::uint64_t kLargeLength = (std::uint64_t{1} << (64 - kOffsetBits)) - 1;
 
     std::vector<std::pair<std::uint64_t, std::uint64_t>> large;
+    SpfAllRecords m_records; // blocks lie there
 };
 
 } // namespace VN_SDAI

@@ -3,56 +3,67 @@
 
 #include "../base/PageMemory.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <vector>
 
 namespace VN_SDAI {
 
-/// The slots of a model: made once, never moved, found by instance number. Dense numbers index a vector, others go
-/// through a hash table, so that memory follows the number of instances and not their numbers. The hash table keeps
-/// neighbours together, for instances refer to near ones most.
+/// The slots of a model: made once, never moved, found by instance number. Slots of dense numbers lie at places that
+/// follow from the number; others go through a hash table, so that memory follows the number of instances and not their
+/// numbers. The hash table keeps neighbours together, for instances refer to near ones most.
 class SlotTable {
 public:
     explicit SlotTable(VnIfcModel* model) noexcept;
 
-    /// Makes room for `count` slots with numbers up to `largest`, most of which are `gap` apart.
-    void reserve(std::size_t count, std::uint64_t largest, std::uint64_t gap);
     VnIfcInstanceSlot* find(std::uint64_t number) const noexcept {
-        if (number < m_dense.size() && m_dense[number])
-            return m_dense[number];
+        if (VnIfcInstanceSlot* slot = pages().find(number))
+            return slot;
         return m_cells.empty() ? nullptr : findHashed(number);
     }
     /// Makes the slot of a number that has none yet.
     VnIfcInstanceSlot* insert(std::uint64_t number);
+
+    /// Makes room in an empty table for `count` slots with numbers up to `largest`, most of which are `gap` apart, which
+    /// makers on several threads may then make.
+    void reserve(std::size_t count, std::uint64_t largest, std::uint64_t gap);
+    class Maker;
+    /// A slot that an instance got although another one has its number.
+    struct Contested {
+        VnIfcInstanceSlot* slot; ///< its number is 0 unless it is the slot of that number
+        std::uint64_t number;
+        bool isTaken = false; ///< for whoever decides between those that got it
+    };
+    /// Takes over what makers made, when all are done. Contested slots in ascending order of their places in memory.
+    std::vector<Contested> finish(std::span<Maker> makers);
+
     /// All slots in ascending order of numbers.
     const std::vector<VnIfcInstanceSlot*>& ordered();
-    /// Calls `visit` for all slots in the order in which they were made.
+    /// The same, as runs of neighbours in memory. Slots with the number 0 among them were never made.
+    std::vector<std::span<VnIfcInstanceSlot>> runs();
+    /// Calls `visit` for all slots.
     template <class Visit>
     void forEachSlot(Visit visit) const;
     /// From now on the slots find another model.
     void belongTo(VnIfcModel* model) noexcept;
     std::uint64_t largest() const noexcept { return m_largest; }
     std::size_t size() const noexcept { return m_count; }
-    /// The vector that dense numbers index, for readers that look up many.
-    std::span<VnIfcInstanceSlot* const> dense() const noexcept { return m_dense; }
+
+    /// Where dense numbers have their slots, until more are made.
+    VnIfcSlotPages pages() const noexcept { return {m_made.data(), m_directPages.data(), m_directEnd}; }
 
     static VnIfcModel* modelOf(const VnIfcInstanceSlot* slot) noexcept;
 
 private:
-    static constexpr std::size_t kPageSize = 16 * 1024;
+    static constexpr std::size_t kPageSize = VnIfcSlotPages::kPageSize;
+    static constexpr std::size_t kSlotsPerPage = VnIfcSlotPages::kSlots;
     /// A slot finds its model through the page that it lies in.
     struct PageHead {
         VnIfcModel* model;
         std::uint64_t padding;
     };
-    /// Several pages at once; the first aligned one begins at `pages`.
-    struct Block {
-        PageMemory memory;
-        char* pages;
-        std::size_t count;
-    };
-    using Slots = std::vector<VnIfcInstanceSlot*, PageAllocator<VnIfcInstanceSlot*>>;
+    static_assert(sizeof(PageHead) == VnIfcSlotPages::kHeadSize);
     /// Holds the number too: to look into the slots would cost a cache miss for each.
     struct Cell {
         std::uint64_t number;
@@ -60,44 +71,105 @@ private:
     };
     using Cells = std::vector<Cell, PageAllocator<Cell>>;
 
-    VnIfcInstanceSlot* newSlot();
+    static VnIfcInstanceSlot* slotsOf(char* page) noexcept { return VnIfcSlotPages::slotsOf(page); }
+    VnIfcInstanceSlot* direct(std::uint64_t number) const noexcept {
+        return slotsOf(m_directPages[number / kSlotsPerPage]) + number % kSlotsPerPage;
+    }
+    VnIfcInstanceSlot* hashed(std::size_t index) const noexcept {
+        return slotsOf(m_hashedPages[index / kSlotsPerPage]) + index % kSlotsPerPage;
+    }
+    bool isInOrder() const noexcept;
+    void noteHashed(std::uint64_t first, std::uint64_t last) noexcept;
+    VnIfcInstanceSlot* insertDirect(std::uint64_t number);
+    VnIfcInstanceSlot* insertHashed(std::uint64_t number);
     VnIfcInstanceSlot* findHashed(std::uint64_t number) const noexcept;
-    void insertHashed(VnIfcInstanceSlot* slot);
+    bool enterHashed(VnIfcInstanceSlot* slot);
+    void takeRows(std::span<Maker> makers);
+    std::vector<Contested> enterAll();
     std::size_t cellOf(std::uint64_t number) const noexcept;
+    std::size_t nextCell(std::size_t cell) const noexcept { return cell + 1 < m_cells.size() ? cell + 1 : 0; }
     void rehash(std::size_t cells);
-
-    void newBlock();
+    char* newPages(std::size_t count);
+    char* newPage();
 
     VnIfcModel* m_model;
-    std::vector<Block> m_blocks;
-    VnIfcInstanceSlot* m_next = nullptr;
-    VnIfcInstanceSlot* m_pageEnd = nullptr;
+    std::vector<PageMemory> m_blocks;
     char* m_nextPage = nullptr;
     char* m_blockEnd = nullptr;
 
     std::size_t m_count = 0;
     std::uint64_t m_largest = 0;
-    Slots m_dense;
+
+    std::uint64_t m_directEnd = 0;     // numbers below have a bit in m_made
+    std::vector<std::uint64_t> m_made; // a bit for each number: its slot is made
+    std::vector<char*> m_directPages;  // null where no slot is made
+
+    std::vector<char*> m_hashedPages;
+    std::size_t m_hashedEnd = 0; // of their slots, the first that is not in use
     Cells m_cells;
     std::size_t m_hashedCount = 0;
     std::size_t m_steps = 0; // taken from one cell to the next by all that were inserted
     std::uint64_t m_multiplier;
     unsigned m_shift = 0;                      // numbers that differ in lower bits only share a cell
+    bool m_hashedInOrder = true;               // the slots of hashed pages have ascending numbers
+    std::uint64_t m_firstHashed = 0;
+    std::uint64_t m_lastHashed = 0;
+    std::uint64_t m_largestDirect = 0;
     std::vector<VnIfcInstanceSlot*> m_ordered; // of the first slots made, when somebody asked last
+};
+
+/// Makes slots of a table on one thread; others may do the same at once.
+class SlotTable::Maker {
+public:
+    explicit Maker(SlotTable& table) noexcept : m_table(table) {}
+
+    /// Begins with a row of instances that follow one another in the file; `index` is that of the first one.
+    void begin(std::size_t index);
+    /// The slot of the next instance of the row.
+    VnIfcInstanceSlot* make(std::uint64_t number) {
+        m_largest = std::max(m_largest, number);
+        return m_table.m_directEnd > 0 ? makeDirect(number) : makeHashed(number);
+    }
+    void end();
+
+private:
+    friend class SlotTable;
+
+    /// What became of the instances of a row, as long as slots are hashed.
+    struct Row {
+        std::size_t index;
+        std::uint64_t first;
+        std::uint64_t last;
+        bool isAscending;
+    };
+
+    VnIfcInstanceSlot* makeDirect(std::uint64_t number);
+    VnIfcInstanceSlot* makeHashed(std::uint64_t number);
+    VnIfcInstanceSlot* onPage(char* page, std::size_t index, std::uint64_t number);
+    void enterBits();
+
+    SlotTable& m_table;
+    char* m_page = nullptr;   // the last one with a head
+    std::uint64_t m_word = 0; // of the bits of the table
+    std::uint64_t m_bits = 0; // made there, and entered when another word follows
+    std::size_t m_index = 0;
+    std::vector<Row> m_rows;
+    std::size_t m_count = 0;
+    std::size_t m_steps = 0;
+    std::uint64_t m_largest = 0;
+    bool m_isCrowded = false;
+    std::vector<Contested> m_contested;
 };
 
 template <class Visit>
 void SlotTable::forEachSlot(Visit visit) const {
-    for (const Block& block : m_blocks) {
-        for (std::size_t i = 0; i < block.count; ++i) {
-            char* const page = block.pages + i * kPageSize;
-            auto* slot = reinterpret_cast<VnIfcInstanceSlot*>(page + sizeof(PageHead));
-            auto* const end = reinterpret_cast<VnIfcInstanceSlot*>(page + kPageSize);
-            for (; slot < end; ++slot) {
-                if (slot == m_next)
-                    return;
-                visit(slot);
-            }
+    for (const auto* pages : {&m_directPages, &m_hashedPages}) {
+        for (char* const page : *pages) {
+            if (!page)
+                continue;
+            for (VnIfcInstanceSlot& slot : std::span(slotsOf(page), kSlotsPerPage))
+                if (slot.number != 0)
+                    visit(&slot);
         }
     }
 }

@@ -265,7 +265,7 @@ std::string segmentText(const Record& segment, bool isLast, const std::string& p
 /// An alignment's part with its segments nested in it; "#12".
 std::string part(Conversion& conversion, std::string_view keyword, std::string_view name,
                  const std::vector<std::string>& parameters) {
-    const std::string head = "(@guid," + conversion.ownerHistory() + ',';
+    const std::string head = "(@guid,@owner,";
     const Value made = conversion.make(std::string(keyword) + head + '\'' + std::string(name) + "',$,$,$,$)");
     std::string segments;
     for (const std::string& each : parameters)
@@ -294,7 +294,7 @@ void nestDesign(Conversion& conversion, const Record& alignment, const Record& c
     if (!verticals.empty())
         parts += (parts.empty() ? "" : ",") + part(conversion, "IFCALIGNMENTVERTICAL", "Vertical", verticals);
     if (!parts.empty())
-        conversion.make("IFCRELNESTS(@guid," + conversion.ownerHistory() + ",$,$,#" +
+        conversion.make("IFCRELNESTS(@guid,@owner,$,$,#" +
                         std::to_string(alignment.number) + ",(" + parts + "))");
 }
 

@@ -123,7 +123,7 @@ constexpr AttributeCase kAttributes[] = {
     {"IfcLinearPlacement", "RelativePlacement", "Distance", distanceOfPlacement, kOnCurve},
     {"IfcLinearPlacement", "RelativePlacement", "PlacementMeasuredAlong", curveOfPlacement, kOnCurve},
     {"IfcLinearPlacement", "RelativePlacement", "Orientation", orientationOfPlacement, kOnCurve},
-    {"IfcLinearPositioningElement", "Axis", "Representation", alignmentShape, kDesign},
+    {"IfcLinearPositioningElement", "Axis,Representation", "Representation", alignmentShape, kDesign},
     {"IfcAlignmentCurve", "Horizontal", "BaseCurve", horizontalCurve, kDesign},
     {"IfcAlignmentCurve", "Vertical", "Segments", gradientSegments, kDesign},
 };
@@ -156,22 +156,24 @@ constexpr std::string_view kHistory =
     "?IFCOWNERHISTORY(IFCPERSONANDORGANIZATION(IFCPERSON($,'Unknown',$,$,$,$,$,$),IFCORGANIZATION($,'Unknown',$,$,$),$),"
     "IFCAPPLICATION(IFCORGANIZATION($,'Unknown',$,$,$),'0','Unknown','Unknown'),$,.NOCHANGE.,$,$,$,0)";
 constexpr std::string_view kUnknown = "'NOTDEFINED'";
+constexpr std::string_view kNumbered = "@number"; // identifiers must differ
 
 // An enumeration without a line gets NOTDEFINED if it has that.
 constexpr DefaultCase kDefaults[] = {
-    {"IfcActionRequest", "RequestID", kUnknown},
-    {"IfcApproval", "Identifier", kUnknown},
+    {"IfcActionRequest", "RequestID", kNumbered},
+    {"IfcApproval", "Identifier", kNumbered},
     {"IfcApproval", "Name", kUnknown},
     {"IfcApprovalRelationship", "Name", kUnknown},
-    {"IfcAsset", "AssetID", kUnknown},
+    {"IfcAsset", "AssetID", kNumbered},
     {"IfcBSplineCurveWithKnots", "KnotSpec", ".PIECEWISE_BEZIER_KNOTS."},
     {"IfcClassification", "Edition", kUnknown},
     {"IfcClassification", "Source", kUnknown},
     {"IfcCompositeCurve", "SelfIntersect", ".F."},
     {"IfcCoordinateReferenceSystem", "Name", kUnknown},
-    {"IfcCostSchedule", "ID", kUnknown},
+    {"IfcCostSchedule", "ID", kNumbered},
     {"IfcCostValue", "CostType", kUnknown},
-    {"IfcDocumentInformation", "DocumentId", kUnknown},
+    {"IfcDerivedProfileDef", "Operator", "IFCCARTESIANTRANSFORMATIONOPERATOR2D(IFCDIRECTION((-1.,0.)),IFCDIRECTION((0.,1.)),IFCCARTESIANPOINT((0.,0.)),1.)"}, // what mirrors
+    {"IfcDocumentInformation", "DocumentId", kNumbered},
     {"IfcFacilityPart", "UsageType", ".NOTDEFINED."},
     {"IfcKerb", "Mountable", ".F."},
     {"IfcKerbType", "Mountable", ".F."},
@@ -179,12 +181,12 @@ constexpr DefaultCase kDefaults[] = {
     {"IfcOwnerHistory", "ChangeAction", ".NOCHANGE."},
     {"IfcParameterizedProfileDef", "Position", kPlacement2D},
     {"IfcPavementType", "Flexible", ".F."},
-    {"IfcPermit", "PermitID", kUnknown},
-    {"IfcProcedure", "ProcedureID", kUnknown},
+    {"IfcPermit", "PermitID", kNumbered},
+    {"IfcProcedure", "ProcedureID", kNumbered},
     {"IfcProfileProperties", "ProfileDefinition", "IFCPROFILEDEF(.AREA.,$)"},
     {"IfcProject", "RepresentationContexts", "?IFCGEOMETRICREPRESENTATIONCONTEXT($,'Model',3,$,IFCAXIS2PLACEMENT3D(IFCCARTESIANPOINT((0.,0.,0.)),$,$),$)"},
     {"IfcProject", "UnitsInContext", "?IFCUNITASSIGNMENT((IFCSIUNIT(*,.LENGTHUNIT.,$,.METRE.)))"},
-    {"IfcProjectOrder", "ID", kUnknown},
+    {"IfcProjectOrder", "ID", kNumbered},
     {"IfcRelAssociatesConstraint", "Intent", kUnknown},
     {"IfcRelSequence", "TimeLag", "0."},
     {"IfcRelSpaceBoundary", "RelatedBuildingElement", "IFCVIRTUALELEMENT(@guid,$,'Virtual boundary',$,$,$,$,$)"},
@@ -209,9 +211,9 @@ constexpr DefaultCase kDefaults[] = {
     {"IfcTable", "Name", kUnknown},
     {"IfcTableRow", "IsHeading", ".F."},
     {"IfcTask", "IsMilestone", ".F."},
-    {"IfcTask", "TaskId", kUnknown},
+    {"IfcTask", "TaskId", kNumbered},
     {"IfcTextStyleFontModel", "FontFamily", "=Name"},
-    {"IfcWorkControl", "Identifier", kUnknown},
+    {"IfcWorkControl", "Identifier", kNumbered},
     {"IfcDoorStyle", "OperationType", ".NOTDEFINED."},
     {"IfcDoorStyle", "ParameterTakesPrecedence", ".F."},
     {"IfcWindowStyle", "ParameterTakesPrecedence", ".F."},

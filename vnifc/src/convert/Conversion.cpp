@@ -3,6 +3,7 @@
 #include <VnIfcCore/VnIfcEntityBase.h>
 #include <VnIfcCore/VnIfcGUID.h>
 #include <VnIfcCore/VnIfcHeader.h>
+#include <VnIfcCore/VnIfcRelease.h>
 
 #include <algorithm>
 #include <stdexcept>
@@ -29,6 +30,18 @@ std::uint64_t hashed(std::string_view text, std::uint64_t seed) noexcept {
     hash ^= hash >> 29;
     hash *= 0xBF58476D1CE4E5B9;
     return hash ^ (hash >> 32);
+}
+
+/// The name in FILE_SCHEMA for which the release's classes are taken: its own, unless a later text took that over.
+std::string fileSchema(std::string_view release) {
+    const std::string own(release);
+    const VnIfcRelease* found = vnFindRelease(release);
+    if (!found || vnChooseRelease(std::span(&own, 1)).release == found)
+        return own;
+    std::string_view last = release;
+    for (const VnIfcServedName& name : found->serves)
+        last = name.isPrefix ? last : name.text;
+    return std::string(last);
 }
 
 } // namespace
@@ -170,7 +183,8 @@ double Conversion::unitFactor(std::string_view kind) {
     return m_unitFactors.emplace(kind, factor).first->second;
 }
 
-std::string Conversion::newGuid(std::string_view purpose) {
+/// A GlobalId for something new, the same in each run.
+Value Conversion::newGuid(std::string_view purpose) {
     const Value& own = (*m_record)["GlobalId"];
     std::string seed(own.isSet() ? own.text : '#' + std::to_string(m_record->number));
     seed.append("/").append(purpose).append("/").append(std::to_string(m_guids++));
@@ -180,21 +194,22 @@ std::string Conversion::newGuid(std::string_view purpose) {
         for (std::size_t i = 0; i < 8; ++i)
             bytes[half * 8 + i] = static_cast<std::uint8_t>(hash >> (8 * i));
     }
-    return '\'' + std::string(VnIfcGUID::fromBytes(bytes).view()) + '\'';
+    return Value::string(VnIfcGUID::fromBytes(bytes).view());
 }
 
-std::string Conversion::ownerHistory() {
+/// The first owner history of the source, for what is added; without one, what the target demands.
+Value Conversion::ownerHistory() {
     if (m_ownerHistory)
         return *m_ownerHistory;
-    m_ownerHistory = "$";
+    m_ownerHistory = Value::unset();
     const std::vector<std::uint64_t> numbers = instancesOf("IfcOwnerHistory");
     const Layout& root = m_target.layout(*m_target.entity("IfcRoot"));
     if (!numbers.empty())
-        m_ownerHistory = '#' + std::to_string(numbers.front());
+        m_ownerHistory = Value::reference(numbers.front());
     else if (!root.fields[root.find("OwnerHistory")].isOptional)
         for (const DefaultCase& each : defaultCases())
             if (each.entity == "IfcRoot" && each.attribute == "OwnerHistory")
-                m_ownerHistory = '#' + std::to_string(make(each.value.substr(1), true).number);
+                m_ownerHistory = make(each.value.substr(1), true);
     return *m_ownerHistory;
 }
 
@@ -267,7 +282,7 @@ std::string Conversion::assemble(ConvertResult& result) const {
     VnIfcHeader header = m_sourceModel.header();
     if (header.entries().empty())
         header = VnIfcHeader::standard(m_target.name(), "", "1970-01-01T00:00:00");
-    header.set("FILE_SCHEMA", "('" + std::string(m_target.name()) + "')");
+    header.set("FILE_SCHEMA", "('" + fileSchema(m_target.name()) + "')");
     for (const VnIfcHeader::Entry& entry : header.entries())
         out += entry.keyword + '(' + entry.parameters + ");\n";
     out += "ENDSEC;\nDATA;\n";

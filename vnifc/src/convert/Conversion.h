@@ -82,12 +82,8 @@ public:
     /// Instances of the source of that entity and its subtypes.
     std::vector<std::uint64_t> instancesOf(std::string_view entity);
     /// Adds to the target what the text describes, "IFCCARTESIANPOINT((0.,0.))", instances in it too, and refers to
-    /// it. `shared`: one instance for equal texts.
+    /// it. Placeholders are those of DefaultCase. `shared`: one instance for equal texts.
     Value make(std::string_view text, bool shared = false);
-    /// A GlobalId for something new, the same in each run, in apostrophes.
-    std::string newGuid(std::string_view purpose);
-    /// The first owner history of the source, or "$", for what is added.
-    std::string ownerHistory();
     Release& source() noexcept { return m_source; }
     Release& target() noexcept { return m_target; }
     /// SI units in the source's unit of that kind, "TIMEUNIT".
@@ -168,12 +164,15 @@ private:
     Plan planTo(const Plan& plan, const Mapping& mapping);
     std::vector<Mapping> retreats(const Plan& plan) const;
     Value build(const Value& value, bool shared);
+    Value valueOfPlaceholder(const Value& value);
+    Value newGuid(std::string_view purpose);
+    Value ownerHistory();
     void forget(std::size_t findings);
 
     // Properties.cpp: attributes that become properties
     void keepRest(const Record& record, Draft& draft);
     std::string propertyOf(std::string_view name, const Value& value, const Type* from);
-    bool keepProperties(const Record& record, Draft& draft, std::string_view set, const std::string& properties);
+    bool keepProperties(Draft& draft, std::string_view set, const std::string& properties);
 
     // Fitting.cpp: one value
     bool fit(Value& value, const Type* from, const Type* to, const VN_SDAI::typed::EnumerationClass* words = nullptr);
@@ -213,7 +212,7 @@ private:
     std::vector<std::pair<std::uint64_t, std::string>> m_sharedTexts;
     std::uint64_t m_nextNumber = 1;
     std::map<std::string, double, std::less<>> m_unitFactors;
-    std::optional<std::string> m_ownerHistory;
+    std::optional<Value> m_ownerHistory;
 
     // The instance at hand
     Outcome* m_outcome = nullptr;

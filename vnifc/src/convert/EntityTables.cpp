@@ -19,6 +19,8 @@ constexpr std::string_view kFaces = "the same faces, each with points of its own
 constexpr std::string_view kMaterialSets = "material sets of that kind came later; the materials are kept";
 constexpr std::string_view kDesign = "alignments became nested elements with design parameters";
 
+constexpr std::string_view kAbstract = "the entity was made abstract";
+
 constexpr EntityCase kEntities[] = {
     // Other names
     {"IfcBuildingElement", "IfcBuiltElement", "", kRenamed},
@@ -53,6 +55,12 @@ constexpr EntityCase kEntities[] = {
     {"IfcVehicleType", "IfcTransportElementType", "", "vehicles became entities of their own"},
     {"IfcMapConversionScaled", "IfcMapConversion", "", "factors for each axis came later"},
     {"IfcTriangulatedIrregularNetwork", "IfcTriangulatedFaceSet", "", "the flags of triangles came later"},
+
+    // Made abstract
+    {"IfcProductRepresentation", "IfcProductDefinitionShape", "", kAbstract},
+    {"IfcRepresentation", "IfcShapeRepresentation", "", kAbstract},
+    {"IfcRepresentationContext", "IfcGeometricRepresentationContext", "", kAbstract},
+    {"IfcFacilityPart", "IfcFacilityPartCommon", "", kAbstract},
 
     // Special cases that were given up
     {"IfcBeamStandardCase", "IfcBeam", "", kSpecialCase},
@@ -167,7 +175,6 @@ constexpr StandInCase kStandIns[] = {
     {"IfcTransportationDeviceType", "IfcTransportElementType"},
     {"IfcElement", "IfcBuildingElementProxy"},
     {"IfcElementType", "IfcBuildingElementProxyType"},
-    {"IfcFacilityPart", "IfcFacilityPartCommon"},
     {"IfcFacilityPart", "IfcBuildingStorey"},
     {"IfcFacility", "IfcBuilding"},
     {"IfcSpatialStructureElement", "IfcBuilding"},
@@ -178,9 +185,6 @@ constexpr StandInCase kStandIns[] = {
     {"IfcProcess", "IfcTask"},
     {"IfcControl", "IfcActionRequest"},
     {"IfcStructuralAction", "IfcStructuralLinearAction"},
-    {"IfcRepresentation", "IfcShapeRepresentation"},
-    {"IfcProductRepresentation", "IfcProductDefinitionShape"},
-    {"IfcRepresentationContext", "IfcGeometricRepresentationContext"},
     {"IfcCoordinateReferenceSystem", "IfcProjectedCRS"},
 };
 

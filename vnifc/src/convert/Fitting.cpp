@@ -150,13 +150,13 @@ bool Conversion::fitAggregate(Value& value, const Type* from, const VnIfcAggrega
     else
         items.push_back(std::move(value));
     value = Value::list({});
-    const std::size_t count = items.size();
+    // What was too short before is no fault of the conversion.
+    const std::size_t enough = list ? items.size() : static_cast<std::size_t>(to.lowerBound().value());
     for (Value& each : items)
         appendFitting(value.items, std::move(each), element, to.elementType());
     const auto lower = static_cast<std::size_t>(to.lowerBound().value());
     m_reasonLost = kTooFew;
-    // What was too short before is no fault of the conversion.
-    return value.items.size() >= lower || value.items.size() >= count;
+    return value.items.size() >= lower || value.items.size() >= enough;
 }
 
 /// Appends an element, or the several that stand in it.

@@ -157,7 +157,11 @@ void Conversion::carryField(const Record& record, const Plan& plan, std::size_t 
     m_targetAttribute = to.name;
     Value value = record.values[position];
     const std::size_t told = m_outcome->findings.size();
-    if (step.isSafe || fitField(record, plan, position, value)) {
+    bool isAsPlanned = step.isSafe;
+    forEachReference(value, [&](std::uint64_t number) {
+        isAsPlanned = isAsPlanned && !m_gone.contains(number) && !m_others.contains(number);
+    });
+    if (isAsPlanned || fitField(record, plan, position, value)) {
         draft.values[step.target] = std::move(value);
         if (step.attributeCase)
             tell(ConvertKind::kMovedAttribute, from.name, shown(record.values[position]), std::string(to.name),
@@ -175,7 +179,10 @@ bool Conversion::fitField(const Record& record, const Plan& plan, std::size_t po
     const std::size_t told = m_outcome->findings.size();
     const bool fits = fit(value, from.type, to.type, to.enumeration());
     const std::size_t i = find(record.number);
-    if (m_instances[i].object->keepsText(static_cast<unsigned>(position)) && (!fits || m_isPartLost)) {
+    // Binary values are always kept as text.
+    const bool isKept = from.kind() != typed::AttributeKind::kBinary && !from.row->isBinary &&
+                        m_instances[i].object->keepsText(static_cast<unsigned>(position));
+    if (isKept && (!fits || m_isPartLost)) {
         forget(told);
         value = record.values[position];
         tell(ConvertKind::kKeptText, from.name, shown(value), shown(value), kOwnFault);
@@ -223,6 +230,10 @@ void Conversion::compute(const Record& record, const Plan& plan, Draft& draft) {
         if (draft.values[position].isSet())
             continue;
         Value value = each->compute(*this, record, before);
+        forEachReference(Value(value), [&](std::uint64_t number) {
+            if (m_gone.contains(number))
+                value = Value::unset();
+        });
         const Type* type = plan.target->fields[position].type;
         if (value.isSet() && !value.is(Value::Kind::kList) && asAggregation(type))
             value = Value::list({std::move(value)});
@@ -312,7 +323,7 @@ bool Conversion::fill(const Record& record, const Plan& plan, Draft& draft) {
         const auto step = std::ranges::find(plan.steps, i, &Step::target);
         const std::size_t position = static_cast<std::size_t>(step - plan.steps.begin());
         const bool wasUnset = step != plan.steps.end() && !plan.source->fields[position].isOptional &&
-                              !record.values[position].isSet();
+                              !plan.source->fields[position].isDerived && !record.values[position].isSet();
         if (wasUnset)
             continue; // the fault of the file
         m_attribute = m_targetAttribute = field.name;
@@ -359,12 +370,8 @@ Value Conversion::make(std::string_view text, bool shared) {
     if (shared)
         if (const auto found = m_shared.find(text); found != m_shared.end())
             return Value::reference(found->second);
-    std::string complete(text);
-    constexpr std::string_view kGuid = "@guid";
-    for (std::size_t at = complete.find(kGuid); at != complete.npos; at = complete.find(kGuid))
-        complete.replace(at, kGuid.size(), newGuid(m_attribute));
     Values values;
-    if (!parseList(complete, values) || values.size() != 1)
+    if (!parseList(text, values) || values.size() != 1)
         return {};
     Value made = build(values.front(), shared);
     if (shared && made.is(Value::Kind::kReference))
@@ -372,7 +379,21 @@ Value Conversion::make(std::string_view text, bool shared) {
     return made;
 }
 
+Value Conversion::valueOfPlaceholder(const Value& value) {
+    if (value.text == "@guid")
+        return newGuid(m_attribute);
+    if (value.text == "@owner")
+        return ownerHistory();
+    if (value.text == "@self")
+        return Value::reference(m_record->number);
+    if (value.text == "@number")
+        return Value::string('#' + std::to_string(m_record->number));
+    return value;
+}
+
 Value Conversion::build(const Value& value, bool shared) {
+    if (value.is(Value::Kind::kOpaque))
+        return valueOfPlaceholder(value);
     Value result = value;
     for (Value& each : result.items)
         each = build(each, shared);

@@ -52,12 +52,15 @@ bool isSingle(const typed::InverseRow& inverse) noexcept {
     return inverse.attribute.kind == typed::AttributeKind::kReference || inverse.upper == 1;
 }
 
-/// True when the entity, if there is one, has the same inverse attribute, for one instance as well.
+/// True when the entity, if there is one, has such an inverse attribute, for one instance as well. It may have another
+/// name, or count instances of a supertype too.
 bool hasSingle(const EntityType* entity, const typed::InverseRow& inverse) noexcept {
     for (; entity; entity = entity->supertype())
         for (const typed::InverseRow& each : entity->entityClass()->inverses)
-            if (equalNames(each.attribute.name, inverse.attribute.name))
-                return isSingle(each) && equalNames(each.attribute.typeText, inverse.attribute.typeText);
+            if (isSingle(each) && equalNames(each.inverted, inverse.inverted) &&
+                (equalNames(each.attribute.typeText, inverse.attribute.typeText) ||
+                 equalNames(each.attribute.name, inverse.attribute.name)))
+                return true;
     return false;
 }
 
@@ -166,14 +169,13 @@ void Conversion::planStep(const Plan& plan, const Field& field, Step& step) cons
 
 /// Lines with a function hold where the target lacks the attribute or the entity that they begin with.
 void Conversion::planComputed(Plan& plan) {
-    const bool isSameEntity = plan.mapping.way == Mapping::Way::kSame;
     for (const AttributeCase& each : attributeCases()) {
         if (!each.compute || !isNamed(*plan.source->entity, each.entity))
             continue;
         const std::string_view first = firstName(each.attribute);
         if (plan.source->find(first) == Layout::kNone || plan.target->find(each.other) == Layout::kNone)
             continue;
-        if (isSameEntity && plan.target->find(first) != Layout::kNone)
+        if (plan.target->find(first) != Layout::kNone && isNamed(*plan.target->entity, each.entity))
             continue;
         plan.computed.push_back(&each);
         forEachName(each.attribute, [&](std::string_view name) {

@@ -46,7 +46,7 @@ void Conversion::keepRest(const Record& record, Draft& draft) {
         std::string texts;
         for (const Property& each : properties)
             texts += (texts.empty() ? "" : ",") + each.text;
-        const bool isKept = keepProperties(record, draft, set, texts);
+        const bool isKept = keepProperties(draft, set, texts);
         for (const Property& each : properties) {
             const Field& field = record.layout->fields[each.rest.position];
             tell(isKept ? ConvertKind::kKeptAsProperty : ConvertKind::kLostValue, field.name,
@@ -89,12 +89,7 @@ std::string Conversion::propertyOf(std::string_view name, const Value& value, co
 }
 
 /// Puts properties where such an instance has them; false when it can have none.
-bool Conversion::keepProperties(const Record& record, Draft& draft, std::string_view set,
-                                const std::string& properties) {
-    const std::string owner = m_target.layout(*m_target.entity("IfcPropertySet")).find("OwnerHistory") != Layout::kNone
-                                  ? ownerHistory()
-                                  : "$";
-    const std::string self = '#' + std::to_string(record.number);
+bool Conversion::keepProperties(Draft& draft, std::string_view set, const std::string& properties) {
     const auto append = [&](Value& place, const Value& items) {
         if (!place.is(Value::Kind::kList))
             place = Value::list({});
@@ -105,16 +100,16 @@ bool Conversion::keepProperties(const Record& record, Draft& draft, std::string_
         if (Value* place = draft.find(name))
             return append(*place, make('(' + properties + ')'));
     const std::string named = "'" + std::string(set) + "',$,(" + properties + ")";
-    const std::string setText = "IFCPROPERTYSET(@guid," + owner + ',' + named + ')';
+    const std::string setText = "IFCPROPERTYSET(@guid,@owner," + named + ')';
     if (isNamed(*draft.layout->entity, "IfcObject"))
-        return make("IFCRELDEFINESBYPROPERTIES(@guid," + owner + ",$,$,(" + self + ")," + setText + ')').isSet();
+        return make("IFCRELDEFINESBYPROPERTIES(@guid,@owner,$,$,(@self)," + setText + ')').isSet();
     if (isNamed(*draft.layout->entity, "IfcTypeObject"))
         return append(*draft.find("HasPropertySets"), make('(' + setText + ')'));
     for (const auto& [entity, holder] : {std::pair{"IfcProfileDef", "IfcProfileProperties"},
                                          std::pair{"IfcMaterialDefinition", "IfcMaterialProperties"}}) {
         const EntityType* type = m_target.concrete(holder);
         if (type && isNamed(*draft.layout->entity, entity) && m_target.layout(*type).find("Properties") != Layout::kNone)
-            return make(std::string(m_target.layout(*type).keyword) + '(' + named + ',' + self + ')').isSet();
+            return make(std::string(m_target.layout(*type).keyword) + '(' + named + ",@self)").isSet();
     }
     return false;
 }

@@ -49,8 +49,8 @@ struct LiteralCase {
 };
 
 /// What a mandatory attribute gets that has no value: a value, "=Name" for that of another attribute,
-/// "ENTITY(...)" for a new instance, "?ENTITY(...)" for the first one of the model, if there is one; @guid stands for a
-/// new identifier.
+/// "ENTITY(...)" for a new instance, "?ENTITY(...)" for the first one of the model, if there is one. @guid stands for a
+/// new GlobalId, @self for the instance, @number for its number as a text, @owner for an owner history.
 struct DefaultCase {
     std::string_view entity;
     std::string_view attribute;
