@@ -3,6 +3,8 @@
 #include "TypedValue.h"
 #include "WriteModel.h"
 
+#include <VnIfcCore/VnIfcGUID.h>
+
 #include <fmt/format.h>
 
 #include <set>
@@ -16,7 +18,7 @@ namespace {
 /// Changes a model as a user asks for it, and says what cannot be done.
 class Editor {
 public:
-    explicit Editor(const VnIfcModel& model) noexcept : m_model(model) {}
+    Editor(const VnIfcModel& model, bool quiet) noexcept : m_model(model), m_quiet(quiet) {}
 
     /// "#12.Name=Some name".
     void set(std::string_view change) {
@@ -25,6 +27,7 @@ public:
             return refuse(fmt::format("expected #ID.NAME=VALUE, found {}", change));
         attempt(change.substr(0, equals), [&](VnIfcEntityBase& instance, const Attribute& attribute) {
             TypedValue(instance, attribute, change.substr(equals + 1)).putInto(instance);
+            warnOfGlobalId(instance, attribute);
         });
     }
     /// "#12.Name".
@@ -56,12 +59,20 @@ private:
         refuse(failure.what());
     }
 
+    void warnOfGlobalId(const VnIfcEntityBase& instance, const Attribute& attribute) const {
+        const VnIfcGUID* id = attribute.position == 0 ? instance.globalId() : nullptr;
+        if (id && !id->isUnset() && !id->isValid() && !m_quiet)
+            say(fmt::format("warning: {} is no globally unique identifier: {}", placeOf(instance, attribute),
+                            id->view()));
+    }
+
     void refuse(const std::string& reason) {
         ++m_refused;
         say(reason);
     }
 
     const VnIfcModel& m_model;
+    bool m_quiet;
     std::set<std::pair<std::uint64_t, unsigned>> m_changed;
     unsigned m_refused = 0;
 };
@@ -70,7 +81,7 @@ private:
 
 ExitCode edit(const ReadFlags& flags, const std::string& target, const Changes& changes) {
     const LoadedFile file(flags);
-    Editor editor(file.model());
+    Editor editor(file.model(), flags.quiet);
     for (const std::string& change : changes.set)
         editor.set(change);
     for (const std::string& place : changes.unset)

@@ -131,6 +131,25 @@ bool EntityFilter::matches(const VnIfcEntityBase& instance) const {
     return m_withSubtypes ? instance.isKindOf(m_type) : instance.isInstanceOf(m_type);
 }
 
+namespace {
+
+/// By attribute; what follows the last one has no name.
+void writeKept(JsonWriter& json, const VnIfcEntityBase& instance) {
+    const auto texts = instance.keptTexts();
+    if (texts.empty())
+        return;
+    const std::vector<Attribute>& attributes = attributesOf(*instance.getInstanceType());
+    json.key("kept");
+    json.beginObject();
+    for (const auto& [position, text] : texts) {
+        json.key(position < attributes.size() ? attributes[position].name->view() : std::string_view());
+        json.string(text);
+    }
+    json.endObject();
+}
+
+} // namespace
+
 void writeInstance(JsonWriter& json, const VnIfcEntityBase& instance, InstanceDetail detail) {
     json.beginObject();
     json.key("id");
@@ -142,6 +161,7 @@ void writeInstance(JsonWriter& json, const VnIfcEntityBase& instance, InstanceDe
         json.beginObject();
         writeAttributes(json, instance, detail.describe);
         json.endObject();
+        writeKept(json, instance);
         if (detail.inverses) {
             json.key("inverse");
             writeInverses(json, instance, detail.describe);

@@ -61,8 +61,8 @@ struct InstanceDetail {
     bool inverses = false;
 };
 
-/// Writes an instance as an object: id, type, and the attributes by name; of one without a class, the text of its
-/// parameters.
+/// Writes an instance as an object: id, type, the attributes by name, and what is kept as text because they cannot hold
+/// it, if there is such; of one without a class, the text of its parameters.
 void writeInstance(JsonWriter& json, const VN_SDAI::VnIfcEntityBase& instance, InstanceDetail detail = {});
 
 } // namespace vnifc

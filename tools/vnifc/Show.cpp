@@ -25,11 +25,15 @@ void printWords(const VnIfcEntityBase& instance) {
     std::size_t width = 0;
     for (const Attribute& attribute : attributesOf(*type))
         width = std::max<std::size_t>(width, attribute.name->length());
+    const auto keptWords = [](std::string_view text) {
+        return text.empty() ? std::string() : printable(fmt::format("  (the file has {}, kept as text)", text));
+    };
     VnIfcVariant value;
     for (const Attribute& attribute : attributesOf(*type)) {
         const bool hasValue = !attribute.isDerived && instance.getAttr(*attribute.name, value);
         const std::string words = hasValue ? printable(wordsOf(value, attribute.mayBeEmpty)) : "* (derived)";
-        fmt::print("{:<{}}  {}\n", attribute.name->constStr(), width, words);
+        fmt::print("{:<{}}  {}{}\n", attribute.name->constStr(), width, words,
+                   keptWords(instance.keptText(attribute.position)));
     }
 }
 

@@ -34,6 +34,8 @@ public:
     const std::vector<Node>& nodes() const noexcept { return m_nodes; }
     /// The elements that are nowhere in it.
     const Population::Counts& outside() const noexcept { return m_outside; }
+    /// How often an instance belongs to a whole although it stands below another one.
+    std::size_t repeated() const noexcept { return m_repeated; }
 
 private:
     /// An instance that is to be taken in below a node.
@@ -53,6 +55,7 @@ private:
     std::unordered_set<const VnIfcEntityBase*> m_known;
     std::vector<Node> m_nodes;
     Population::Counts m_outside;
+    std::size_t m_repeated = 0;
 };
 
 Instances partsOf(const VnIfcEntityBase& whole) {
@@ -100,8 +103,10 @@ void Structure::addAllBelow(const VnIfcEntityBase& root) {
     while (!pending.empty()) {
         const Pending next = pending.back();
         pending.pop_back();
-        if (!m_known.insert(next.instance).second)
+        if (!m_known.insert(next.instance).second) {
+            m_repeated += next.parent != kNoParent;
             continue;
+        }
         const std::size_t parent = place(next);
         const Instances parts = partsOf(*next.instance);
         for (auto part = parts.rbegin(); part != parts.rend(); ++part)
@@ -206,6 +211,9 @@ ExitCode tree(const ReadFlags& flags, std::optional<unsigned> depth, bool json) 
     const LoadedFile file(flags, {.inverses = true});
     const Structure structure(file.model(), depth.value_or(std::numeric_limits<unsigned>::max()));
     (json ? printJson : printText)(structure);
+    if (structure.repeated() > 0 && !flags.quiet)
+        say(fmt::format("{} times an instance belongs to more than one whole; it is counted in the first only",
+                        structure.repeated()));
     return file.exitCode();
 }
 

@@ -100,7 +100,7 @@ private:
     }
 
     void select(const VnIfcSelect& value) {
-        if (!value.isSet())
+        if (!value.hasValue())
             return m_visitor.unset();
         if (value.kind() == VnTypeCodeKind::kEntity)
             return reference(value.getHandle());

@@ -1,6 +1,7 @@
 #include "WriteModel.h"
 
 #include "Archive.h"
+#include "Messages.h"
 #include "Output.h"
 #include "Progress.h"
 
@@ -15,6 +16,11 @@ std::uint64_t writeModel(const VnIfcModel& model, const std::string& target, con
     VnIfcWriteOptions options;
     options.progress = progress.callback();
     options.threads = flags.threads;
+    options.diagnostics = [&](const VnIfcDiagnostic& diagnostic) {
+        // What is only unusual was so in the file that was read.
+        if (diagnostic.severity == VnIfcDiagnostic::kError && !flags.quiet)
+            say(diagnostic.text());
+    };
     if (target == "-" || isArchiveName(target)) {
         const std::string text = model.writeText(options);
         target == "-" ? writeToStandardOutput(text) : writeArchive(target, text);

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <map>
@@ -72,7 +73,7 @@ void addShow(CLI::App& app, Task& task) {
     addReadFlags(*command, *options);
     command->add_option("INSTANCE", options->address, "#ID, ID or GlobalId")->required();
     command->add_flag("--json", options->json, "print one JSON object");
-    command->add_flag("--inverse", options->inverses, "inverse attributes too: what refers to the instance");
+    command->add_flag("--inverse", options->inverses, "the inverse attributes that the schema has, too: what refers to the instance by them");
     command->callback([&task, options] {
         task = [options] { return show(*options, options->address, options->json, options->inverses); };
     });
@@ -219,6 +220,22 @@ void addSchema(CLI::App& app, Task& task) {
         [&task, options] { task = [options] { return schema(options->release, options->name, options->json); }; });
 }
 
+/// "help info" means "info --help", and the beginning of one command's name alone means that command.
+void completeCommand(const CLI::App& app, std::vector<std::string>& arguments) {
+    if (!arguments.empty() && arguments[0] == "help") {
+        arguments.erase(arguments.begin());
+        arguments.emplace_back("--help");
+    }
+    if (arguments.empty() || arguments[0].starts_with('-'))
+        return;
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+        if (command->get_name().starts_with(arguments[0]))
+            names.push_back(command->get_name());
+    if (names.size() == 1)
+        arguments[0] = names[0];
+}
+
 int run(int argc, char** argv) {
     Task task;
     CLI::App app("vnifc reads, shows and writes IFC files (ISO 16739) in the exchange format of ISO 10303-21.",
@@ -238,8 +255,11 @@ int run(int argc, char** argv) {
     addCheck(app, task);
     addConvert(app, task);
     addSchema(app, task);
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    completeCommand(app, arguments);
+    std::ranges::reverse(arguments); // as the parser wants them
     try {
-        app.parse(argc, argv);
+        app.parse(arguments);
     } catch (const CLI::ParseError& end) {
         return app.exit(end) == 0 ? kSuccess : kWrongUse;
     }
