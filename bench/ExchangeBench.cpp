@@ -90,7 +90,8 @@ VnIfcModel& loaded() {
     if (model.count() == 0) {
         VnIfcReadOptions options;
         options.inverses = false;
-        model.readFile(fileName(), options);
+        if (!model.readFile(fileName(), options))
+            std::abort();
     }
     return model;
 }
@@ -120,7 +121,8 @@ void setInverses(benchmark::State& state) {
     for (auto _ : state) {
         state.PauseTiming();
         model.clear();
-        model.readFile(fileName(), options);
+        if (!model.readFile(fileName(), options))
+            std::abort();
         state.ResumeTiming();
         model.setInverseCounterParts();
     }
