@@ -97,6 +97,12 @@ public:
     /// Null when that holds for the source itself.
     VnDbObjectId copy(const VnDbObjectId& source);
     VnDbObjectId copy(const VnDbObjectId& source, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies);
+    /// As copy; tells what becomes of an instance whose schema is another one. Attributes go by name; those that the
+    /// source does not have are unset ("mandatory" where this schema demands a value), those that the copy does not have
+    /// are left out ("no-attribute"), and values that do not fit are kept as text, with the codes that reading has.
+    /// `instance` in a finding is the copy.
+    VnDbObjectId copy(const VnDbObjectId& source, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies,
+                      const VnIfcDiagnosticSink& diagnostics);
     /// Erases an instance: it is no longer found or written, its handle opens to null, and it leaves the inverse
     /// attributes of others, also of those that it referred to before it was changed. An inverse attribute that holds a
     /// single instance goes to another one that refers by it, if there is one. References to the instance stay where

@@ -1,3 +1,4 @@
+#include "../exchange/SpfDiagnostics.h"
 #include "../exchange/SpfInstanceReader.h"
 #include "../exchange/SpfInstanceWriter.h"
 #include "../exchange/SpfScan.h"
@@ -31,10 +32,14 @@ public:
             if (!place.isDerived && found != from.fields.end())
                 place.source = static_cast<std::size_t>(found - from.fields.begin());
         }
+        for (std::size_t i = 0; i < from.fields.size(); ++i)
+            if (std::ranges::find(m_places, std::optional(i), &Place::source) == m_places.end())
+                m_leftOut.emplace_back(i, from.fields[i]->name);
     }
 
-    /// Of "KEYWORD(...)".
-    std::string place(std::string text) const {
+    /// Of "KEYWORD(...)". `leaveOut(name, text)` is called for each value that has no place.
+    template <class LeaveOut>
+    std::string place(std::string text, LeaveOut leaveOut) const {
         text.append(spf::kPadding, '\0');
         const char* const end = text.data() + text.size() - spf::kPadding;
         const char* p = text.data() + text.find('(') + 1;
@@ -45,6 +50,9 @@ public:
             parameters.emplace_back(p, static_cast<std::size_t>(next - p));
             p = next + 1;
         }
+        for (const auto& [source, name] : m_leftOut)
+            if (source < parameters.size() && parameters[source] != "$" && parameters[source] != "*")
+                leaveOut(name, parameters[source]);
         for (const Place& place : m_places) {
             const bool isThere = place.source && *place.source < parameters.size();
             result.append(&place == m_places.data() ? "" : ",");
@@ -59,12 +67,14 @@ private:
         bool isDerived = false;
     };
     std::vector<Place> m_places;
+    std::vector<std::pair<std::size_t, const char*>> m_leftOut; ///< place in the other list, and name
 };
 
 class Copier {
 public:
-    Copier(VnIfcModel::Data& target, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies)
-        : m_target(target), m_reader(target), m_copies(copies) {
+    Copier(VnIfcModel::Data& target, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies,
+           const VnIfcDiagnosticSink& diagnostics)
+        : m_target(target), m_reader(target, diagnostics != nullptr), m_copies(copies), m_diagnostics(diagnostics) {
         for (const auto& [source, copy] : copies)
             m_counterparts.emplace(source.slot(), copy.slot());
     }
@@ -125,8 +135,16 @@ private:
                                   copied = last;
                               });
         text.append(copied, from.data() + from.size() - spf::kPadding);
-        const PlacesByName* places = placesOf(source->object()->getInstanceType());
-        read(places ? places->place(text) : text, copy);
+        const VnIfcEntityType* type = source->object()->getInstanceType();
+        const PlacesByName* places = placesOf(type);
+        if (!places)
+            return read(text, copy);
+        read(places->place(text,
+                           [&](const char* name, std::string_view value) {
+                               if (m_diagnostics)
+                                   m_diagnostics(leftOut(*type, name, value, copy->number));
+                           }),
+             copy, true);
     }
 
     /// Null when the parameters stand in the same places, or the target has no such entity.
@@ -140,8 +158,37 @@ private:
 
     static std::string padded(std::string_view text) { return std::string(text).append(spf::kPadding, '\0'); }
 
-    void read(std::string_view text, VnIfcInstanceSlot* slot) {
-        m_reader.read({padded(text).data(), text.size()}, slot);
+    static VnIfcDiagnostic leftOut(const VnIfcEntityType& type, const char* name, std::string_view value,
+                                   std::uint64_t copy) {
+        VnIfcDiagnostic diagnostic;
+        diagnostic.severity = VnIfcDiagnostic::kWarning;
+        diagnostic.code = "no-attribute";
+        diagnostic.instance = copy;
+        diagnostic.keyword = type.name();
+        diagnostic.attribute = name;
+        diagnostic.found = value;
+        diagnostic.expected = "an attribute that the copy has; the value is left out";
+        return diagnostic;
+    }
+
+    void tell(const std::string& text) {
+        VnIfcFileResult counted;
+        VnIfcReadOptions options;
+        options.diagnostics = [&](VnIfcDiagnostic diagnostic) {
+            diagnostic.line = diagnostic.column = 0; // it stands in no file
+            m_diagnostics(diagnostic);
+        };
+        SpfDiagnostics diagnostics("", text.data(), text.data() + text.size(), options, counted);
+        std::ranges::stable_sort(m_reader.remarks(), {}, &SpfRemark::begin);
+        for (const SpfRemark& remark : m_reader.remarks())
+            diagnostics.report(remark);
+    }
+
+    void read(std::string_view text, VnIfcInstanceSlot* slot, bool isOfOtherSchema = false) {
+        const std::string copied = padded(text);
+        m_reader.read({copied.data(), text.size()}, slot);
+        if (isOfOtherSchema && m_diagnostics)
+            tell(copied);
         m_reader.remarks().clear();
         for (auto& [keeper, kept] : m_reader.kept())
             m_target.kept.emplace(keeper, std::move(kept));
@@ -152,6 +199,7 @@ private:
     VnIfcModel::Data& m_target;
     SpfInstanceReader m_reader;
     std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& m_copies;
+    const VnIfcDiagnosticSink& m_diagnostics;
     std::unordered_map<VnIfcInstanceSlot*, VnIfcInstanceSlot*> m_counterparts;
     std::vector<std::pair<VnIfcInstanceSlot*, VnIfcInstanceSlot*>> m_pending;
     std::unordered_map<const VnIfcEntityType*, PlacesByName> m_places;
@@ -165,13 +213,18 @@ VnDbObjectId VnIfcModel::copy(const VnDbObjectId& source) {
 }
 
 VnDbObjectId VnIfcModel::copy(const VnDbObjectId& source, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies) {
+    return copy(source, copies, {});
+}
+
+VnDbObjectId VnIfcModel::copy(const VnDbObjectId& source, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies,
+                              const VnIfcDiagnosticSink& diagnostics) {
     const VnIfcEntityBase* instance = source.openObject();
     if (!instance)
         return {};
     const VnIfcEntityType* type = instance->getInstanceType();
     if (type && !m_data->schema->entity(type->name()))
         return {};
-    Copier copier(*m_data, copies);
+    Copier copier(*m_data, copies, diagnostics);
     return source.model() == this ? copier.copyAlone(source.slot()) : copier.copy(source.slot());
 }
 
