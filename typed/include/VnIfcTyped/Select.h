@@ -149,7 +149,8 @@ protected:
     Select& operator=(const Select&) = default;
 
 private:
-    friend bool assignSelect(VnIfcSelect& select, const SelectClass& type, const VnIfcVariant& value);
+    friend bool assignSelect(VnIfcSelect& select, const SelectClass& type, const VnIfcVariant& value,
+                             const VnIfcModel* home);
 
     void forget() noexcept { m_discriminator = selectClass().memberCount(); }
     bool isPending() const noexcept { return m_discriminator == selectClass().memberCount() + 1; }

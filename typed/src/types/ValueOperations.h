@@ -25,8 +25,8 @@ VnIfcVariant aggregateVariant(const VnIfcAggr& aggregate) {
 }
 
 /// True unless the value refers to an instance of another model than `home`; null is the home of every instance.
-bool isAtHome(const VnDbObjectId& handle, const VnIfcModel* home) noexcept;
-bool isAtHome(const VnIfcSelect& select, const VnIfcModel* home) noexcept;
+VNIFC_API bool isAtHome(const VnDbObjectId& handle, const VnIfcModel* home) noexcept;
+VNIFC_API bool isAtHome(const VnIfcSelect& select, const VnIfcModel* home) noexcept;
 template <class T>
 bool isAtHome(const T& value, const VnIfcModel* home) noexcept {
     if constexpr (isList<T>)
