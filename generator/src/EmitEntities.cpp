@@ -17,7 +17,7 @@ constexpr std::string_view kHandle = "VN_SDAI::VnDbObjectId";
 
 bool isReference(const Type& type) { return type.kind == Kind::kEntity && !type.isAggregate(); }
 
-void writeAccessors(Writer& out, const ExplicitAttribute& attribute, std::size_t position) {
+void writeAccessors(Writer& out, const ExplicitAttribute& attribute, std::size_t position, bool isMirrored) {
     const std::string& name = attribute.name;
     const std::string type = memberType(attribute.type);
     if (isReference(attribute.type)) {
@@ -27,6 +27,9 @@ void writeAccessors(Writer& out, const ExplicitAttribute& attribute, std::size_t
         out.line("    const ", type, "& get", name, "() const noexcept { return m_", name, "; }");
     }
     out.line("    void set", name, "(const ", arrayType(attribute.type), "& value) {");
+    if (isMirrored) {
+        out.line("        referenceChanges();");
+    }
     if (attribute.type.isAggregate()) {
         out.line("        m_", name, ".assign(value);");
     } else {
@@ -99,7 +102,8 @@ std::string header(const Entity& entity, const Target& target) {
     out.line("public:");
     const std::size_t inherited = entity.fields.size() - entity.explicits.size();
     for (std::size_t i = 0; i < entity.explicits.size(); ++i) {
-        writeAccessors(out, entity.explicits[i], inherited + i);
+        const auto isOfAttribute = [i](const Link& link) { return link.attribute == i; };
+        writeAccessors(out, entity.explicits[i], inherited + i, std::ranges::any_of(entity.links, isOfAttribute));
     }
     for (const InverseAttribute& inverse : entity.inverses) {
         const std::string type = inverse.isSingle() ? std::string(kHandle) : "const " + std::string(kInverseSet) + "&";

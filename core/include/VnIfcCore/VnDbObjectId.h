@@ -5,6 +5,7 @@
 #include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 
 namespace VN_SDAI {
 
@@ -47,7 +48,9 @@ struct VnIfcSlotPages {
 
 /// Handle of an instance inside a model (ISO 10303-22, application instance identifier). A value of one pointer; never
 /// owns. Handles are ordered by instance number. A handle stays usable as long as its model lives; when its instance
-/// was erased or never defined, it opens to null.
+/// was erased or never defined, it opens to null. A handle belongs to its model: kept in an instance of another model it
+/// would be written as the number of a stranger. putAttr refuses it, typed setters do not look; writing tells and writes
+/// "$", and VnIfcCheck finds it.
 class VNIFC_API VnDbObjectId {
 public:
     constexpr VnDbObjectId() noexcept = default;
@@ -80,7 +83,12 @@ public:
     friend bool operator<(const VnDbObjectId& left, const VnDbObjectId& right) noexcept {
         if (left.number() != right.number())
             return left.number() < right.number();
-        return left.m_slot < right.m_slot;
+        return std::less<>()(left.m_slot, right.m_slot);
+    }
+    friend std::strong_ordering operator<=>(const VnDbObjectId& left, const VnDbObjectId& right) noexcept {
+        return left == right  ? std::strong_ordering::equal
+               : left < right ? std::strong_ordering::less
+                              : std::strong_ordering::greater;
     }
 
 private:
@@ -90,3 +98,11 @@ private:
 static_assert(sizeof(VnDbObjectId) == 8);
 
 } // namespace VN_SDAI
+
+/// Handles are equal when they are of the same instance.
+template <>
+struct std::hash<VN_SDAI::VnDbObjectId> {
+    std::size_t operator()(const VN_SDAI::VnDbObjectId& handle) const noexcept {
+        return std::hash<const void*>()(handle.slot());
+    }
+};

@@ -6,8 +6,10 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <ranges>
 #include <span>
 #include <stdexcept>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
@@ -54,7 +56,17 @@ public:
     /// An empty array that grows by at least `growStep` elements at a time.
     explicit VnIfcArray(std::uint32_t growStep) noexcept : m_growStep(std::max(growStep, 1u)) {}
     VnIfcArray(std::initializer_list<T> elements) { appendAll({elements.begin(), elements.size()}); }
-    explicit VnIfcArray(std::span<const T> elements) { appendAll(elements); }
+    /// From any contiguous range of elements: a vector, an array, a span; for an array of arrays, a range of such.
+    template <class Range>
+    requires(!std::is_same_v<std::remove_cvref_t<Range>, VnIfcArray> && std::ranges::contiguous_range<const Range> &&
+             (std::is_same_v<std::ranges::range_value_t<const Range>, T> ||
+              (std::ranges::contiguous_range<const T> && !std::is_convertible_v<const T&, std::string_view> &&
+               std::is_constructible_v<T, const std::ranges::range_value_t<const Range>&>)))
+    VnIfcArray(const Range& elements) {
+        reserve(std::ranges::size(elements));
+        for (const auto& element : elements)
+            append(T(element));
+    }
     VnIfcArray(const VnIfcArray& other) : m_growStep(other.m_growStep) { appendAll(other); }
     VnIfcArray(VnIfcArray&& other) noexcept { swap(other); }
     ~VnIfcArray() {

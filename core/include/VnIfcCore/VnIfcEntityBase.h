@@ -4,6 +4,9 @@
 #include <VnIfcCore/VnIfcObject.h>
 
 #include <new>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace VN_SDAI {
 
@@ -50,8 +53,20 @@ public:
     /// Of this type or a subtype of it.
     virtual bool isKindOf(const VnIfcEntityType* type) const = 0;
     virtual bool isKindOf(const char* name) const = 0;
-    /// Takes this instance out of the inverse attributes that it was entered into.
+    /// Takes this instance out of the inverse attributes of the instances that it refers to.
     virtual void leaveInverseCounterParts();
+
+    // For the model, which keeps inverse attributes.
+
+    /// Appends the instances that this one refers to by attributes that inverse attributes mirror.
+    virtual void counterParts(std::vector<VnDbObjectId>& targets) const;
+    /// As setInverseCounterParts, for one of the instances that this one refers to.
+    virtual void enterCounterPart(const VnDbObjectId& target);
+    /// Empties this instance's inverse attributes.
+    virtual void clearInverses();
+    /// Takes an instance, or with null all erased ones, out of this one's inverse attributes, whatever refers to it now.
+    /// True when one that can hold a single instance became empty.
+    virtual bool forgetReferrer(const VnDbObjectId& referrer);
     /// Classifies the instances that the selects of this one hold (VnIfcSelect::settle), once all instances are there.
     virtual void settleSelects();
     /// The globally unique identifier; null for classes that have none.
@@ -64,8 +79,15 @@ public:
     /// The model that the instance belongs to; null outside of a model.
     VnIfcModel* owningModel() const noexcept { return m_id.model(); }
 
-    /// True when the file held something at that position of the parameter list that its attribute cannot hold.
+    /// True when the file held something at that position of the parameter list, from 0, that its attribute cannot hold,
+    /// and the attribute was not set since.
     bool keepsText(unsigned position) const noexcept;
+    /// What it held there, in the form of an exchange file, which will be written back; empty when nothing is kept.
+    /// Valid until the attribute is changed.
+    std::string_view keptText(unsigned position) const noexcept;
+    /// Everything that is kept of the parameter list: position and text, in ascending order. What follows the last
+    /// parameter has the first position past the class's attributes.
+    std::vector<std::pair<unsigned, std::string_view>> keptTexts() const;
     /// True when the instance was read from a file of another release, or of a draft, whose parameter list ended before
     /// that position: a value there would be a parameter that the file's own release does not have.
     bool isBeyondFile(unsigned position) const noexcept;
@@ -78,9 +100,11 @@ protected:
     VnIfcEntityBase() noexcept = default;
     /// A copy belongs to no model; assignment leaves identity alone, and changes all attributes.
     VnIfcEntityBase(const VnIfcEntityBase&) noexcept {}
-    VnIfcEntityBase& operator=(const VnIfcEntityBase& other) noexcept {
-        if (this != &other)
-            allTouched();
+    VnIfcEntityBase& operator=(const VnIfcEntityBase& other) {
+        if (this == &other)
+            return *this;
+        allTouched();
+        referenceChanges();
         return *this;
     }
 
@@ -88,6 +112,12 @@ protected:
     void touched(unsigned position) noexcept {
         if (!m_id.isNull() && m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
             dropKept(position);
+    }
+    /// To be told before a reference changes that inverse attributes may mirror, so that erasing finds what the instance
+    /// was entered into.
+    void referenceChanges() {
+        if (!m_id.isNull())
+            rememberCounterParts();
     }
     /// As touched, for all attributes.
     void allTouched() noexcept {
@@ -99,6 +129,7 @@ private:
     friend class VnIfcModel;
     void dropKept(unsigned position) noexcept;
     void dropAllKept() noexcept;
+    void rememberCounterParts();
 
     VnDbObjectId m_id;
 };

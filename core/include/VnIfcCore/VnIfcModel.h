@@ -23,7 +23,8 @@ struct VnIfcReadOptions {
     unsigned threads = 0;  ///< 0: as many as the machine has
     bool inverses = true;  ///< set inverse attributes when the file has been read
     bool places = false;   ///< remember where each instance stands in the file
-    bool strict = false;   ///< what contradicts standard or schema is an error, even where nothing is lost
+    bool strict = false;   ///< what contradicts standard or schema is an error, even where nothing is lost; mandatory
+                           ///< attributes that are unset are told of
     std::string_view name; ///< how diagnostics call the input; empty: its path
     /// Bytes of text in which one thread looks for instances at a time; 0 leaves it to the reader. The result does not
     /// depend on it; tests make it small so that borders between pieces fall everywhere.
@@ -42,7 +43,7 @@ struct VnIfcWriteOptions {
 };
 
 /// What an operation on a file came to.
-struct VnIfcFileResult {
+struct [[nodiscard]] VnIfcFileResult {
     VN::ErrorStatus status = VN::eOk;
     std::string message; ///< why the status is no success
     std::uint64_t bytes = 0;
@@ -61,8 +62,15 @@ public:
     ~VnIfcModel();
     VnIfcModel(const VnIfcModel&) = delete;
     VnIfcModel& operator=(const VnIfcModel&) = delete;
+    /// Instances and handles stay where they are and belong to the new model. What was moved from can only be destroyed
+    /// or assigned to.
+    VnIfcModel(VnIfcModel&& other) noexcept;
+    VnIfcModel& operator=(VnIfcModel&& other) noexcept;
 
     const VnIfcSchema* schema() const noexcept;
+    /// What access by name is allowed: getAttr, testAttr, putAttr and unsetAttr of the instances throw VnIfcException
+    /// otherwise, and so do the properties of whole instances, which go by name. Nothing else is guarded: accessors of
+    /// the classes, property objects of attributes, create, append, copy, erase and clear work in every mode.
     SdaiAccessMode mode() const noexcept { return m_mode; }
     void setMode(SdaiAccessMode mode) noexcept { m_mode = mode; }
     VnIfcHeader& header() noexcept;
@@ -90,9 +98,16 @@ public:
     VnDbObjectId copy(const VnDbObjectId& source);
     VnDbObjectId copy(const VnDbObjectId& source, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies);
     /// Erases an instance: it is no longer found or written, its handle opens to null, and it leaves the inverse
-    /// attributes of others. References to it stay where they are; they are written as unset. False if it is not of
-    /// this model.
+    /// attributes of others, also of those that it referred to before it was changed. An inverse attribute that holds a
+    /// single instance goes to another one that refers by it, if there is one. References to the instance stay where
+    /// they are; they are written as unset. False if it is not of this model.
+    ///
+    /// What was changed through pointers that getAttr gave is not known of: set the inverse attributes anew first.
     bool erase(const VnDbObjectId& handle);
+    /// Erases several instances, in any order, in a time that grows with the number of the instances and the size of the
+    /// inverse attributes that they leave; one by one, each has to close the gap that it leaves there. Returns how many
+    /// there were to erase.
+    std::size_t erase(std::span<const VnDbObjectId> handles);
     /// Gives back all instances and the header.
     void clear();
 
@@ -115,7 +130,8 @@ public:
     /// Line and column, from 1, of an instance in the file that it was read from; false when they are not known.
     bool place(const VnDbObjectId& handle, std::uint64_t& line, std::uint64_t& column) const noexcept;
 
-    /// Asks every instance to set its inverse counterparts.
+    /// Sets the inverse attributes of all instances: empties them, and enters every instance into those of the instances
+    /// that it refers to. Setters do not touch inverse attributes, so that they are to be set anew after changes.
     void setInverseCounterParts();
 
     /// Reads an exchange file (ISO 10303-21) into this model, which must be empty.

@@ -5,6 +5,7 @@
 #include <VnIfcCore/VnIfcLogical.h>
 
 #include <limits>
+#include <span>
 #include <string_view>
 
 class VrString;
@@ -12,6 +13,8 @@ class VrString;
 namespace VN_SDAI {
 
 class VnIfcVariantType;
+template <class T>
+class VnIfcAggrOf;
 enum class StringFormat : std::uint8_t;
 
 /// Base of the select classes (ISO 10303-11, 8.4.2): holds the chosen value and its kind. Which member of the select is
@@ -60,7 +63,8 @@ public:
     VnTypeCodeKind kind() const noexcept { return m_kind; }
     /// True when a member is chosen; it may be without a value.
     bool isSet() const noexcept { return m_kind != VnTypeCodeKind::kNone; }
-    /// True when there is a value that a file can hold: an unset text, an unset number, NaN and infinity are none.
+    /// True when the chosen member has a value: an unset text, an unset number and NaN are none. A select without a value
+    /// is written "$".
     bool hasValue() const noexcept;
 
     /// Takes an instance if it belongs to one of the members; otherwise the select is nulled and the answer is false.
@@ -100,6 +104,15 @@ public:
     VnIfcAggr* getAggr() noexcept { return m_kind == VnTypeCodeKind::kAggregation ? &m_value.aggregate : nullptr; }
     const VnIfcAggr* getAggr() const noexcept {
         return m_kind == VnTypeCodeKind::kAggregation ? &m_value.aggregate : nullptr;
+    }
+    /// The elements of an aggregate-valued member; empty when none with elements of type T is held. Valid until the
+    /// select changes.
+    template <class T>
+    std::span<const T> elements() const noexcept {
+        const VnIfcAggr* aggregate = getAggr();
+        if (!aggregate || aggregate->elementKind() != vnElementKind<T>())
+            return {};
+        return static_cast<const VnIfcAggrOf<T>&>(*aggregate).items();
     }
 
     // For the descriptors of select types. A null select answers false; a refused conversion leaves `result` as it was.

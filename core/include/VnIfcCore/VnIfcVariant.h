@@ -1,15 +1,16 @@
 #pragma once
 #include <VnIfcCore/VnIfcArray.h>
+#include <VnIfcCore/VnIfcLogical.h>
 #include <VnIfcCore/VnIfcTypes.h>
 #include <VnIfcCore/VnIfcVariantType.h>
 
+#include <concepts>
+#include <string>
 #include <type_traits>
 
 namespace VN_SDAI {
 
-class VnIfcBoolean;
 class VnIfcGUID;
-class VnIfcLogical;
 struct VnIfcEnumDescription;
 template <class T>
 class VnIfcListAggr;
@@ -77,6 +78,12 @@ public:
         else if constexpr (std::is_trivially_copyable_v<T> && sizeof(T) <= sizeof m_payload)
             std::memcpy(m_payload, &value, sizeof value);
     }
+    /// A BOOLEAN.
+    template <std::same_as<bool> B>
+    VnIfcVariant(B value) : VnIfcVariant(VnIfcBoolean(value)) {}
+    VnIfcVariant(unsigned value) : VnIfcVariant(static_cast<unsigned long>(value)) {}
+    /// In the form of an exchange file, as VnAnsiString.
+    VnIfcVariant(const std::string& text) : VnIfcVariant(VnAnsiString(text)) {}
     VnIfcVariant(const char* text) : VnIfcVariant(VnIfcVariantType::Desc<const char*>::value(), &text) {}
     /// Copies a value of that type; null stands for its default value.
     VnIfcVariant(const VnIfcVariantType& type, const void* value);
@@ -160,5 +167,10 @@ private:
 };
 
 static_assert(sizeof(VnIfcVariant) == 32);
+
+/// What getAttr gave as a value that putAttr takes, of the same or another instance: an enumeration becomes its code, a
+/// pointer to an aggregate an array of its elements. All else is given back as it is; a pointer to a select still points
+/// into the instance. To read an enumeration, ask for its class: `value.get<IfcWallTypeEnum>()`.
+VNIFC_API VnIfcVariant vnStorable(const VnIfcVariant& value);
 
 } // namespace VN_SDAI

@@ -53,14 +53,15 @@ public:
     /// A null pointer.
     bool createVariant(VnIfcVariant& value) const override;
     std::uint32_t countOf(const void* value) const noexcept override;
+    /// The descriptor of arrays of the element type; null when elements are of any type.
+    virtual const VnIfcVariantType* arrayType() const = 0;
 
 protected:
     VnIfcAggrPtrVariantType(VnIfcVariantTypeSlot& slot, const wchar_t* name);
 
     /// The aggregate that a value points to.
     static VnIfcAggr* aggregateAt(const void* value) noexcept;
-    /// The descriptor of arrays of the element type, and how one is filled; null when elements are of any type.
-    virtual const VnIfcVariantType* arrayType() const = 0;
+    /// Fills such an array.
     virtual void exportTo(void* array, const VnIfcAggr& aggregate) const = 0;
 };
 
@@ -125,10 +126,11 @@ public:
             return element;
     }
 
+    const VnIfcVariantType* arrayType() const override { return &VnIfcVariantType::Desc<Array>::value(); }
+
 protected:
     using VnIfcAggrPtrVariantType::VnIfcAggrPtrVariantType;
 
-    const VnIfcVariantType* arrayType() const override { return &VnIfcVariantType::Desc<Array>::value(); }
     void exportTo(void* array, const VnIfcAggr& aggregate) const override {
         static_cast<const A&>(aggregate).exportTo(*static_cast<Array*>(array));
     }

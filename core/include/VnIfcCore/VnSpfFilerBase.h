@@ -89,7 +89,7 @@ public:
     bool rdInt(int& value, bool optional, bool separated);
     bool rdPrimitive(VnIfcLogical& value, bool optional, bool separated);
     bool rdPrimitive(VnIfcBoolean& value, bool optional, bool separated);
-    bool rdReference(VnDbObjectId& value, bool separated);
+    bool rdReference(VnDbObjectId& value, bool separated, bool optional = true);
     bool rdSelect(VnIfcSelect& value, bool optional, bool separated);
     /// The literal without its dots; empty when unset.
     VnAnsiString rdEnumerationToStr(bool optional, bool separated);
@@ -97,10 +97,10 @@ public:
     std::string_view rdEnumeration(bool optional, bool separated);
     bool rdDerive(bool separated);
     /// Passes over a binary value.
-    void rdBinary(bool separated);
+    void rdBinary(bool separated, bool optional = true);
 
     /// Begins an aggregate; false when it is unset or absent. Strings in it are texts, or binary values.
-    bool openAggregate(bool separated, bool isBinary);
+    bool openAggregate(bool separated, bool isBinary, bool optional = true);
     /// Ends it; what could not be `read` does not fit.
     void closeAggregate(bool read);
     /// Tells how an aggregate, which turned out to have no elements, will be written: the file may say it in the other
@@ -160,6 +160,8 @@ protected:
     virtual VnIfcInstanceSlot* slotOf(std::uint64_t number) = 0;
     /// A parameter that does not fit, with the text of the whole parameter.
     virtual void onMisfit(unsigned position, VnSpfProblem problem, const char* begin, const char* end);
+    /// A mandatory attribute, at m_position, is "$".
+    virtual void onMandatoryUnset(const char* at);
     /// A value that cannot be written as it is held, at m_position.
     virtual void onUnwritable(VnSpfUnwritable why);
     /// A position of the list begins, while the filer is watched.
@@ -196,7 +198,7 @@ protected:
 private:
     enum class Token : std::uint8_t { kValue, kUnset, kNothing };
 
-    Token beginField(bool separated);
+    Token beginField(bool separated, bool optional = true);
     bool separatorMissing();
     bool failField(VnSpfProblem problem);
     bool atDelimiter() const noexcept;

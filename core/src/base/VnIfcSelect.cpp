@@ -146,7 +146,7 @@ bool VnIfcSelect::hasValue() const noexcept {
     case VnTypeCodeKind::kBinary:
         return !m_value.string.isUnset();
     case VnTypeCodeKind::kReal:
-        return std::isfinite(m_value.real);
+        return !std::isnan(m_value.real);
     case VnTypeCodeKind::kInteger:
         return m_value.number != kNoInteger;
     case VnTypeCodeKind::kBoolean:

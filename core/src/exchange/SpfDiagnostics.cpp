@@ -107,6 +107,8 @@ Wording wordingOf(const SpfRemark& remark) noexcept {
         return {kTolerated, "bare-list", "a list in parentheses"};
     case SpfRemark::kDangling:
         return {kTolerated, "dangling-reference", "the number of an instance of this file"};
+    case SpfRemark::kMandatory:
+        return {kTolerated, "mandatory", "a value, because the attribute is mandatory"};
     case SpfRemark::kProblem:
         return wordingOf(remark.problem);
     }
@@ -218,7 +220,7 @@ void SpfDiagnostics::report(const SpfRemark& remark) {
             diagnostic.keyword.assign(remark.begin, remark.end);
         const bool ofAttribute = remark.kind == SpfRemark::kProblem || remark.kind == SpfRemark::kBareList ||
                                  remark.kind == SpfRemark::kEqualElements || remark.kind == SpfRemark::kDangling ||
-                                 remark.kind == SpfRemark::kTooFew;
+                                 remark.kind == SpfRemark::kTooFew || remark.kind == SpfRemark::kMandatory;
         if (const auto* attribute = ofAttribute ? spfAttributeAt(remark.type, remark.position) : nullptr)
             diagnostic.attribute = attribute->name();
     }

@@ -164,6 +164,11 @@ void SpfInstanceReader::onMisfit(unsigned position, VnSpfProblem problem, const 
     m_current.parameters.push_back({position, std::string(begin, end), {}});
 }
 
+void SpfInstanceReader::onMandatoryUnset(const char* at) {
+    if (m_strict)
+        remark(SpfRemark::kMandatory, at, at + 1);
+}
+
 void SpfInstanceReader::watchField(unsigned) {}
 
 void SpfInstanceReader::notify(int, int how) {

@@ -23,6 +23,7 @@ struct SpfRemark {
         kBareList,
         kEqualElements,
         kDangling,
+        kMandatory,
     };
 
     Kind kind;
@@ -38,7 +39,9 @@ struct SpfRemark {
 /// disjoint instances of one model; each has an arena, remarks and kept texts of its own.
 class SpfInstanceReader final : public VnSpfFilerBase {
 public:
-    explicit SpfInstanceReader(VnIfcModel::Data& data) noexcept : m_data(data) {}
+    /// With `strict` it remarks on mandatory attributes that are unset.
+    explicit SpfInstanceReader(VnIfcModel::Data& data, bool strict = false) noexcept
+        : m_data(data), m_strict(strict) {}
     /// Lets references be looked up faster; no slot may be made any more.
     void slotsAreMade() noexcept { lookUpIn(m_data.slots.pages()); }
 
@@ -56,6 +59,7 @@ protected:
     void onMisfit(unsigned position, VnSpfProblem problem, const char* begin, const char* end) override;
     void watchField(unsigned position) override;
     void notify(int what, int how) override;
+    void onMandatoryUnset(const char* at) override;
 
 private:
     const VnIfcEntityType* typeOf(std::string_view keyword);
@@ -70,6 +74,7 @@ private:
     void remark(SpfRemark::Kind kind, const char* begin, const char* end);
 
     VnIfcModel::Data& m_data;
+    bool m_strict;
     VnIfcInstanceSlot* m_slot = nullptr;
     const VnIfcEntityType* m_type = nullptr;
     KeptParameters m_current;

@@ -158,7 +158,7 @@ private:
         const unsigned threads = threadsFor(m_options.threads, m_blocks.size());
         for (unsigned i = 0; i < threads; ++i) {
             m_data.arenas.push_back(std::make_unique<VnIfcArena>());
-            m_readers.push_back(std::make_unique<SpfInstanceReader>(m_data));
+            m_readers.push_back(std::make_unique<SpfInstanceReader>(m_data, m_options.strict));
             m_readers.back()->slotsAreMade();
         }
         return shareWork(m_blocks.size(), threads, m_options.progress, [&](unsigned worker, std::size_t block) {

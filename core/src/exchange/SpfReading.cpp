@@ -86,7 +86,7 @@ bool VnSpfFilerBase::finishReading(const char*& surplusBegin, const char*& surpl
     return closes && spf::skipBlanks(m_helper.next + 1, end) == end;
 }
 
-VnSpfFilerBase::Token VnSpfFilerBase::beginField(bool separated) {
+VnSpfFilerBase::Token VnSpfFilerBase::beginField(bool separated, bool optional) {
     m_failed = false;
     char c = m_helper.peek();
     if (separated) {
@@ -102,6 +102,8 @@ VnSpfFilerBase::Token VnSpfFilerBase::beginField(bool separated) {
     if (c == '$') {
         ++m_helper.next;
         ++m_seen;
+        if (!optional && !m_nested)
+            onMandatoryUnset(m_fieldBegin);
         return Token::kUnset;
     }
     if (m_helper.next >= m_helper.end || (c == ')' && !separated)) {
@@ -161,13 +163,14 @@ std::string_view VnSpfFilerBase::parameterText() const noexcept {
 
 void VnSpfFilerBase::onMisfit(unsigned, VnSpfProblem, const char*, const char*) {}
 void VnSpfFilerBase::watchField(unsigned) {}
+void VnSpfFilerBase::onMandatoryUnset(const char*) {}
 void VnSpfFilerBase::onUnwritable(VnSpfUnwritable) {}
 void VnSpfFilerBase::notify(int, int) {}
 
-bool VnSpfFilerBase::openAggregate(bool separated, bool isBinary) {
+bool VnSpfFilerBase::openAggregate(bool separated, bool isBinary, bool optional) {
     m_nested = false;
     m_elementQuote = isBinary ? '"' : '\'';
-    if (beginField(separated) != Token::kValue)
+    if (beginField(separated, optional) != Token::kValue)
         return false;
     m_nested = true;
     return true;
@@ -361,11 +364,11 @@ std::string_view VnSpfFilerBase::readLiteral() {
 
 // ---- attributes
 
-bool VnSpfFilerBase::rdLimitedString(char* buffer, std::size_t length, bool, bool separated) {
+bool VnSpfFilerBase::rdLimitedString(char* buffer, std::size_t length, bool optional, bool separated) {
     std::string_view text = VnUnsetText.text;
     VnAnsiString special;
     bool read = false;
-    if (beginField(separated) == Token::kValue) {
+    if (beginField(separated, optional) == Token::kValue) {
         read = *m_helper.next == '\'';
         if (read && !readPlainText(text) && (read = readText(special)))
             text = special.view();
@@ -382,8 +385,8 @@ bool VnSpfFilerBase::rdLimitedString(char* buffer, std::size_t length, bool, boo
     return read;
 }
 
-bool VnSpfFilerBase::rdVnAnsiString(VnAnsiString& value, bool, bool separated) {
-    if (beginField(separated) == Token::kValue) {
+bool VnSpfFilerBase::rdVnAnsiString(VnAnsiString& value, bool optional, bool separated) {
+    if (beginField(separated, optional) == Token::kValue) {
         if (!readString(value, '\'')) {
             value = VnUnsetText;
             return failField(VnSpfProblem::kWrongKind);
@@ -396,8 +399,8 @@ bool VnSpfFilerBase::rdVnAnsiString(VnAnsiString& value, bool, bool separated) {
     return false;
 }
 
-bool VnSpfFilerBase::rdDouble(double& value, bool, bool separated) {
-    if (beginField(separated) == Token::kValue) {
+bool VnSpfFilerBase::rdDouble(double& value, bool optional, bool separated) {
+    if (beginField(separated, optional) == Token::kValue) {
         VnSpfProblem problem;
         if (readReal(value, problem))
             return true;
@@ -407,9 +410,9 @@ bool VnSpfFilerBase::rdDouble(double& value, bool, bool separated) {
     return false;
 }
 
-bool VnSpfFilerBase::rdInt(int& value, bool, bool separated) {
+bool VnSpfFilerBase::rdInt(int& value, bool optional, bool separated) {
     value = Consts::VnIntUnset;
-    if (beginField(separated) != Token::kValue)
+    if (beginField(separated, optional) != Token::kValue)
         return false;
     VnSpfProblem problem;
     std::int64_t number = 0;
@@ -423,9 +426,9 @@ bool VnSpfFilerBase::rdInt(int& value, bool, bool separated) {
     return true;
 }
 
-bool VnSpfFilerBase::rdPrimitive(VnIfcLogical& value, bool, bool separated) {
+bool VnSpfFilerBase::rdPrimitive(VnIfcLogical& value, bool optional, bool separated) {
     value = VnIfcLogical::Unset;
-    if (beginField(separated) != Token::kValue)
+    if (beginField(separated, optional) != Token::kValue)
         return false;
     const std::string_view literal = readLiteral();
     const char c = literal.size() == 1 ? static_cast<char>(literal[0] & ~0x20) : '\0';
@@ -435,9 +438,9 @@ bool VnSpfFilerBase::rdPrimitive(VnIfcLogical& value, bool, bool separated) {
     return true;
 }
 
-bool VnSpfFilerBase::rdPrimitive(VnIfcBoolean& value, bool, bool separated) {
+bool VnSpfFilerBase::rdPrimitive(VnIfcBoolean& value, bool optional, bool separated) {
     value = VnIfcBoolean::Unset;
-    if (beginField(separated) != Token::kValue)
+    if (beginField(separated, optional) != Token::kValue)
         return false;
     const std::string_view literal = readLiteral();
     const char c = literal.size() == 1 ? static_cast<char>(literal[0] & ~0x20) : '\0';
@@ -447,8 +450,8 @@ bool VnSpfFilerBase::rdPrimitive(VnIfcBoolean& value, bool, bool separated) {
     return true;
 }
 
-bool VnSpfFilerBase::rdReference(VnDbObjectId& value, bool separated) {
-    if (beginField(separated) == Token::kValue) {
+bool VnSpfFilerBase::rdReference(VnDbObjectId& value, bool separated, bool optional) {
+    if (beginField(separated, optional) == Token::kValue) {
         if (readReference(value))
             return true;
         failField(VnSpfProblem::kWrongKind);
@@ -461,8 +464,8 @@ VnAnsiString VnSpfFilerBase::rdEnumerationToStr(bool optional, bool separated) {
     return VnAnsiString(rdEnumeration(optional, separated));
 }
 
-std::string_view VnSpfFilerBase::rdEnumeration(bool, bool separated) {
-    if (beginField(separated) != Token::kValue)
+std::string_view VnSpfFilerBase::rdEnumeration(bool optional, bool separated) {
+    if (beginField(separated, optional) != Token::kValue)
         return {};
     const std::string_view literal = readLiteral();
     if (literal.empty())
@@ -480,13 +483,13 @@ bool VnSpfFilerBase::rdDerive(bool separated) {
     return true;
 }
 
-void VnSpfFilerBase::rdBinary(bool separated) {
-    if (beginField(separated) == Token::kValue)
+void VnSpfFilerBase::rdBinary(bool separated, bool optional) {
+    if (beginField(separated, optional) == Token::kValue)
         failField(VnSpfProblem::kNotRead);
 }
 
-bool VnSpfFilerBase::rdSelect(VnIfcSelect& value, bool, bool separated) {
-    if (beginField(separated) == Token::kValue) {
+bool VnSpfFilerBase::rdSelect(VnIfcSelect& value, bool optional, bool separated) {
+    if (beginField(separated, optional) == Token::kValue) {
         if (readSelectValue(value))
             return true;
         failField(m_failed ? m_problem : VnSpfProblem::kWrongKind);

@@ -311,6 +311,8 @@ void VnSpfFilerBase::writeSelectValue(const VnIfcSelect& value) {
     const VnTypeCodeKind kind = value.kind();
     if (!value.hasValue())
         return wrChar('$');
+    if (kind == VnTypeCodeKind::kReal && std::isinf(value.m_value.real))
+        return writeReal(value.m_value.real);
     if (kind == VnTypeCodeKind::kEntity)
         return wrPrimitive(value.getHandle());
     const std::string_view name = value.underlyingTypeName().view();

@@ -4,6 +4,7 @@
 
 #include <VnIfcCore/VnIfcModel.h>
 
+#include <atomic>
 #include <mutex>
 #include <unordered_map>
 
@@ -28,6 +29,7 @@ struct VnIfcModel::Data {
     void place(VnIfcInstanceSlot* slot, VnIfcEntityBase* instance, bool inArena) noexcept {
         model->adopt(slot, instance, inArena);
     }
+    void belongTo(VnIfcModel* owner) noexcept;
     void destroyInstances() noexcept;
     /// All slots in ascending order of numbers. Several threads may read a model at once, hence the lock.
     const std::vector<VnIfcInstanceSlot*>& ordered();
@@ -47,6 +49,13 @@ struct VnIfcModel::Data {
         std::uint64_t column;
     };
     std::vector<Place> places; // ascending numbers; empty when nobody asked for them
+
+    std::atomic<bool> inversesAreSet = false; ///< inverse attributes were set once; setters do not touch them
+    /// Two instances claim an inverse attribute that can hold one.
+    std::atomic<bool> hasRivals = false;
+    /// What instances were entered into that changed their references since.
+    std::unordered_map<const VnIfcInstanceSlot*, std::vector<VnDbObjectId>> formerCounterParts;
+    void forget(std::vector<VnDbObjectId> targets, const VnDbObjectId& referrer);
 
     std::mutex orderMutex;
     std::mutex danglingMutex;

@@ -43,6 +43,14 @@ VnIfcModel* SlotTable::modelOf(const VnIfcInstanceSlot* slot) noexcept {
     return reinterpret_cast<const PageHead*>(address & ~(std::uintptr_t{kPageSize} - 1))->model;
 }
 
+void SlotTable::belongTo(VnIfcModel* model) noexcept {
+    m_model = model;
+    for (const auto* pages : {&m_directPages, &m_hashedPages})
+        for (char* const page : *pages)
+            if (page && reinterpret_cast<PageHead*>(page)->model)
+                reinterpret_cast<PageHead*>(page)->model = model;
+}
+
 // ---- memory
 
 /// Neighbouring pages, zeroed and without heads; up to a page is lost to alignment.

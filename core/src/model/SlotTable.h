@@ -45,6 +45,8 @@ public:
     /// Calls `visit` for all slots.
     template <class Visit>
     void forEachSlot(Visit visit) const;
+    /// From now on the slots find another model.
+    void belongTo(VnIfcModel* model) noexcept;
     std::uint64_t largest() const noexcept { return m_largest; }
     std::size_t size() const noexcept { return m_count; }
 

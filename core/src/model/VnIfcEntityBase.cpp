@@ -33,6 +33,10 @@ void VnIfcEntityBase::setInverseCounterParts() {}
 void VnIfcEntityBase::resetInverseCounterParts() {}
 void VnIfcEntityBase::leaveInverseCounterParts() {}
 void VnIfcEntityBase::settleSelects() {}
+void VnIfcEntityBase::counterParts(std::vector<VnDbObjectId>&) const {}
+void VnIfcEntityBase::enterCounterPart(const VnDbObjectId&) {}
+void VnIfcEntityBase::clearInverses() {}
+bool VnIfcEntityBase::forgetReferrer(const VnDbObjectId&) { return false; }
 bool VnIfcEntityBase::testAttrCaseInsensitive(const VnAnsiString& name) const { return testAttr(name); }
 void VnIfcEntityBase::unsetAttrCaseInsensitive(const VnAnsiString& name) { unsetAttr(name); }
 bool VnIfcEntityBase::_getAttr(const VnAnsiString& name, VnIfcVariant& value) const { return getAttr(name, value); }

@@ -1,3 +1,4 @@
+#include "../exchange/SpfInstanceWriter.h"
 #include "ModelData.h"
 
 #include <VnIfcCore/VnIfcEntityType.h>
@@ -33,6 +34,12 @@ std::uint64_t VnIfcModel::Data::nextNumber() noexcept {
     return firstFree;
 }
 
+void VnIfcModel::Data::belongTo(VnIfcModel* owner) noexcept {
+    model = owner;
+    slots.belongTo(owner);
+    dangling.belongTo(owner);
+}
+
 void VnIfcModel::Data::destroyInstances() noexcept {
     slots.forEachSlot([](const VnIfcInstanceSlot* slot) {
         VnIfcEntityBase* instance = slot->object();
@@ -59,7 +66,27 @@ VnIfcModel::VnIfcModel(const VnIfcSchema* schema) : m_data(std::make_unique<Data
 
 VnIfcModel::VnIfcModel(WithoutSchema) : m_data(std::make_unique<Data>(this, nullptr)) {}
 
-VnIfcModel::~VnIfcModel() { m_data->destroyInstances(); }
+VnIfcModel::~VnIfcModel() {
+    if (m_data)
+        m_data->destroyInstances();
+}
+
+VnIfcModel::VnIfcModel(VnIfcModel&& other) noexcept : m_mode(other.m_mode), m_data(std::move(other.m_data)) {
+    if (m_data)
+        m_data->belongTo(this);
+}
+
+VnIfcModel& VnIfcModel::operator=(VnIfcModel&& other) noexcept {
+    if (this == &other)
+        return *this;
+    if (m_data)
+        m_data->destroyInstances();
+    m_mode = other.m_mode;
+    m_data = std::move(other.m_data);
+    if (m_data)
+        m_data->belongTo(this);
+    return *this;
+}
 
 void VnIfcModel::clear() {
     m_data->destroyInstances();
@@ -115,13 +142,51 @@ VnDbObjectId VnIfcModel::append(std::unique_ptr<VnIfcEntityBase> instance) {
     return VnDbObjectId(slot);
 }
 
+/// Takes a referrer, or with null all erased instances, out of the inverse attributes of targets.
+void VnIfcModel::Data::forget(std::vector<VnDbObjectId> targets, const VnDbObjectId& referrer) {
+    std::ranges::sort(targets, {}, &VnDbObjectId::slot);
+    targets.erase(std::unique(targets.begin(), targets.end()), targets.end());
+    std::vector<VnDbObjectId> free;
+    for (const VnDbObjectId& target : targets)
+        if (VnIfcEntityBase* instance = target.openObject(kForWrite); instance && instance->forgetReferrer(referrer))
+            free.push_back(target);
+    if (free.empty() || !hasRivals)
+        return;
+    // Somebody else may have a claim; the last one has it, as when all are set.
+    model->forEach([&](VnIfcEntityBase& instance) {
+        for (const VnDbObjectId& target : free)
+            instance.enterCounterPart(target);
+    });
+}
+
 bool VnIfcModel::erase(const VnDbObjectId& handle) {
     if (handle.isNull() || handle.model() != this || !handle.openObject())
         return false;
-    handle.openObject()->leaveInverseCounterParts();
+    std::vector<VnDbObjectId> targets;
+    handle.openObject()->counterParts(targets);
+    if (const auto former = m_data->formerCounterParts.extract(handle.slot()))
+        targets.insert(targets.end(), former.mapped().begin(), former.mapped().end());
     handle.slot()->set(VnIfcInstanceSlot::kErased);
     --m_data->count;
+    m_data->forget(std::move(targets), handle);
     return true;
+}
+
+std::size_t VnIfcModel::erase(std::span<const VnDbObjectId> handles) {
+    std::vector<VnDbObjectId> targets;
+    std::size_t erased = 0;
+    for (const VnDbObjectId& handle : handles) {
+        if (handle.isNull() || handle.model() != this || !handle.openObject())
+            continue;
+        handle.openObject()->counterParts(targets);
+        if (const auto former = m_data->formerCounterParts.extract(handle.slot()))
+            targets.insert(targets.end(), former.mapped().begin(), former.mapped().end());
+        handle.slot()->set(VnIfcInstanceSlot::kErased);
+        ++erased;
+    }
+    m_data->count -= erased;
+    m_data->forget(std::move(targets), VnDbObjectId());
+    return erased;
 }
 
 std::size_t VnIfcModel::count() const noexcept { return m_data->count; }
@@ -180,20 +245,51 @@ bool VnIfcModel::place(const VnDbObjectId& handle, std::uint64_t& line, std::uin
 }
 
 void VnIfcModel::setInverseCounterParts() {
+    if (m_data->inversesAreSet)
+        forEach([](VnIfcEntityBase& instance) { instance.clearInverses(); });
+    m_data->inversesAreSet = true;
+    m_data->hasRivals = false;
+    m_data->formerCounterParts.clear();
     forEach([](VnIfcEntityBase& instance) { instance.setInverseCounterParts(); });
 }
 
 // ---- VnIfcEntityBase
 
-bool VnIfcEntityBase::keepsText(unsigned position) const noexcept {
-    if (m_id.isNull() || !m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
-        return false;
-    const auto& kept = owningModel()->data().kept;
-    const auto found = kept.find(m_id.slot());
-    if (found == kept.end())
-        return false;
-    const KeptParameters::Parameter* parameter = found->second.find(position);
-    return parameter && !parameter->fits;
+namespace {
+
+const KeptParameters* keptOf(const VnDbObjectId& handle) noexcept {
+    if (handle.isNull() || !handle.slot()->has(VnIfcInstanceSlot::kHasKept))
+        return nullptr;
+    const auto& kept = handle.model()->data().kept;
+    const auto found = kept.find(handle.slot());
+    return found == kept.end() ? nullptr : &found->second;
+}
+
+} // namespace
+
+bool VnIfcEntityBase::keepsText(unsigned position) const noexcept { return !keptText(position).empty(); }
+
+std::string_view VnIfcEntityBase::keptText(unsigned position) const noexcept {
+    const KeptParameters* kept = keptOf(m_id);
+    const KeptParameters::Parameter* parameter = kept ? kept->find(position) : nullptr;
+    return parameter && !parameter->fits ? std::string_view(parameter->text) : std::string_view();
+}
+
+std::vector<std::pair<unsigned, std::string_view>> VnIfcEntityBase::keptTexts() const {
+    std::vector<std::pair<unsigned, std::string_view>> texts;
+    const KeptParameters* kept = keptOf(m_id);
+    if (!kept)
+        return texts;
+    for (const KeptParameters::Parameter& parameter : kept->parameters)
+        if (!parameter.fits)
+            texts.emplace_back(parameter.position, parameter.text);
+    std::ranges::sort(texts);
+    if (!kept->surplus.empty()) {
+        SpfFieldWriter writer;
+        writer.write(*this);
+        texts.emplace_back(writer.count(), kept->surplus);
+    }
+    return texts;
 }
 
 bool VnIfcEntityBase::isBeyondFile(unsigned position) const noexcept {
@@ -203,6 +299,16 @@ bool VnIfcEntityBase::isBeyondFile(unsigned position) const noexcept {
     const auto found = data.kept.find(m_id.slot());
     return data.isOfOtherRelease && found != data.kept.end() && found->second.absentFrom &&
            position >= *found->second.absentFrom;
+}
+
+void VnIfcEntityBase::rememberCounterParts() {
+    VnIfcModel::Data& data = owningModel()->data();
+    if (!data.inversesAreSet || data.formerCounterParts.contains(m_id.slot()))
+        return;
+    std::vector<VnDbObjectId> targets;
+    counterParts(targets);
+    if (!targets.empty())
+        data.formerCounterParts.emplace(m_id.slot(), std::move(targets));
 }
 
 void VnIfcEntityBase::dropKept(unsigned position) noexcept {

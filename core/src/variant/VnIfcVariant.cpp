@@ -1,4 +1,5 @@
 #include <VnIfcCore/VnIfcVariant.h>
+#include <VnIfcCore/VnIfcVariantTypeAggregate.h>
 
 namespace VN_SDAI {
 
@@ -55,6 +56,20 @@ bool operator==(const VnIfcVariant& left, const VnIfcVariant& right) {
     if (left.m_type != right.m_type)
         return false;
     return !left.m_type || left.m_type->subEqualTo(left.payload(), right.payload());
+}
+
+VnIfcVariant vnStorable(const VnIfcVariant& value) {
+    VnIfcVariant storable;
+    if (value.isNull())
+        return storable;
+    if (value.type()->enumeration()) {
+        value.convertTo(VnIfcVariantType::Desc<unsigned long>::value(), storable);
+        return storable;
+    }
+    const auto* list = dynamic_cast<const VnIfcAggrPtrVariantType*>(value.type());
+    if (list && list->arrayType() && value.convertTo(*list->arrayType(), storable))
+        return storable;
+    return value;
 }
 
 } // namespace VN_SDAI

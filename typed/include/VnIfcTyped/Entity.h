@@ -102,7 +102,9 @@ struct EntityClass {
     bool isAbstract;
 };
 
-/// What all entity classes of the schema share: each operation once, driven by the class's rows.
+/// What all entity classes of the schema share: each operation once, driven by the class's rows. The rows are those of
+/// the instance's own class, also when a base class is named: `wall->IfcRoot::getAttr("PredefinedType", value)` gives the
+/// wall's attribute, and `wall->IfcRoot::outFields(filer)` writes the whole wall.
 class VNIFC_API Entity : public VnIfcEntityBase {
 public:
     /// The rows of the instance's class.
@@ -123,6 +125,10 @@ public:
     bool isInstanceOf(const char* name) const override;
     bool isKindOf(const VnIfcEntityType* type) const override;
     bool isKindOf(const char* name) const override;
+    void counterParts(std::vector<VnDbObjectId>& targets) const override;
+    void enterCounterPart(const VnDbObjectId& target) override;
+    void clearInverses() override;
+    bool forgetReferrer(const VnDbObjectId& referrer) override;
     void settleSelects() override;
     const VnIfcGUID* globalId() const noexcept override;
     void check(VnIfcCheck& check) const override;

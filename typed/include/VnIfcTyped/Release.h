@@ -57,8 +57,9 @@ struct Release {
 VNIFC_API void releaseDescriptors(const Release& release) noexcept;
 
 /// Makes the property object that stands for a whole instance; see vnIfcBuildPropertyForSimple. Entities are told by
-/// name, so that it serves every release; `self` is the function that makes the members of a complex one.
+/// name, so that it serves every release; `self` is the function that makes the members of a complex one. False, and
+/// nothing made, also where the model's access mode forbids reading and where memory is lacking.
 VNIFC_API bool buildPropertyForSimple(VnIfcEntityBase* instance, VnIfcProperty*& property, int& code,
-                                      bool (*self)(VnIfcEntityBase*, VnIfcProperty*&, int&));
+                                      bool (*self)(VnIfcEntityBase*, VnIfcProperty*&, int&)) noexcept;
 
 } // namespace VN_SDAI::typed

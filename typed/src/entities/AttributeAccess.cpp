@@ -175,9 +175,9 @@ bool isSet(const Entity& instance, const AttributeRow& row) noexcept {
     case AttributeKind::kReference:
         return !member<VnDbObjectId>(instance, row).isNull();
     case AttributeKind::kEnumeration:
-        return member<std::uint32_t>(instance, row) != typeOf<EnumerationClass>(row).literals.size();
+        return member<std::uint32_t>(instance, row) < typeOf<EnumerationClass>(row).literals.size();
     case AttributeKind::kSelect:
-        return member<VnIfcSelect>(instance, row).isSet();
+        return member<VnIfcSelect>(instance, row).hasValue();
     case AttributeKind::kAggregate:
         return member<VnIfcAggr>(instance, row).count() != 0;
     case AttributeKind::kDerived:
@@ -239,6 +239,7 @@ bool Entity::putAttr(const VnAnsiString& name, const VnIfcVariant& value) {
     const AttributeRow* row = findExplicit(entityClass(), name.constStr());
     if (!row || isBeyondFile(positionOf(entityClass(), *row)))
         return false;
+    referenceChanges();
     const Assigned assigned = assign(*this, *row, value);
     if (assigned != Assigned::kNo)
         touched(positionOf(entityClass(), *row));
@@ -256,6 +257,7 @@ void Entity::unsetAttr(const VnAnsiString& name) {
     const AttributeRow* row = findExplicit(entityClass(), name.constStr());
     if (!row || isBeyondFile(positionOf(entityClass(), *row)))
         return;
+    referenceChanges();
     unset(*this, *row);
     touched(positionOf(entityClass(), *row));
 }

@@ -5,6 +5,11 @@
 #include <VnIfcCore/VnIfcModel.h>
 #include <entities/AttributeAccess.h>
 #include <entities/CounterParts.h>
+#include <model/ModelData.h>
+
+#include <algorithm>
+#include <iterator>
+#include <vector>
 
 namespace VN_SDAI::typed {
 
@@ -55,9 +60,12 @@ void Entity::settleSelects() {
 namespace {
 
 void enter(Entity& target, const AttributeRow& inverse, const VnDbObjectId& own) {
-    if (inverse.kind == AttributeKind::kReference)
-        member<VnDbObjectId>(target, inverse) = own;
-    else
+    if (inverse.kind == AttributeKind::kReference) {
+        auto& held = member<VnDbObjectId>(target, inverse);
+        if (!held.isNull() && held != own)
+            target.owningModel()->data().hasRivals = true;
+        held = own;
+    } else
         member<VnIfcSetAggr<VnDbObjectId>>(target, inverse).add(own);
 }
 
@@ -81,12 +89,68 @@ void forEachCounterPart(const Entity& instance, const EntityClass& type, Act act
 } // namespace
 
 void Entity::setInverseCounterParts() {
+    if (VnIfcModel* model = owningModel(); model && !model->data().inversesAreSet)
+        model->data().inversesAreSet = true;
     forEachCounterPart(*this, entityClass(), [&](Entity& target, const InverseRow& inverse) {
         enter(target, inverse.attribute, objectId());
     });
 }
 
 void Entity::resetInverseCounterParts() {}
+
+void Entity::enterCounterPart(const VnDbObjectId& target) {
+    for (const EntityClass* type = &entityClass(); type; type = type->supertype)
+        for (const InverseLink& link : type->links)
+            forEachTarget(*this, *link.forward, [&](const VnDbObjectId& each) {
+                if (each == target)
+                    withInverse(each, link.targets, [&](Entity& instance, const InverseRow& inverse) {
+                        enter(instance, inverse.attribute, objectId());
+                    });
+            });
+}
+
+void Entity::counterParts(std::vector<VnDbObjectId>& targets) const {
+    for (const EntityClass* type = &entityClass(); type; type = type->supertype)
+        for (const InverseLink& link : type->links)
+            forEachTarget(*this, *link.forward, [&](const VnDbObjectId& target) {
+                if (!target.isNull())
+                    targets.push_back(target);
+            });
+}
+
+void Entity::clearInverses() {
+    for (const EntityClass* type = &entityClass(); type; type = type->supertype)
+        for (const InverseRow& row : type->inverses)
+            unset(*this, row.attribute);
+}
+
+bool Entity::forgetReferrer(const VnDbObjectId& referrer) {
+    const auto isGone = [&](const VnDbObjectId& handle) {
+        return referrer.isNull() ? handle.isErased() : handle == referrer;
+    };
+    bool isFree = false;
+    for (const EntityClass* type = &entityClass(); type; type = type->supertype)
+        for (const InverseRow& row : type->inverses) {
+            if (row.attribute.kind == AttributeKind::kReference) {
+                auto& held = member<VnDbObjectId>(*this, row.attribute);
+                if (held.isNull() || !isGone(held))
+                    continue;
+                held.setNull();
+                isFree = true;
+                continue;
+            }
+            auto& set = member<VnIfcSetAggr<VnDbObjectId>>(*this, row.attribute);
+            if (!referrer.isNull()) {
+                static_cast<void>(set.remove(referrer));
+                continue;
+            }
+            std::vector<VnDbObjectId> rest;
+            std::ranges::remove_copy_if(set, std::back_inserter(rest), isGone);
+            if (rest.size() < set.count())
+                set.assign(std::move(rest));
+        }
+    return isFree;
+}
 
 void Entity::leaveInverseCounterParts() {
     forEachCounterPart(*this, entityClass(), [&](Entity& target, const InverseRow& inverse) {

@@ -12,9 +12,9 @@ namespace VN_SDAI::typed {
 
 namespace {
 
-void readGuid(VnIfcGUID& value, VnSpfFilerBase& filer, bool separated) {
+void readGuid(VnIfcGUID& value, VnSpfFilerBase& filer, bool optional, bool separated) {
     char text[VnIfcGUID::kLength];
-    filer.rdLimitedString(text, sizeof text, false, separated);
+    filer.rdLimitedString(text, sizeof text, optional, separated);
     const void* end = std::memchr(text, '\0', sizeof text);
     value.assign({text, end ? static_cast<std::size_t>(static_cast<const char*>(end) - text) : sizeof text});
 }
@@ -32,7 +32,7 @@ bool isUnsetWhenEmpty(const AttributeRow& row, bool separated) noexcept { return
 
 void readAggregate(VnIfcAggr& value, const AttributeRow& row, VnSpfFilerBase& filer, bool separated) {
     value.clear();
-    if (filer.openAggregate(separated, row.isBinary))
+    if (filer.openAggregate(separated, row.isBinary, row.mark == kOptional))
         filer.closeAggregate(typeOf<AggregateOperations>(row).read(value, filer));
     if (value.count() == 0)
         filer.leaveEmpty(isUnsetWhenEmpty(row, separated));
@@ -45,7 +45,7 @@ void readField(Entity& instance, const AttributeRow& row, VnSpfFilerBase& filer,
         filer.rdVnAnsiString(member<VnAnsiString>(instance, row), optional, separated);
         break;
     case AttributeKind::kGuid:
-        readGuid(member<VnIfcGUID>(instance, row), filer, separated);
+        readGuid(member<VnIfcGUID>(instance, row), filer, optional, separated);
         break;
     case AttributeKind::kReal:
         filer.rdDouble(member<double>(instance, row), optional, separated);
@@ -60,10 +60,10 @@ void readField(Entity& instance, const AttributeRow& row, VnSpfFilerBase& filer,
         filer.rdPrimitive(member<VnIfcLogical>(instance, row), optional, separated);
         break;
     case AttributeKind::kBinary:
-        filer.rdBinary(separated);
+        filer.rdBinary(separated, optional);
         break;
     case AttributeKind::kReference:
-        filer.rdReference(member<VnDbObjectId>(instance, row), separated);
+        filer.rdReference(member<VnDbObjectId>(instance, row), separated, optional);
         break;
     case AttributeKind::kEnumeration:
         readEnumeration(member<std::uint32_t>(instance, row), typeOf<EnumerationClass>(row), filer, optional,
@@ -154,6 +154,7 @@ void writeField(const Entity& instance, const AttributeRow& row, VnSpfFilerBase&
 
 VN::ErrorStatus Entity::inFields(VnSpfFilerBase* filer) {
     allTouched();
+    referenceChanges();
     unsigned position = 0;
     for (const AttributeRow* row : entityClass().fields) {
         filer->field(position);

@@ -110,7 +110,10 @@ VN::ErrorStatus AttributeProperty::read(const AttributeRow& row, const VnIfcEnti
 VN::ErrorStatus AttributeProperty::write(const AttributeRow& row, VnIfcEntityBase* instance,
                                          const VnIfcVariant& value) const {
     Entity* own = instanceOf(entity(), instance);
-    if (!own || value.isNull() || value.type() != valueType(row) || !store(*own, row, value))
+    if (!own || value.isNull() || value.type() != valueType(row))
+        return VN::eRefused;
+    own->referenceChanges();
+    if (!store(*own, row, value))
         return VN::eRefused;
     own->touched(positionOf(own->entityClass(), row));
     return VN::eOk;
@@ -122,6 +125,7 @@ VN::ErrorStatus AttributeProperty::writeByName(const char* name, VnIfcEntityBase
     if (!own || value.isNull())
         return VN::eRefused;
     const AttributeRow& row = *findExplicit(own->entityClass(), name);
+    own->referenceChanges();
     const bool isOwnType = value.type() == valueType(row) || value.type() == liveType(row);
     if (!isOwnType || assign(*own, row, value) != Assigned::kYes)
         return VN::eRefused;

@@ -15,10 +15,12 @@ namespace {
 
 using Builder = bool (*)(VnIfcEntityBase*, VnIfcProperty*&, int&);
 
-VnIfcProperty* initialised(std::unique_ptr<VnIfcProperty> property, const char* name, const VnIfcVariantType& type,
-                           const VnIfcEntityType* entity) {
+using PropertyPointer = std::unique_ptr<VnIfcProperty>;
+
+PropertyPointer initialised(PropertyPointer property, const char* name, const VnIfcVariantType& type,
+                            const VnIfcEntityType* entity) {
     property->init(name, &type, entity);
-    return property.release();
+    return property;
 }
 
 /// The select that an attribute holds.
@@ -27,14 +29,14 @@ const SelectClass& selectOf(const VnIfcEntityBase& instance, const char* attribu
     return *typeOf<SelectOperations>(*row).selectClass;
 }
 
-VnIfcProperty* valueProperty(const VnIfcEntityBase& instance, std::vector<VnAnsiString> attributes) {
+PropertyPointer valueProperty(const VnIfcEntityBase& instance, std::vector<VnAnsiString> attributes) {
     const VnAnsiString name = attributes.front();
     const VnIfcVariantType& type = selectOf(instance, name.constStr()).descriptors.pointer->value();
     return initialised(std::make_unique<VnIfcSimpleProperty>(instance.objectId(), std::move(attributes)),
                        name.constStr(), type, instance.getInstanceType());
 }
 
-VnIfcProperty* complexProperty(const VnIfcEntityBase& instance, const char* members, Builder self) {
+PropertyPointer complexProperty(const VnIfcEntityBase& instance, const char* members, Builder self) {
     // The name is the same for both entities, whatever their attributes are called.
     return initialised(std::make_unique<VnIfcComplexProperty>(instance.objectId(), members, self), "hasQuantities",
                        VnIfcVariantType::Desc<VnIfcSetAggr<VnDbObjectId>*>::value(), instance.getInstanceType());
@@ -64,7 +66,8 @@ bool buildQuantity(const VnIfcEntityBase& instance, VnIfcProperty*& property, in
         if (!instance.isInstanceOf(quantity.entity))
             continue;
         property = initialised(std::make_unique<VnIfcQuantityClusterProperty>(instance.objectId(), quantity.attribute),
-                               quantity.attribute, VnIfcVariantType::Desc<double>::value(), instance.getInstanceType());
+                               quantity.attribute, VnIfcVariantType::Desc<double>::value(), instance.getInstanceType())
+                       .release();
         code = static_cast<int>(VnTypeCodeKind::kReal);
         return true;
     }
@@ -73,12 +76,15 @@ bool buildQuantity(const VnIfcEntityBase& instance, VnIfcProperty*& property, in
 
 } // namespace
 
-bool buildPropertyForSimple(VnIfcEntityBase* instance, VnIfcProperty*& property, int& code, Builder self) {
+namespace {
+
+bool build(VnIfcEntityBase* instance, VnIfcProperty*& property, int& code, Builder self) {
     if (!instance || !instance->getInstanceType())
         return false;
     if (instance->isInstanceOf("IfcPropertySingleValue")) {
-        property = valueProperty(*instance, {"nominalvalue"});
-        tellKind(*instance, code);
+        PropertyPointer made = valueProperty(*instance, {"nominalvalue"});
+        tellKind(*instance, code); // may be forbidden by the model's access mode
+        property = made.release();
         return false;
     }
     if (instance->isInstanceOf("IfcPropertyBoundedValue")) {
@@ -86,16 +92,27 @@ bool buildPropertyForSimple(VnIfcEntityBase* instance, VnIfcProperty*& property,
         // IFC2X3 has no set point.
         if (findExplicit(static_cast<const Entity&>(*instance).entityClass(), "setpointvalue"))
             bounds.emplace_back("setpointvalue");
-        property = valueProperty(*instance, std::move(bounds));
+        property = valueProperty(*instance, std::move(bounds)).release();
         return true;
     }
     const bool isComplexQuantity = instance->isInstanceOf("IfcPhysicalComplexQuantity");
     if (isComplexQuantity || instance->isInstanceOf("IfcComplexProperty")) {
-        property = complexProperty(*instance, isComplexQuantity ? "hasquantities" : "hasproperties", self);
+        property = complexProperty(*instance, isComplexQuantity ? "hasquantities" : "hasproperties", self).release();
         code = static_cast<int>(VnTypeCodeKind::kString);
         return true;
     }
     return buildQuantity(*instance, property, code);
+}
+
+} // namespace
+
+// Hosts call it through a C interface, which no exception may pass.
+bool buildPropertyForSimple(VnIfcEntityBase* instance, VnIfcProperty*& property, int& code, Builder self) noexcept {
+    try {
+        return build(instance, property, code, self);
+    } catch (...) {
+        return false;
+    }
 }
 
 } // namespace VN_SDAI::typed
