@@ -245,7 +245,7 @@ TEST_P(AttributeWalk, AccessModesRefuseBeforeTheNameIsLookedAt) {
     };
     for (std::size_t i = 0; i < m_schema.entityCount(); ++i) {
         const VnIfcEntityType* entity = m_schema.entityAt(i);
-        VnIfcEntityBase& instance = *model.create(entity->name().view()).openObject();
+        VnIfcEntityBase& instance = *model.append(std::unique_ptr<VnIfcEntityBase>(entity->create())).openObject();
         const std::string place =
             ' ' + GetParam() + "::" + std::string(entity->typeCode()->parameters()[0].text().view()) + "::";
         const VnAnsiString name("unknown");

@@ -117,7 +117,11 @@ private:
 ExitCode check(const ReadFlags& flags, const CheckOptions& options) {
     Report report(flags.file == "-" ? "standard input" : flags.file, options, !flags.quiet);
     const VnIfcDiagnosticSink sink = [&report](const VnIfcDiagnostic& finding) { report.add(finding); };
-    const LoadedFile file(flags, {.inverses = true, .places = true, .strict = true, .diagnostics = sink});
+    const VnIfcDiagnosticSink reading = [&report](const VnIfcDiagnostic& finding) {
+        if (finding.code != "mandatory") // the check of the instance tells it, whatever file it came from
+            report.add(finding);
+    };
+    const LoadedFile file(flags, {.inverses = true, .places = true, .strict = true, .diagnostics = reading});
     VnIfcCheck(file.model(), sink).run();
     report.end();
     return report.hasErrors() ? kErrorsInFile : kSuccess;

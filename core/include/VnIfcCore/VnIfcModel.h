@@ -32,8 +32,9 @@ struct VnIfcReadOptions {
 };
 
 struct VnIfcWriteOptions {
-    /// What cannot be written as it is held: "foreign-reference", "not-finite" (errors, written "$") and "text" (a
-    /// warning: bytes that are no exchange text, written as they are). None: findings are only counted.
+    /// What cannot be written as it is held: "foreign-reference" and "not-finite" (errors, written "$"), "no-value" (a
+    /// warning: a select whose member has none, written "$") and "text" (a warning: bytes that are no exchange text,
+    /// written as they are). None: findings are only counted.
     VnIfcDiagnosticSink diagnostics;
     VnIfcProgress progress;
     unsigned threads = 0; ///< 0: as many as the machine has

@@ -30,6 +30,7 @@ enum class VnSpfProblem : std::uint8_t {
 enum class VnSpfUnwritable : std::uint8_t {
     kForeignReference, ///< an instance of another model, whose number means another one here; "$" is written
     kNotFinite,        ///< an infinite number; "$" is written
+    kNoValue,          ///< a select whose chosen member has no value; "$" is written
     kNoText,           ///< bytes that are no exchange text; they are written as they are
 };
 

@@ -79,15 +79,21 @@ constexpr const char* codeOf(VnSpfUnwritable why) noexcept {
         return "foreign-reference";
     case VnSpfUnwritable::kNotFinite:
         return "not-finite";
+    case VnSpfUnwritable::kNoValue:
+        return "no-value";
     default:
         return "text";
     }
 }
 
+/// True when a value does not get into the file.
+constexpr bool isLoss(VnSpfUnwritable why) noexcept {
+    return why == VnSpfUnwritable::kForeignReference || why == VnSpfUnwritable::kNotFinite;
+}
+
 VnIfcDiagnostic diagnosticOf(const SpfWriteRemark& remark) {
     VnIfcDiagnostic diagnostic;
-    const bool isText = remark.why == VnSpfUnwritable::kNoText;
-    diagnostic.severity = isText ? VnIfcDiagnostic::kWarning : VnIfcDiagnostic::kError;
+    diagnostic.severity = isLoss(remark.why) ? VnIfcDiagnostic::kError : VnIfcDiagnostic::kWarning;
     diagnostic.code = codeOf(remark.why);
     diagnostic.instance = remark.slot->number;
     const VnIfcEntityType* type = remark.slot->object()->getInstanceType();
@@ -103,6 +109,10 @@ VnIfcDiagnostic diagnosticOf(const SpfWriteRemark& remark) {
         diagnostic.found = "an infinite number";
         diagnostic.expected = "a number that a file can hold; $ is written";
         break;
+    case VnSpfUnwritable::kNoValue:
+        diagnostic.found = "a select whose member has no value";
+        diagnostic.expected = "a value, or no member; $ is written";
+        break;
     case VnSpfUnwritable::kNoText:
         diagnostic.found = "bytes that are no exchange text";
         diagnostic.expected = "printable ASCII, other characters and backslashes as vnEncodeText writes them";
@@ -116,7 +126,7 @@ void report(const std::vector<std::vector<SpfWriteRemark>>& remarks, const VnIfc
             VnIfcFileResult& result) {
     for (const std::vector<SpfWriteRemark>& block : remarks)
         for (const SpfWriteRemark& remark : block) {
-            ++(remark.why == VnSpfUnwritable::kNoText ? result.warnings : result.errors);
+            ++(isLoss(remark.why) ? result.errors : result.warnings);
             if (options.diagnostics)
                 options.diagnostics(diagnosticOf(remark));
         }

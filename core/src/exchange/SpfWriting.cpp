@@ -309,8 +309,11 @@ void VnSpfFilerBase::wrBinaryElement(const VnAnsiString& value) {
 
 void VnSpfFilerBase::writeSelectValue(const VnIfcSelect& value) {
     const VnTypeCodeKind kind = value.kind();
-    if (!value.hasValue())
+    if (!value.hasValue()) {
+        if (value.isSet())
+            onUnwritable(VnSpfUnwritable::kNoValue);
         return wrChar('$');
+    }
     if (kind == VnTypeCodeKind::kReal && std::isinf(value.m_value.real))
         return writeReal(value.m_value.real);
     if (kind == VnTypeCodeKind::kEntity)

@@ -177,7 +177,7 @@ bool isSet(const Entity& instance, const AttributeRow& row) noexcept {
     case AttributeKind::kEnumeration:
         return member<std::uint32_t>(instance, row) < typeOf<EnumerationClass>(row).literals.size();
     case AttributeKind::kSelect:
-        return member<VnIfcSelect>(instance, row).hasValue();
+        return member<VnIfcSelect>(instance, row).isSet();
     case AttributeKind::kAggregate:
         return member<VnIfcAggr>(instance, row).count() != 0;
     case AttributeKind::kDerived:

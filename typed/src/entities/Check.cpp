@@ -88,7 +88,9 @@ private:
     void attribute(const AttributeRow& row) {
         if (row.kind == AttributeKind::kDerived || row.kind == AttributeKind::kBinary)
             return;
-        if (!isSet(m_instance, row)) {
+        const bool hasValue = row.kind == AttributeKind::kSelect ? member<VnIfcSelect>(m_instance, row).hasValue()
+                                                                 : isSet(m_instance, row);
+        if (!hasValue) {
             if (row.mark == kMandatory && !mayBeEmpty(row))
                 report(row, "mandatory", "$", "a value, because the attribute is mandatory");
             return;
