@@ -50,7 +50,9 @@ protected:
         EXPECT_TRUE(instance.getAttr(name, value));
         return value;
     }
-    VnDbObjectId instanceOf(const VnIfcNameType& entity) { return model.create(entity.name().view()); }
+    VnDbObjectId instanceOf(const VnIfcNameType& entity) {
+        return model.append(std::unique_ptr<VnIfcEntityBase>(m_schema.entity(entity.name().view())->create()));
+    }
     /// References are taken whatever they refer to.
     VnDbObjectId anyInstance() { return instanceOf(*m_schema.entityAt(m_schema.entityCount() - 1)); }
 
