@@ -98,7 +98,8 @@ TEST(ModelUse, aNewModelIsWrittenWithAHeaderOfNow) {
     EXPECT_EQ(header.schemas(), std::vector<std::string>{"IFC4X3"});
     ASSERT_EQ(header.strings("FILE_NAME", 1).size(), 1u);
     std::tm fields{};
-    const char* const end = ::strptime(header.strings("FILE_NAME", 1)[0].c_str(), "%Y-%m-%dT%H:%M:%S", &fields);
+    const std::string told = header.strings("FILE_NAME", 1)[0];
+    const char* const end = ::strptime(told.c_str(), "%Y-%m-%dT%H:%M:%S", &fields);
     ASSERT_TRUE(end && std::string_view(end) == "Z");
     const std::time_t stamp = ::timegm(&fields);
     EXPECT_TRUE(stamp >= before && stamp <= std::time(nullptr));

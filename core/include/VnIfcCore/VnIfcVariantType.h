@@ -138,26 +138,23 @@ private:
 /// storage duration in the library that describes the type.
 class VNIFC_API VnIfcVariantTypeSlot {
 public:
-    /// Makes the descriptor. Its constructor publishes it as soon as its VnIfcVariantType part is there.
-    using Create = VnIfcVariantType* (*)(VnIfcVariantTypeSlot& slot);
+    /// Makes the descriptor.
+    using Create = VnIfcVariantType* (*)();
 
     /// `living` counts the descriptors of a library. Without a lock, threads that ask for the same missing descriptor
-    /// at the same time can each make one; the last of them stays.
+    /// at the same time can each make one; the first that is ready stays, and all threads get it.
     constexpr VnIfcVariantTypeSlot(Create create, bool isLocked, std::atomic<std::size_t>& living) noexcept
         : m_create(create), m_living(&living), m_isLocked(isLocked) {}
     VnIfcVariantTypeSlot(const VnIfcVariantTypeSlot&) = delete;
     VnIfcVariantTypeSlot& operator=(const VnIfcVariantTypeSlot&) = delete;
 
-    /// The descriptor, made if there is none. To threads that come while another one makes it, it may still lack its
-    /// own part, the names of enumerators among it.
+    /// The descriptor, made if there is none. Others see it when it is whole.
     const VnIfcVariantType& value() {
         const VnIfcVariantType* type = m_type.load(std::memory_order_acquire);
         return type ? *type : make();
     }
     /// Destroys the descriptor, if there is one.
     void release() noexcept;
-    /// For constructors of descriptors.
-    void publish(VnIfcVariantType* type) noexcept;
 
 private:
     const VnIfcVariantType& make();

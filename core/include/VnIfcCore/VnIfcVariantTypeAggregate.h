@@ -37,7 +37,7 @@ public:
     virtual bool append(void* array, const VnIfcVariant& element) const = 0;
 
 protected:
-    VnIfcArrayVariantType(VnIfcVariantTypeSlot& slot, const wchar_t* name, const VnIfcVariantStorage& storage);
+    VnIfcArrayVariantType(const wchar_t* name, const VnIfcVariantStorage& storage);
 };
 
 /// What the descriptors of pointers to aggregates share. The aggregates are not owned.
@@ -57,7 +57,7 @@ public:
     virtual const VnIfcVariantType* arrayType() const = 0;
 
 protected:
-    VnIfcAggrPtrVariantType(VnIfcVariantTypeSlot& slot, const wchar_t* name);
+    VnIfcAggrPtrVariantType(const wchar_t* name);
 
     /// The aggregate that a value points to.
     static VnIfcAggr* aggregateAt(const void* value) noexcept;
@@ -74,8 +74,7 @@ class VnIfcVariantTypeForObject<VnIfcArray<T, Reallocator>> final : public VnIfc
     using Array = VnIfcArray<T, Reallocator>;
 
 public:
-    VnIfcVariantTypeForObject(VnIfcVariantTypeSlot& slot, const wchar_t* name)
-        : VnIfcArrayVariantType(slot, name, vnIfcInsideStorage<Array>) {}
+    VnIfcVariantTypeForObject(const wchar_t* name) : VnIfcArrayVariantType(name, vnIfcInsideStorage<Array>) {}
 
     std::uint32_t countOf(const void* value) const noexcept override { return array(value).length(); }
     VnIfcVariant elementOf(const void* value, std::uint32_t index) const override { return array(value)[index]; }
@@ -143,8 +142,7 @@ class VnIfcSetAggrPtrVariantTypePOD;
 template <class A>
 class VnIfcSetAggrPtrVariantTypePOD<A*> final : public VnIfcAggrPtrVariantTypeOf<A> {
 public:
-    VnIfcSetAggrPtrVariantTypePOD(VnIfcVariantTypeSlot& slot, const wchar_t* name)
-        : VnIfcAggrPtrVariantTypeOf<A>(slot, name) {}
+    VnIfcSetAggrPtrVariantTypePOD(const wchar_t* name) : VnIfcAggrPtrVariantTypeOf<A>(name) {}
 };
 
 template <class P>
@@ -154,8 +152,7 @@ class VnIfcListAggrPtrVariantTypePOD;
 template <class A>
 class VnIfcListAggrPtrVariantTypePOD<A*> final : public VnIfcAggrPtrVariantTypeOf<A> {
 public:
-    VnIfcListAggrPtrVariantTypePOD(VnIfcVariantTypeSlot& slot, const wchar_t* name)
-        : VnIfcAggrPtrVariantTypeOf<A>(slot, name) {}
+    VnIfcListAggrPtrVariantTypePOD(const wchar_t* name) : VnIfcAggrPtrVariantTypeOf<A>(name) {}
 
     bool subToValueType(const VnIfcVariantType& target, const VnIfcVariant& source,
                         VnIfcVariant& result) const override {

@@ -29,8 +29,7 @@ public:
 
 protected:
     /// `schema` and `name` are the parts of the qualified name; `literals` are bare, and must outlive the descriptor.
-    VnIfcVariantTypeEnumBase(VnIfcVariantTypeSlot& slot, std::string_view schema, std::string_view name,
-                             std::span<const char* const> literals);
+    VnIfcVariantTypeEnumBase(std::string_view schema, std::string_view name, std::span<const char* const> literals);
 
 private:
     const char* literalOf(std::uint32_t code) const noexcept {
@@ -45,8 +44,7 @@ private:
 template <class E>
 class VnIfcVariantTypeEnum final : public VnIfcVariantTypeEnumBase {
 public:
-    explicit VnIfcVariantTypeEnum(VnIfcVariantTypeSlot& slot)
-        : VnIfcVariantTypeEnumBase(slot, E::kSchemaName, E::s_class.name, E::s_class.literals) {
+    VnIfcVariantTypeEnum() : VnIfcVariantTypeEnumBase(E::kSchemaName, E::s_class.name, E::s_class.literals) {
         static_assert(sizeof(E) == sizeof(std::uint32_t));
     }
 };

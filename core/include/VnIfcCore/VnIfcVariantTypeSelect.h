@@ -46,8 +46,7 @@ public:
     VnIfcVariant variantOf(const VnIfcSelect& select) const override { return VnIfcVariant(*this, &select); }
 
 protected:
-    VnIfcSelectValueTypeBase(VnIfcVariantTypeSlot& slot, std::string_view schema, std::string_view name,
-                             std::uint32_t size);
+    VnIfcSelectValueTypeBase(std::string_view schema, std::string_view name, std::uint32_t size);
 };
 
 /// What the descriptors of pointers to selects share. A pointer that a conversion or createVariant makes keeps its
@@ -62,7 +61,7 @@ public:
     VnIfcVariant variantOf(std::shared_ptr<VnIfcSelect> select) const;
 
 protected:
-    VnIfcSelectPtrValueTypeBase(VnIfcVariantTypeSlot& slot, std::string_view schema, std::string_view name);
+    VnIfcSelectPtrValueTypeBase(std::string_view schema, std::string_view name);
     /// A new select for a pointer to point to; null when the class is not known.
     virtual std::shared_ptr<VnIfcSelect> createSelect() const = 0;
 };
@@ -71,8 +70,7 @@ protected:
 template <class S>
 class VnIfcSelectValueTypePOD final : public VnIfcSelectValueTypeBase {
 public:
-    explicit VnIfcSelectValueTypePOD(VnIfcVariantTypeSlot& slot)
-        : VnIfcSelectValueTypeBase(slot, S::kSchemaName, S::s_class.name, sizeof(S)) {}
+    VnIfcSelectValueTypePOD() : VnIfcSelectValueTypeBase(S::kSchemaName, S::s_class.name, sizeof(S)) {}
     bool accepts(const VnIfcSelect& select) const noexcept override { return typeid(select) == typeid(S); }
     void* create() const override { return new S; }
     void* copy(const void* object) const override { return new S(*static_cast<const S*>(object)); }
@@ -86,8 +84,7 @@ class VnIfcSelectPtrValueTypePOD;
 template <class S>
 class VnIfcSelectPtrValueTypePOD<S*> final : public VnIfcSelectPtrValueTypeBase {
 public:
-    explicit VnIfcSelectPtrValueTypePOD(VnIfcVariantTypeSlot& slot)
-        : VnIfcSelectPtrValueTypeBase(slot, S::kSchemaName, S::s_class.name) {}
+    VnIfcSelectPtrValueTypePOD() : VnIfcSelectPtrValueTypeBase(S::kSchemaName, S::s_class.name) {}
     bool accepts(const VnIfcSelect& select) const noexcept override { return typeid(select) == typeid(S); }
 
 protected:

@@ -124,10 +124,7 @@ bool convertIf(const VnIfcVariantType& target, const From& from, VnIfcVariant& r
 template <class T>
 class SingleType : public VnIfcVariantType {
 public:
-    explicit SingleType(VnIfcVariantTypeSlot& slot)
-        : VnIfcVariantType(kName<T>, sizeof(T), nullptr, nullptr, storageOf<T>()) {
-        slot.publish(this);
-    }
+    SingleType() : VnIfcVariantType(kName<T>, sizeof(T), nullptr, nullptr, storageOf<T>()) {}
 
     bool subEqualTo(const void* left, const void* right) const override {
         return areEqual(valueAt(left), valueAt(right));
@@ -191,9 +188,7 @@ public:
 /// Handles, which nothing but selects converts to or from.
 class HandleType final : public VnIfcVariantType {
 public:
-    explicit HandleType(VnIfcVariantTypeSlot& slot) : VnIfcVariantType(kName<VnDbObjectId>, sizeof(VnDbObjectId)) {
-        slot.publish(this);
-    }
+    HandleType() : VnIfcVariantType(kName<VnDbObjectId>, sizeof(VnDbObjectId)) {}
     bool subToString(VrString& text, const void* value, StringFormat format) const override {
         if (!value)
             return false;
@@ -212,10 +207,7 @@ public:
 /// Enumerators, which convert to their names and codes.
 class EnumDescriptionType final : public VnIfcVariantType {
 public:
-    explicit EnumDescriptionType(VnIfcVariantTypeSlot& slot)
-        : VnIfcVariantType(kName<VnIfcEnumDescription>, sizeof(VnIfcEnumDescription)) {
-        slot.publish(this);
-    }
+    EnumDescriptionType() : VnIfcVariantType(kName<VnIfcEnumDescription>, sizeof(VnIfcEnumDescription)) {}
     bool subEqualTo(const void* left, const void* right) const override { return valueAt(left) == valueAt(right); }
     bool subToValueType(const VnIfcVariantType& target, const VnIfcVariant& source,
                         VnIfcVariant& result) const override {
@@ -247,7 +239,7 @@ private:
 
 class AnySelectType final : public VnIfcSelectPtrValueTypeBase {
 public:
-    explicit AnySelectType(VnIfcVariantTypeSlot& slot) : VnIfcSelectPtrValueTypeBase(slot, "VN_SDAI", "VnIfcSelect") {}
+    AnySelectType() : VnIfcSelectPtrValueTypeBase("VN_SDAI", "VnIfcSelect") {}
     bool accepts(const VnIfcSelect&) const noexcept override { return true; }
 
 protected:
@@ -256,7 +248,7 @@ protected:
 
 class AnyAggregateType final : public VnIfcAggrPtrVariantType {
 public:
-    explicit AnyAggregateType(VnIfcVariantTypeSlot& slot) : VnIfcAggrPtrVariantType(slot, kName<VnIfcAggr*>) {}
+    AnyAggregateType() : VnIfcAggrPtrVariantType(kName<VnIfcAggr*>) {}
 
     bool subToValueType(const VnIfcVariantType& target, const VnIfcVariant& source,
                         VnIfcVariant& result) const override {
@@ -297,34 +289,32 @@ constinit std::atomic<std::size_t> living{0};
 /// Which class describes T, and under which name where it does not know itself.
 template <class T>
 struct Maker {
-    static VnIfcVariantType* make(VnIfcVariantTypeSlot& slot) { return new SingleType<T>(slot); }
+    static VnIfcVariantType* make() { return new SingleType<T>(); }
 };
 template <>
 struct Maker<VrString> {
-    static VnIfcVariantType* make(VnIfcVariantTypeSlot& slot) { return new UnicodeType(slot); }
+    static VnIfcVariantType* make() { return new UnicodeType(); }
 };
 template <>
 struct Maker<VnDbObjectId> {
-    static VnIfcVariantType* make(VnIfcVariantTypeSlot& slot) { return new HandleType(slot); }
+    static VnIfcVariantType* make() { return new HandleType(); }
 };
 template <>
 struct Maker<VnIfcEnumDescription> {
-    static VnIfcVariantType* make(VnIfcVariantTypeSlot& slot) { return new EnumDescriptionType(slot); }
+    static VnIfcVariantType* make() { return new EnumDescriptionType(); }
 };
 template <>
 struct Maker<VnIfcSelect*> {
-    static VnIfcVariantType* make(VnIfcVariantTypeSlot& slot) { return new AnySelectType(slot); }
+    static VnIfcVariantType* make() { return new AnySelectType(); }
 };
 template <>
 struct Maker<VnIfcAggr*> {
-    static VnIfcVariantType* make(VnIfcVariantTypeSlot& slot) { return new AnyAggregateType(slot); }
+    static VnIfcVariantType* make() { return new AnyAggregateType(); }
 };
 template <class T>
 struct Maker<VnIfcArray<T>> {
     static std::wstring name() { return std::wstring(L"SDAI_NAMESPACE_PFX VnIfcArray<") + elementName<T>() + L">"; }
-    static VnIfcVariantType* make(VnIfcVariantTypeSlot& slot) {
-        return new VnIfcVariantTypeForObject<VnIfcArray<T>>(slot, name().c_str());
-    }
+    static VnIfcVariantType* make() { return new VnIfcVariantTypeForObject<VnIfcArray<T>>(name().c_str()); }
     template <class E>
     static std::wstring elementName() {
         if constexpr (requires { Maker<E>::name(); })
@@ -335,25 +325,25 @@ struct Maker<VnIfcArray<T>> {
 };
 template <class T>
 struct Maker<VnIfcSetAggr<T>*> {
-    static VnIfcVariantType* make(VnIfcVariantTypeSlot& slot) {
+    static VnIfcVariantType* make() {
         const std::wstring name = std::wstring(L"::VN_SDAI:: VnIfcSetAggr<") + kName<T> + L">*";
-        return new VnIfcSetAggrPtrVariantTypePOD<VnIfcSetAggr<T>*>(slot, name.c_str());
+        return new VnIfcSetAggrPtrVariantTypePOD<VnIfcSetAggr<T>*>(name.c_str());
     }
 };
 template <class T>
 struct Maker<VnIfcListAggr<T>*> {
-    static VnIfcVariantType* make(VnIfcVariantTypeSlot& slot) {
+    static VnIfcVariantType* make() {
         const std::wstring name = std::wstring(L"::VN_SDAI:: VnIfcListAggr<") + kName<T> + L">*";
-        return new VnIfcListAggrPtrVariantTypePOD<VnIfcListAggr<T>*>(slot, name.c_str());
+        return new VnIfcListAggrPtrVariantTypePOD<VnIfcListAggr<T>*>(name.c_str());
     }
 };
 template <class T>
 struct Maker<VnIfcListAggrCompound<VnIfcListAggr<T>>*> {
     using List = VnIfcListAggrCompound<VnIfcListAggr<T>>;
-    static VnIfcVariantType* make(VnIfcVariantTypeSlot& slot) {
+    static VnIfcVariantType* make() {
         const std::wstring name =
             std::wstring(L"::VN_SDAI:: VnIfcListAggrCompound<VN_SDAI::VnIfcListAggr<") + kName<T> + L">>*";
-        return new VnIfcListAggrPtrVariantTypePOD<List*>(slot, name.c_str());
+        return new VnIfcListAggrPtrVariantTypePOD<List*>(name.c_str());
     }
 };
 

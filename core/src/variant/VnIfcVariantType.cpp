@@ -1,6 +1,8 @@
 #include <VnIfcCore/VnIfcVariant.h>
 #include <VnRx/VrString.h>
 
+#include <memory>
+
 namespace VN_SDAI {
 
 VnIfcVariantTypeLocker& vnifcGetVaraintTypeLocker() noexcept {
@@ -19,19 +21,12 @@ const VnIfcVariantType& VnIfcVariantTypeSlot::make() {
 }
 
 const VnIfcVariantType& VnIfcVariantTypeSlot::createAndPublish() {
-    try {
-        return *m_create(*this);
-    } catch (...) {
-        // The constructor may have failed after it published the descriptor that is gone now.
-        if (m_type.exchange(nullptr))
-            --*m_living;
-        throw;
-    }
-}
-
-void VnIfcVariantTypeSlot::publish(VnIfcVariantType* type) noexcept {
+    std::unique_ptr<VnIfcVariantType> made(m_create());
+    VnIfcVariantType* first = nullptr;
+    if (!m_type.compare_exchange_strong(first, made.get(), std::memory_order_acq_rel))
+        return *first;
     ++*m_living;
-    m_type.store(type, std::memory_order_release);
+    return *made.release();
 }
 
 void VnIfcVariantTypeSlot::release() noexcept {

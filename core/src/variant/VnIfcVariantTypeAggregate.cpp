@@ -47,11 +47,8 @@ bool VnIfcAggregateVariantType::toArray(const VnIfcVariantType& target, const vo
 
 // ---- VnIfcArrayVariantType
 
-VnIfcArrayVariantType::VnIfcArrayVariantType(VnIfcVariantTypeSlot& slot, const wchar_t* name,
-                                             const VnIfcVariantStorage& storage)
-    : VnIfcAggregateVariantType(name, sizeof(VnIfcArray<int>), nullptr, nullptr, &storage) {
-    slot.publish(this);
-}
+VnIfcArrayVariantType::VnIfcArrayVariantType(const wchar_t* name, const VnIfcVariantStorage& storage)
+    : VnIfcAggregateVariantType(name, sizeof(VnIfcArray<int>), nullptr, nullptr, &storage) {}
 
 VnIfcArrayVariantType::~VnIfcArrayVariantType() = default;
 
@@ -62,10 +59,8 @@ bool VnIfcArrayVariantType::subToValueType(const VnIfcVariantType& target, const
 
 // ---- VnIfcAggrPtrVariantType
 
-VnIfcAggrPtrVariantType::VnIfcAggrPtrVariantType(VnIfcVariantTypeSlot& slot, const wchar_t* name)
-    : VnIfcAggregateVariantType(name, sizeof(VnIfcAggr*)) {
-    slot.publish(this);
-}
+VnIfcAggrPtrVariantType::VnIfcAggrPtrVariantType(const wchar_t* name)
+    : VnIfcAggregateVariantType(name, sizeof(VnIfcAggr*)) {}
 
 VnIfcAggrPtrVariantType::~VnIfcAggrPtrVariantType() = default;
 

@@ -13,11 +13,9 @@ std::uint32_t codeAt(const void* value) noexcept { return *static_cast<const std
 
 } // namespace
 
-// The descriptor is visible to other threads before its names are there: they are only read by those who want them.
-VnIfcVariantTypeEnumBase::VnIfcVariantTypeEnumBase(VnIfcVariantTypeSlot& slot, std::string_view schema,
-                                                   std::string_view name, std::span<const char* const> literals)
-    : VnIfcVariantType(wideName(schema, "::", name).c_str(), sizeof(std::uint32_t)),
-      m_literals((slot.publish(this), literals)) {
+VnIfcVariantTypeEnumBase::VnIfcVariantTypeEnumBase(std::string_view schema, std::string_view name,
+                                                   std::span<const char* const> literals)
+    : VnIfcVariantType(wideName(schema, "::", name).c_str(), sizeof(std::uint32_t)), m_literals(literals) {
     const std::string prefix = std::string(schema).append("::k").append(name).append("_");
     const auto add = [&](std::string_view literal) {
         m_names.append(std::make_unique<VnAnsiString>(prefix + std::string(literal)));

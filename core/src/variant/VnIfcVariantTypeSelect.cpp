@@ -81,11 +81,8 @@ VnIfcSelect* VnIfcSelectVariantType::selectIn(const VnIfcVariant& value) const n
 
 // ---- VnIfcSelectValueTypeBase
 
-VnIfcSelectValueTypeBase::VnIfcSelectValueTypeBase(VnIfcVariantTypeSlot& slot, std::string_view schema,
-                                                   std::string_view name, std::uint32_t size)
-    : VnIfcSelectVariantType(wideName(schema, "::", name).c_str(), size, nullptr, nullptr, &vnIfcHeapStorage) {
-    slot.publish(this);
-}
+VnIfcSelectValueTypeBase::VnIfcSelectValueTypeBase(std::string_view schema, std::string_view name, std::uint32_t size)
+    : VnIfcSelectVariantType(wideName(schema, "::", name).c_str(), size, nullptr, nullptr, &vnIfcHeapStorage) {}
 
 VnIfcSelectValueTypeBase::~VnIfcSelectValueTypeBase() = default;
 
@@ -105,12 +102,9 @@ VnIfcSelect* VnIfcSelectValueTypeBase::selectAt(const void* value) const noexcep
 
 // ---- VnIfcSelectPtrValueTypeBase
 
-VnIfcSelectPtrValueTypeBase::VnIfcSelectPtrValueTypeBase(VnIfcVariantTypeSlot& slot, std::string_view schema,
-                                                         std::string_view name)
+VnIfcSelectPtrValueTypeBase::VnIfcSelectPtrValueTypeBase(std::string_view schema, std::string_view name)
     : VnIfcSelectVariantType(wideName(schema, "::", name, "*").c_str(), sizeof(VnIfcSelect*), nullptr, nullptr,
-                             &kPointerStorage) {
-    slot.publish(this);
-}
+                             &kPointerStorage) {}
 
 VnIfcSelectPtrValueTypeBase::~VnIfcSelectPtrValueTypeBase() = default;
 

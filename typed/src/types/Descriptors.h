@@ -15,30 +15,30 @@ VNIFC_API std::wstring aggregateName(std::string_view prefix, std::string_view s
 
 template <class Descriptor>
 struct DescriptorMaker {
-    static VnIfcVariantType* make(VnIfcVariantTypeSlot& slot) { return new Descriptor(slot); }
+    static VnIfcVariantType* make() { return new Descriptor(); }
 };
 
 template <class S>
 struct DescriptorMaker<VnIfcVariantTypeForObject<VnIfcArray<S>>> {
-    static VnIfcVariantType* make(VnIfcVariantTypeSlot& slot) {
+    static VnIfcVariantType* make() {
         const std::wstring name = aggregateName("SDAI_NAMESPACE_PFX VnIfcArray<", S::kSchemaName, S::s_class.name, ">");
-        return new VnIfcVariantTypeForObject<VnIfcArray<S>>(slot, name.c_str());
+        return new VnIfcVariantTypeForObject<VnIfcArray<S>>(name.c_str());
     }
 };
 
 template <class S>
 struct DescriptorMaker<VnIfcSetAggrPtrVariantTypePOD<VnIfcSetAggr<S>*>> {
-    static VnIfcVariantType* make(VnIfcVariantTypeSlot& slot) {
+    static VnIfcVariantType* make() {
         const std::wstring name = aggregateName("::VN_SDAI:: VnIfcSetAggr<", S::kSchemaName, S::s_class.name, ">*");
-        return new VnIfcSetAggrPtrVariantTypePOD<VnIfcSetAggr<S>*>(slot, name.c_str());
+        return new VnIfcSetAggrPtrVariantTypePOD<VnIfcSetAggr<S>*>(name.c_str());
     }
 };
 
 template <class S>
 struct DescriptorMaker<VnIfcListAggrPtrVariantTypePOD<VnIfcListAggr<S>*>> {
-    static VnIfcVariantType* make(VnIfcVariantTypeSlot& slot) {
+    static VnIfcVariantType* make() {
         const std::wstring name = aggregateName("::VN_SDAI:: VnIfcListAggr<", S::kSchemaName, S::s_class.name, ">*");
-        return new VnIfcListAggrPtrVariantTypePOD<VnIfcListAggr<S>*>(slot, name.c_str());
+        return new VnIfcListAggrPtrVariantTypePOD<VnIfcListAggr<S>*>(name.c_str());
     }
 };
 
