@@ -32,7 +32,9 @@ static_assert(std::is_same_v<decltype(std::declval<IfcUnit>().underlyingTypeByNa
 static_assert(std::is_same_v<decltype(std::declval<IfcValue>().underlyingTypeByName("")), IfcValue::eIfcValue>);
 
 template <class To, class From>
-concept Takes = requires(To& to, From from) { to = from; };
+concept Takes = requires(To& to, From from) {
+    to = from;
+};
 static_assert(Takes<VnIfcBoolean, bool> && Takes<VnIfcBoolean, VnIfcBoolean::Code> && Takes<VnIfcLogical, bool>);
 static_assert(!Takes<VnIfcBoolean, const char*> && !Takes<VnIfcLogical, const char*>);
 static_assert(!Takes<VnIfcBoolean, double> && !Takes<VnIfcBoolean, int> && !Takes<VnIfcBoolean, void*>);
@@ -80,8 +82,8 @@ TEST(Traps, aSelectWithoutAValueIsWrittenAsUnset) {
     EXPECT_EQ(written([](IfcValue& value) { value.setIfcReal(std::nan("")); }), "$");
     EXPECT_EQ(written([](IfcValue& value) { value.setIfcBoolean(VnIfcBoolean::Unset); }), "$");
     EXPECT_EQ(written([](IfcValue& value) { value.setIfcLogical(VnIfcLogical::Unset); }), "$");
-    for (const char* name : {"IfcLabel", "IfcReal", "IfcInteger", "IfcBoolean", "IfcLogical", "IfcBinary",
-                             "IfcComplexNumber"})
+    for (const char* name :
+         {"IfcLabel", "IfcReal", "IfcInteger", "IfcBoolean", "IfcLogical", "IfcBinary", "IfcComplexNumber"})
         EXPECT_EQ(written([&](IfcValue& value) { ASSERT_TRUE(value.underlyingTypeName(name)); }), "$") << name;
     EXPECT_EQ(written([](IfcValue& value) { value.setIfcLabel(""); }), "IFCLABEL('')");
     EXPECT_EQ(written([](IfcValue& value) { value.setIfcComplexNumber({1.5, 2.0}); }), "IFCCOMPLEXNUMBER((1.5,2.))");

@@ -106,8 +106,8 @@ TEST_F(SafeFile, aKilledWriterLeavesNothing) {
 TEST(InstanceNumbers, areWrittenWhole) {
     for (const std::uint64_t number : {1ull, 9ull, 10ull, 99'999'999ull, 100'000'000ull, 100'000'001ull, 999'999'999ull,
                                        1'000'000'000ull, 18'446'744'073'709'551'615ull}) {
-        const std::string data = '#' + std::to_string(number) + "=IFCPERSONANDORGANIZATION(#" +
-                                 std::to_string(number) + ",$,$);\n";
+        const std::string data =
+            '#' + std::to_string(number) + "=IFCPERSONANDORGANIZATION(#" + std::to_string(number) + ",$,$);\n";
         EXPECT_EQ(rewritten(data), data);
     }
 }

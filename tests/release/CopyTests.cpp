@@ -39,11 +39,12 @@ TEST(CopyBetweenReleases, isPaddedAndTold) {
             GTEST_SKIP() << each.from << " or " << each.to << " is not installed";
         std::string told;
         std::vector<std::pair<VnDbObjectId, VnDbObjectId>> copies;
-        const VnDbObjectId copy = target.model().copy(source.model().find(1), copies, [&](const VnIfcDiagnostic& found) {
-            told += found.code + ' ' + found.attribute + ' ' + found.found;
-            EXPECT_EQ(found.instance, 1u);
-            EXPECT_EQ(found.line, 0u);
-        });
+        const VnDbObjectId copy =
+            target.model().copy(source.model().find(1), copies, [&](const VnIfcDiagnostic& found) {
+                told += found.code + ' ' + found.attribute + ' ' + found.found;
+                EXPECT_EQ(found.instance, 1u);
+                EXPECT_EQ(found.line, 0u);
+            });
         EXPECT_EQ(copy.number(), 1u);
         const std::string text = target.model().writeText();
         EXPECT_NE(text.find(each.copied), std::string::npos) << text;

@@ -73,7 +73,8 @@ void addShow(CLI::App& app, Task& task) {
     addReadFlags(*command, *options);
     command->add_option("INSTANCE", options->address, "#ID, ID or GlobalId")->required();
     command->add_flag("--json", options->json, "print one JSON object");
-    command->add_flag("--inverse", options->inverses, "the inverse attributes that the schema has, too: what refers to the instance by them");
+    command->add_flag("--inverse", options->inverses,
+                      "the inverse attributes that the schema has, too: what refers to the instance by them");
     command->callback([&task, options] {
         task = [options] { return show(*options, options->address, options->json, options->inverses); };
     });

@@ -48,8 +48,9 @@ struct VnIfcSlotPages {
 
 /// Handle of an instance inside a model (ISO 10303-22, application instance identifier). A value of one pointer; never
 /// owns. Handles are ordered by instance number. A handle stays usable as long as its model lives; when its instance
-/// was erased or never defined, it opens to null. A handle belongs to its model: kept in an instance of another model it
-/// would be written as the number of a stranger. putAttr refuses it, typed setters do not look; writing tells and writes
+/// was erased or never defined, it opens to null. A handle belongs to its model: kept in an instance of another model
+/// it would be written as the number of a stranger. putAttr refuses it, typed setters do not look; writing tells and
+/// writes
 /// "$", and VnIfcCheck finds it.
 class VNIFC_API VnDbObjectId {
 public:

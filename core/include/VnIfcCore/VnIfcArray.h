@@ -62,7 +62,7 @@ public:
              (std::is_same_v<std::ranges::range_value_t<const Range>, T> ||
               (std::ranges::contiguous_range<const T> && !std::is_convertible_v<const T&, std::string_view> &&
                std::is_constructible_v<T, const std::ranges::range_value_t<const Range>&>)))
-    VnIfcArray(const Range& elements) {
+        VnIfcArray(const Range& elements) {
         reserve(std::ranges::size(elements));
         for (const auto& element : elements)
             append(T(element));

@@ -25,8 +25,8 @@ public:
     virtual ~VnIfcEntityBase();
     /// The class's record in the dictionary; null until the schema is built, and for instances without a class.
     virtual VnIfcEntityType* getInstanceType() const = 0;
-    /// Converts and stores; false, and the attribute unchanged, when the name is unknown, the value does not convert, or
-    /// isBeyondFile is true of the attribute's position.
+    /// Converts and stores; false, and the attribute unchanged, when the name is unknown, the value does not convert,
+    /// or isBeyondFile is true of the attribute's position.
     virtual bool putAttr(const VnAnsiString& name, const VnIfcVariant& value);
     virtual bool testAttr(const VnIfcAttributeDefinition* attribute) const;
     /// True when the attribute holds a value.
@@ -64,8 +64,8 @@ public:
     virtual void enterCounterPart(const VnDbObjectId& target);
     /// Empties this instance's inverse attributes.
     virtual void clearInverses();
-    /// Takes an instance, or with null all erased ones, out of this one's inverse attributes, whatever refers to it now.
-    /// True when one that can hold a single instance became empty.
+    /// Takes an instance, or with null all erased ones, out of this one's inverse attributes, whatever refers to it
+    /// now. True when one that can hold a single instance became empty.
     virtual bool forgetReferrer(const VnDbObjectId& referrer);
     /// Classifies the instances that the selects of this one hold (VnIfcSelect::settle), once all instances are there.
     virtual void settleSelects();
@@ -79,8 +79,8 @@ public:
     /// The model that the instance belongs to; null outside of a model.
     VnIfcModel* owningModel() const noexcept { return m_id.model(); }
 
-    /// True when the file held something at that position of the parameter list, from 0, that its attribute cannot hold,
-    /// and the attribute was not set since.
+    /// True when the file held something at that position of the parameter list, from 0, that its attribute cannot
+    /// hold, and the attribute was not set since.
     bool keepsText(unsigned position) const noexcept;
     /// What it held there, in the form of an exchange file, which will be written back; empty when nothing is kept.
     /// Valid until the attribute is changed.
@@ -113,8 +113,8 @@ protected:
         if (!m_id.isNull() && m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
             dropKept(position);
     }
-    /// To be told before a reference changes that inverse attributes may mirror, so that erasing finds what the instance
-    /// was entered into.
+    /// To be told before a reference changes that inverse attributes may mirror, so that erasing finds what the
+    /// instance was entered into.
     void referenceChanges() {
         if (!m_id.isNull())
             rememberCounterParts();

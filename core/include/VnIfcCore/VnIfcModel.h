@@ -99,9 +99,9 @@ public:
     VnDbObjectId copy(const VnDbObjectId& source);
     VnDbObjectId copy(const VnDbObjectId& source, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies);
     /// As copy; tells what becomes of an instance whose schema is another one. Attributes go by name; those that the
-    /// source does not have are unset ("mandatory" where this schema demands a value), those that the copy does not have
-    /// are left out ("no-attribute"), and values that do not fit are kept as text, with the codes that reading has.
-    /// `instance` in a finding is the copy.
+    /// source does not have are unset ("mandatory" where this schema demands a value), those that the copy does not
+    /// have are left out ("no-attribute"), and values that do not fit are kept as text, with the codes that reading
+    /// has. `instance` in a finding is the copy.
     VnDbObjectId copy(const VnDbObjectId& source, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies,
                       const VnIfcDiagnosticSink& diagnostics);
     /// Erases an instance: it is no longer found or written, its handle opens to null, and it leaves the inverse
@@ -111,9 +111,9 @@ public:
     ///
     /// What was changed through pointers that getAttr gave is not known of: set the inverse attributes anew first.
     bool erase(const VnDbObjectId& handle);
-    /// Erases several instances, in any order, in a time that grows with the number of the instances and the size of the
-    /// inverse attributes that they leave; one by one, each has to close the gap that it leaves there. Returns how many
-    /// there were to erase.
+    /// Erases several instances, in any order, in a time that grows with the number of the instances and the size of
+    /// the inverse attributes that they leave; one by one, each has to close the gap that it leaves there. Returns how
+    /// many there were to erase.
     std::size_t erase(std::span<const VnDbObjectId> handles);
     /// Gives back all instances and the header.
     void clear();
@@ -137,8 +137,9 @@ public:
     /// Line and column, from 1, of an instance in the file that it was read from; false when they are not known.
     bool place(const VnDbObjectId& handle, std::uint64_t& line, std::uint64_t& column) const noexcept;
 
-    /// Sets the inverse attributes of all instances: empties them, and enters every instance into those of the instances
-    /// that it refers to. Setters do not touch inverse attributes, so that they are to be set anew after changes.
+    /// Sets the inverse attributes of all instances: empties them, and enters every instance into those of the
+    /// instances that it refers to. Setters do not touch inverse attributes, so that they are to be set anew after
+    /// changes.
     void setInverseCounterParts();
 
     /// Reads an exchange file (ISO 10303-21) into this model, which must be empty.

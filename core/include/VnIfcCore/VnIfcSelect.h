@@ -63,8 +63,8 @@ public:
     VnTypeCodeKind kind() const noexcept { return m_kind; }
     /// True when a member is chosen; it may be without a value.
     bool isSet() const noexcept { return m_kind != VnTypeCodeKind::kNone; }
-    /// True when the chosen member has a value: an unset text, an unset number and NaN are none. A select without a value
-    /// is written "$".
+    /// True when the chosen member has a value: an unset text, an unset number and NaN are none. A select without a
+    /// value is written "$".
     bool hasValue() const noexcept;
 
     /// Takes an instance if it belongs to one of the members; otherwise the select is nulled and the answer is false.

@@ -169,8 +169,8 @@ private:
 static_assert(sizeof(VnIfcVariant) == 32);
 
 /// What getAttr gave as a value that putAttr takes, of the same or another instance: an enumeration becomes its code, a
-/// pointer to an aggregate an array of its elements. All else is given back as it is; a pointer to a select still points
-/// into the instance. To read an enumeration, ask for its class: `value.get<IfcWallTypeEnum>()`.
+/// pointer to an aggregate an array of its elements. All else is given back as it is; a pointer to a select still
+/// points into the instance. To read an enumeration, ask for its class: `value.get<IfcWallTypeEnum>()`.
 VNIFC_API VnIfcVariant vnStorable(const VnIfcVariant& value);
 
 } // namespace VN_SDAI

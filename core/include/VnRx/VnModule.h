@@ -23,8 +23,8 @@ struct VnModuleEntryPoints {
     /// and the result is false, for all others, their subtypes too, and for null. `code` becomes the kind of the value
     /// (VnTypeCodeKind): of a single value that of what it holds, 6 for quantities, 12 for complex ones; it stays as it
     /// was for a bounded value. The result is false also for a single value, although its property was made: go by
-    /// `property`. Throws nothing: where the model's access mode forbids reading the value, and where memory is lacking,
-    /// nothing is made.
+    /// `property`. Throws nothing: where the model's access mode forbids reading the value, and where memory is
+    /// lacking, nothing is made.
     bool (*buildPropertyForSimple)(VnIfcEntityBase* instance, VnIfcProperty*& property, int& code);
 };
 

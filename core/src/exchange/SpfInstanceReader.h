@@ -40,8 +40,7 @@ struct SpfRemark {
 class SpfInstanceReader final : public VnSpfFilerBase {
 public:
     /// With `strict` it remarks on mandatory attributes that are unset.
-    explicit SpfInstanceReader(VnIfcModel::Data& data, bool strict = false) noexcept
-        : m_data(data), m_strict(strict) {}
+    explicit SpfInstanceReader(VnIfcModel::Data& data, bool strict = false) noexcept : m_data(data), m_strict(strict) {}
     /// Lets references be looked up faster; no slot may be made any more.
     void slotsAreMade() noexcept { lookUpIn(m_data.slots.pages()); }
 

@@ -289,8 +289,8 @@ private:
     std::vector<std::unique_ptr<SpfInstanceReader>> m_readers;
     std::vector<Block> m_blocks; // beside those of the structure
     std::size_t m_count = 0;     // of instances
-    std::size_t m_reported = 0; // blocks
-    std::size_t m_finding = 0;  // the next one to report
+    std::size_t m_reported = 0;  // blocks
+    std::size_t m_finding = 0;   // the next one to report
 };
 
 /// A text or list that is longer than memory can hold one is no reason to end the host.

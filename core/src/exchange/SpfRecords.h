@@ -55,8 +55,7 @@ public:
     };
 
     /// For a text of that many bytes, so that records of small ones need little.
-    explicit SpfRecords(std::size_t text) noexcept
-        : m_pageSize(std::clamp<std::size_t>(text / 64, 64, kLargestPage)) {}
+    explicit SpfRecords(std::size_t text) noexcept : m_pageSize(std::clamp<std::size_t>(text / 64, 64, kLargestPage)) {}
 
     void add(const SpfInstance& record) {
         if (m_next == m_end)

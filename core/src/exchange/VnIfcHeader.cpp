@@ -99,7 +99,8 @@ std::string VnIfcHeader::timeStamp() {
 VnIfcHeader VnIfcHeader::standard(std::string_view schema, std::string_view fileName, std::string_view timeStamp) {
     VnIfcHeader header;
     header.set("FILE_DESCRIPTION", "(''),'2;1'");
-    header.set("FILE_NAME", quoted(fileName) + ',' + quoted(timeStamp) + ",(''),(''),'vnifc " VNIFC_VERSION "','vnifc',''");
+    header.set("FILE_NAME",
+               quoted(fileName) + ',' + quoted(timeStamp) + ",(''),(''),'vnifc " VNIFC_VERSION "','vnifc',''");
     header.set("FILE_SCHEMA", '(' + quoted(schema) + ')');
     return header;
 }

@@ -242,8 +242,7 @@ VnIfcInstanceSlot* SlotTable::Maker::makeHashed(std::uint64_t number) {
     row.first = row.first == 0 ? number : row.first;
     row.last = number;
     const std::size_t index = m_index++;
-    VnIfcInstanceSlot* const slot =
-        onPage(m_table.m_hashedPages[index / kSlotsPerPage], index % kSlotsPerPage, number);
+    VnIfcInstanceSlot* const slot = onPage(m_table.m_hashedPages[index / kSlotsPerPage], index % kSlotsPerPage, number);
     m_isCrowded = m_isCrowded || isCrowded(m_steps, m_count);
     if (m_isCrowded)
         return slot; // all slots will be entered anew
@@ -348,8 +347,8 @@ std::vector<std::span<VnIfcInstanceSlot>> SlotTable::runs() {
     std::vector<std::span<VnIfcInstanceSlot>> runs;
     if (!isInOrder()) {
         for (VnIfcInstanceSlot* const slot : ordered()) {
-            const bool goesOn = !runs.empty() && runs.back().data() + runs.back().size() == slot &&
-                                runs.back().size() < kSlotsPerPage;
+            const bool goesOn =
+                !runs.empty() && runs.back().data() + runs.back().size() == slot && runs.back().size() < kSlotsPerPage;
             if (goesOn)
                 runs.back() = {runs.back().data(), runs.back().size() + 1};
             else

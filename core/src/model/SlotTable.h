@@ -25,8 +25,8 @@ public:
     /// Makes the slot of a number that has none yet.
     VnIfcInstanceSlot* insert(std::uint64_t number);
 
-    /// Makes room in an empty table for `count` slots with numbers up to `largest`, most of which are `gap` apart, which
-    /// makers on several threads may then make.
+    /// Makes room in an empty table for `count` slots with numbers up to `largest`, most of which are `gap` apart,
+    /// which makers on several threads may then make.
     void reserve(std::size_t count, std::uint64_t largest, std::uint64_t gap);
     class Maker;
     /// A slot that an instance got although another one has its number.
@@ -110,8 +110,8 @@ private:
     std::size_t m_hashedCount = 0;
     std::size_t m_steps = 0; // taken from one cell to the next by all that were inserted
     std::uint64_t m_multiplier;
-    unsigned m_shift = 0;                      // numbers that differ in lower bits only share a cell
-    bool m_hashedInOrder = true;               // the slots of hashed pages have ascending numbers
+    unsigned m_shift = 0;        // numbers that differ in lower bits only share a cell
+    bool m_hashedInOrder = true; // the slots of hashed pages have ascending numbers
     std::uint64_t m_firstHashed = 0;
     std::uint64_t m_lastHashed = 0;
     std::uint64_t m_largestDirect = 0;

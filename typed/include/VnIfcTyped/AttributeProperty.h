@@ -15,8 +15,8 @@ enum class AttributePart : std::uint8_t {
 
 /// What the property classes of all attributes share. Values are of the attribute's own type, and no other is taken:
 /// strings as VnAnsiString, selects and enumerations as their classes, aggregates as VnIfcArray of their elements.
-/// Redeclared attributes are given and taken as getAttr and putAttr do; inverse ones cannot be written. A model's access mode does not
-/// count.
+/// Redeclared attributes are given and taken as getAttr and putAttr do; inverse ones cannot be written. A model's
+/// access mode does not count.
 class VNIFC_API AttributeProperty : public VnIfcProperty {
 public:
     int kind() const noexcept override { return kAttribute; }

@@ -103,8 +103,8 @@ struct EntityClass {
 };
 
 /// What all entity classes of the schema share: each operation once, driven by the class's rows. The rows are those of
-/// the instance's own class, also when a base class is named: `wall->IfcRoot::getAttr("PredefinedType", value)` gives the
-/// wall's attribute, and `wall->IfcRoot::outFields(filer)` writes the whole wall.
+/// the instance's own class, also when a base class is named: `wall->IfcRoot::getAttr("PredefinedType", value)` gives
+/// the wall's attribute, and `wall->IfcRoot::outFields(filer)` writes the whole wall.
 class VNIFC_API Entity : public VnIfcEntityBase {
 public:
     /// The rows of the instance's class.

@@ -146,7 +146,8 @@ Assigned assign(Entity& instance, const AttributeRow& row, const VnIfcVariant& v
     case AttributeKind::kEnumeration:
         return assignEnumeration(member<std::uint32_t>(instance, row), typeOf<EnumerationClass>(row), value);
     case AttributeKind::kSelect:
-        stored = assignSelect(member<VnIfcSelect>(instance, row), *typeOf<SelectOperations>(row).selectClass, value, home);
+        stored =
+            assignSelect(member<VnIfcSelect>(instance, row), *typeOf<SelectOperations>(row).selectClass, value, home);
         break;
     case AttributeKind::kAggregate:
         stored = typeOf<AggregateOperations>(row).fromVariant(member<VnIfcAggr>(instance, row), value, home);

@@ -69,8 +69,7 @@ bool readElement(T& element, VnSpfFilerBase& filer, bool separated) {
 template <class T>
 bool readBareElement(VnIfcAggrOf<T>& aggregate, VnSpfFilerBase& filer) {
     T element{};
-    if (filer.helper().peek() == '$' || !readElement(element, filer, false) ||
-        filer.helper().peek() != ')')
+    if (filer.helper().peek() == '$' || !readElement(element, filer, false) || filer.helper().peek() != ')')
         return false;
     filer.notify(1, 2);
     aggregate.assignMoved(std::span<T>(&element, 1));

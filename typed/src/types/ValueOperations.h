@@ -79,7 +79,8 @@ bool assignAggregate(VnIfcAggr& aggregate, const VnIfcVariant& value, const VnIf
         });
     if constexpr (std::is_base_of_v<Select, T>) {
         if (const auto* handles = value.get<VnIfcArray<VnDbObjectId>>())
-            return assignElements(typed, *handles, home, [](const VnDbObjectId& from, T& to) { return to.setHandle(from); });
+            return assignElements(typed, *handles, home,
+                                  [](const VnDbObjectId& from, T& to) { return to.setHandle(from); });
     }
     return false;
 }
