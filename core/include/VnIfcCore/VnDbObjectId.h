@@ -2,6 +2,7 @@
 #include <VnIfcCore/VnIfcTypes.h>
 #include <VnRx/VnPlatform.h>
 
+#include <atomic>
 #include <compare>
 #include <cstddef>
 #include <cstdint>
@@ -17,11 +18,19 @@ struct VnIfcInstanceSlot {
     std::uint64_t number = 0;
 
     VnIfcEntityBase* object() const noexcept {
-        return reinterpret_cast<VnIfcEntityBase*>(objectAndFlags & ~std::uintptr_t{kFlags});
+        return reinterpret_cast<VnIfcEntityBase*>(load() & ~std::uintptr_t{kFlags});
     }
-    bool has(Flag flag) const noexcept { return (objectAndFlags & flag) != 0; }
-    void set(Flag flag) noexcept { objectAndFlags |= flag; }
-    void reset(Flag flag) noexcept { objectAndFlags &= ~std::uintptr_t{flag}; }
+    bool has(Flag flag) const noexcept { return (load() & flag) != 0; }
+    void set(Flag flag) noexcept { store(load() | flag); }
+    void reset(Flag flag) noexcept { store(load() & ~std::uintptr_t{flag}); }
+
+    // While a file is read, one thread gives a slot its instance and others look whether it is there already.
+    std::uintptr_t load() const noexcept {
+        return std::atomic_ref(const_cast<std::uintptr_t&>(objectAndFlags)).load(std::memory_order_acquire);
+    }
+    void store(std::uintptr_t value) noexcept {
+        std::atomic_ref(objectAndFlags).store(value, std::memory_order_release);
+    }
     /// The model that owns this slot.
     VNIFC_API VnIfcModel* model() const noexcept;
 };

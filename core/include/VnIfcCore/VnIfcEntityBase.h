@@ -67,8 +67,9 @@ public:
     /// Takes an instance, or with null all erased ones, out of this one's inverse attributes, whatever refers to it
     /// now. True when one that can hold a single instance became empty.
     virtual bool forgetReferrer(const VnDbObjectId& referrer);
-    /// Classifies the instances that the selects of this one hold (VnIfcSelect::settle), once all instances are there.
-    virtual void settleSelects();
+    /// Classifies the instances that the selects of this one hold (VnIfcSelect::settle), as far as they are there. True
+    /// when none is left.
+    virtual bool settleSelects();
     /// The globally unique identifier; null for classes that have none.
     virtual const VnIfcGUID* globalId() const noexcept;
     /// Reports what is wrong with the instance's values.

@@ -66,7 +66,8 @@ void SpfInstanceReader::read(std::string_view text, VnIfcInstanceSlot* slot) {
     m_data.place(slot, object, VnIfcArenaScope::current() != nullptr);
     m_tookPending = false;
     readFields(*object, open + 1, end);
-    if (m_tookPending)
+    // Most refer to instances that stand before them, and are near now.
+    if (m_tookPending && !object->settleSelects())
         m_pending.push_back(object);
 }
 

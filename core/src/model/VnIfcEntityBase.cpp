@@ -32,7 +32,7 @@ VN::ErrorStatus VnIfcEntityBase::_outFields(VnSpfFilerBase* filer) const { retur
 void VnIfcEntityBase::setInverseCounterParts() {}
 void VnIfcEntityBase::resetInverseCounterParts() {}
 void VnIfcEntityBase::leaveInverseCounterParts() {}
-void VnIfcEntityBase::settleSelects() {}
+bool VnIfcEntityBase::settleSelects() { return true; }
 void VnIfcEntityBase::counterParts(std::vector<VnDbObjectId>&) const {}
 void VnIfcEntityBase::enterCounterPart(const VnDbObjectId&) {}
 void VnIfcEntityBase::clearInverses() {}

@@ -123,8 +123,8 @@ void refuseStranger(const VnIfcEntityBase* instance, const VnIfcSchema& schema) 
 
 void VnIfcModel::adopt(VnIfcInstanceSlot* slot, VnIfcEntityBase* instance, bool inArena) const noexcept {
     instance->m_id = VnDbObjectId(slot);
-    slot->objectAndFlags =
-        reinterpret_cast<std::uintptr_t>(instance) | (inArena ? std::uintptr_t{VnIfcInstanceSlot::kInArena} : 0);
+    slot->store(reinterpret_cast<std::uintptr_t>(instance) |
+                (inArena ? std::uintptr_t{VnIfcInstanceSlot::kInArena} : 0));
 }
 
 VnDbObjectId VnIfcModel::create(std::string_view entity) {

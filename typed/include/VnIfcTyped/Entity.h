@@ -129,7 +129,7 @@ public:
     void enterCounterPart(const VnDbObjectId& target) override;
     void clearInverses() override;
     bool forgetReferrer(const VnDbObjectId& referrer) override;
-    void settleSelects() override;
+    bool settleSelects() override;
     const VnIfcGUID* globalId() const noexcept override;
     void check(VnIfcCheck& check) const override;
 

@@ -107,6 +107,8 @@ public:
     std::int32_t memberByName(const VnAnsiString& name) const override;
 
     virtual const SelectClass& selectClass() const noexcept = 0;
+    /// True when an instance was taken from a file and belongs to no member, or is not yet classified.
+    bool isPending() const noexcept { return m_discriminator == selectClass().memberCount() + 1; }
     /// The chosen member; null when none is chosen or an instance still awaits classification.
     const SelectMember* chosen() const noexcept;
 
@@ -153,7 +155,6 @@ private:
                              const VnIfcModel* home);
 
     void forget() noexcept { m_discriminator = selectClass().memberCount(); }
-    bool isPending() const noexcept { return m_discriminator == selectClass().memberCount() + 1; }
     /// The member of a code; null when there is none.
     const SelectMember* memberAt(std::int32_t code) const noexcept;
     /// The first member that the instance belongs to; the number of members when there is none.

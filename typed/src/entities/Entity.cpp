@@ -42,17 +42,23 @@ const VnIfcGUID* Entity::globalId() const noexcept {
     return !fields.empty() && fields[0]->kind == AttributeKind::kGuid ? &member<VnIfcGUID>(*this, *fields[0]) : nullptr;
 }
 
-void Entity::settleSelects() {
+bool Entity::settleSelects() {
+    bool isSettled = true;
+    const auto settle = [&](Select& select) {
+        select.settle();
+        isSettled &= !select.isPending();
+    };
     for (const AttributeRow* row : entityClass().fields) {
         if (row->kind == AttributeKind::kSelect)
-            member<VnIfcSelect>(*this, *row).settle();
+            settle(member<Select>(*this, *row));
         if (row->kind != AttributeKind::kAggregate)
             continue;
         const auto& aggregate = member<VnIfcAggr>(*this, *row);
         if (aggregate.elementKind() == VnTypeCodeKind::kSelect)
             for (const Select& each : selectsIn(aggregate))
-                const_cast<Select&>(each).settle(); // elements are constant to hosts only
+                settle(const_cast<Select&>(each)); // elements are constant to hosts only
     }
+    return isSettled;
 }
 
 // ---- inverse counterparts
