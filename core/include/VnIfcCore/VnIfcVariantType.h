@@ -142,7 +142,7 @@ public:
     using Create = VnIfcVariantType* (*)();
 
     /// `living` counts the descriptors of a library. Without a lock, threads that ask for the same missing descriptor
-    /// at the same time can each make one; the first that is ready stays, and all threads get it.
+    /// at the same time can each make one; the later one stays in the slot, the earlier one is never released.
     constexpr VnIfcVariantTypeSlot(Create create, bool isLocked, std::atomic<std::size_t>& living) noexcept
         : m_create(create), m_living(&living), m_isLocked(isLocked) {}
     VnIfcVariantTypeSlot(const VnIfcVariantTypeSlot&) = delete;

@@ -21,12 +21,11 @@ const VnIfcVariantType& VnIfcVariantTypeSlot::make() {
 }
 
 const VnIfcVariantType& VnIfcVariantTypeSlot::createAndPublish() {
-    std::unique_ptr<VnIfcVariantType> made(m_create());
-    VnIfcVariantType* first = nullptr;
-    if (!m_type.compare_exchange_strong(first, made.get(), std::memory_order_acq_rel))
-        return *first;
+    // Where there is no lock, a later store wins; the earlier descriptor stays, for its users have its address.
+    VnIfcVariantType* const made = m_create();
     ++*m_living;
-    return *made.release();
+    m_type.store(made, std::memory_order_release);
+    return *made;
 }
 
 void VnIfcVariantTypeSlot::release() noexcept {
