@@ -47,7 +47,7 @@ bool hasEqualElements(const VnIfcAggr& aggregate) {
         return hasEqualValues<VnAnsiString>(aggregate);
     case VnTypeCodeKind::kSelect: {
         std::vector<const Select*> selects;
-        for (const Select& each : selectsIn(aggregate))
+        for (const Select& each : SelectElements(aggregate))
             selects.push_back(&each);
         using Pointer = const Select*;
         return hasEqual<Pointer>(std::move(selects), [](const Pointer& a, const Pointer& b) { return *a < *b; });
@@ -195,7 +195,7 @@ private:
                     m_check.text(m_instance, row.name, each);
             break;
         case VnTypeCodeKind::kSelect:
-            for (const Select& each : selectsIn(value))
+            for (const Select& each : SelectElements(value))
                 select(row, each);
             break;
         case VnTypeCodeKind::kAggregation: {

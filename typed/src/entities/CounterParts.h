@@ -39,7 +39,7 @@ void forEachTarget(const Entity& instance, const AttributeRow& row, Visit visit)
             for (const VnDbObjectId& handle : static_cast<const VnIfcAggrOf<VnDbObjectId>&>(aggregate))
                 visit(handle);
         } else if (aggregate.elementKind() == VnTypeCodeKind::kSelect) {
-            for (const Select& select : selectsIn(aggregate))
+            for (const Select& select : SelectElements(aggregate))
                 visit(select.getHandle());
         }
         break;

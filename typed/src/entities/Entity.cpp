@@ -55,7 +55,7 @@ bool Entity::settleSelects() {
             continue;
         const auto& aggregate = member<VnIfcAggr>(*this, *row);
         if (aggregate.elementKind() == VnTypeCodeKind::kSelect)
-            for (const Select& each : selectsIn(aggregate))
+            for (const Select& each : SelectElements(aggregate))
                 settle(const_cast<Select&>(each)); // elements are constant to hosts only
     }
     return isSettled;

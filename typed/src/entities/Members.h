@@ -14,10 +14,20 @@ const T& member(const Entity& instance, const AttributeRow& row) noexcept {
     return *reinterpret_cast<const T*>(reinterpret_cast<const char*>(&instance) + row.offset);
 }
 
-/// The elements of an aggregate of selects, whatever their class: all are of one size.
-inline std::span<const Select> selectsIn(const VnIfcAggr& aggregate) noexcept {
-    return {static_cast<const Select*>(aggregate.imp().data()), aggregate.count()};
-}
+/// The elements of an aggregate of selects, whatever their class: all are of one size. No std::span, whose checks
+/// form an array of its elements, which an abstract class does not allow.
+class SelectElements {
+public:
+    explicit SelectElements(const VnIfcAggr& aggregate) noexcept
+        : m_first(static_cast<const Select*>(aggregate.imp().data())), m_count(aggregate.count()) {}
+
+    const Select* begin() const noexcept { return m_first; }
+    const Select* end() const noexcept { return m_first + m_count; }
+
+private:
+    const Select* m_first;
+    std::size_t m_count;
+};
 
 /// What the row's kind points to: an EnumerationClass, AggregateOperations or SelectOperations.
 template <class T>

@@ -87,7 +87,7 @@ bool writesNothing(const VnIfcAggr& value) {
         return std::ranges::all_of(static_cast<const VnIfcAggrOf<VnDbObjectId>&>(value), &VnDbObjectId::isErased);
     if (value.elementKind() != VnTypeCodeKind::kSelect)
         return value.count() == 0;
-    return std::ranges::all_of(selectsIn(value), [](const Select& each) { return each.getHandle().isErased(); });
+    return std::ranges::all_of(SelectElements(value), [](const Select& each) { return each.getHandle().isErased(); });
 }
 
 void writeAggregate(const VnIfcAggr& value, const AttributeRow& row, VnSpfFilerBase& filer, bool separated) {
