@@ -75,7 +75,9 @@ ConvertResult Conversion::run() {
         if (!isVerbatim)
             convertInstance(i);
     }
-    convertAgain();
+    do
+        convertAgain();
+    while (meetDemands());
     const std::string text = assemble(result);
     m_text = {};
     VnIfcReadOptions reading;

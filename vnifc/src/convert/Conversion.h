@@ -141,11 +141,6 @@ private:
     bool isSafe(const Field& from, const Field& to);
     bool isSafe(const Type* from, const Type* to);
     bool isClosed(const Type& from, const Type& to);
-    struct Limit {
-        const VN_SDAI::typed::InverseRow* inverse;
-        const EntityType* owner;
-    };
-    const std::vector<Limit>& limitsOf(const EntityType& entity, std::string_view attribute);
 
     // Instances.cpp: one instance
     void convertInstance(std::size_t i);
@@ -154,7 +149,6 @@ private:
     void carry(const Record& record, const Plan& plan, Draft& draft);
     void carryField(const Record& record, const Plan& plan, std::size_t position, Draft& draft);
     bool fitField(const Record& record, const Plan& plan, std::size_t position, Value& value);
-    void limit(const EntityType& entity, std::string_view attribute, Value& value);
     void compute(const Record& record, const Plan& plan, Draft& draft);
     void takeFolds(const Record& record, Draft& draft);
     void assign(const Plan& plan, Draft& draft);
@@ -168,6 +162,21 @@ private:
     Value newGuid(std::string_view purpose);
     Value ownerHistory();
     void forget(std::size_t findings);
+
+    // Inverses.cpp: how often instances are referred to
+    struct Limit {
+        const VN_SDAI::typed::InverseRow* inverse;
+        const EntityType* owner;
+    };
+    const std::vector<Limit>& limitsOf(const EntityType& entity, std::string_view attribute);
+    void limit(const EntityType& entity, std::string_view attribute, Value& value);
+    Value copyFor(const Value& value, const EntityType& type);
+    Value copiedAttribute(std::string_view attribute);
+    Value wholeOf(std::uint64_t number);
+    std::unordered_set<std::uint64_t> referredBy(const VN_SDAI::typed::InverseRow& inverse, bool inSource);
+    bool meetDemands();
+    bool meetDemand(const VN_SDAI::typed::InverseRow& inverse, std::vector<std::size_t> held);
+    bool addReferrer(const VN_SDAI::typed::InverseRow& inverse, bool wasDemanded);
 
     // Properties.cpp: attributes that become properties
     void keepRest(const Record& record, Draft& draft);
@@ -210,6 +219,8 @@ private:
     std::map<std::pair<const VN_SDAI::typed::InverseRow*, std::uint64_t>, std::uint64_t> m_claims;
     std::map<std::string, std::uint64_t, std::less<>> m_shared; ///< instances made for all, by their text
     std::vector<std::pair<std::uint64_t, std::string>> m_sharedTexts;
+    std::unordered_map<std::uint64_t, std::uint64_t> m_wholes; ///< what instances are part of
+    bool m_hasWholes = false;
     std::uint64_t m_nextNumber = 1;
     std::map<std::string, double, std::less<>> m_unitFactors;
     std::optional<Value> m_ownerHistory;
@@ -219,6 +230,7 @@ private:
     const Record* m_record = nullptr;
     std::string_view m_attribute; ///< the attribute at hand
     std::string_view m_targetAttribute;
+    Value m_value; ///< what the placeholder @value stands for
     std::string_view m_reasonLost;
     bool m_isPartLost = false;
     unsigned m_depth = 0; ///< of instances that stand in each other

@@ -18,7 +18,9 @@ constexpr std::string_view kDemanded = "the release demands a value";
 constexpr std::string_view kOwnFault = "its own release cannot take it either";
 constexpr std::string_view kSurplus = "more parameters than its own release has";
 constexpr std::string_view kNoWord = "no attribute is free to take the word";
-constexpr std::string_view kOnlyOne = "the release allows one such relationship for an instance";
+
+/// The placeholder for an attribute of another instance.
+constexpr std::string_view kValueOf = "@value.";
 
 /// Attributes that take a word for which an enumeration has no literal, by preference.
 constexpr std::string_view kWordAttributes[] = {"ObjectType", "ElementType", "ProcessType", "ResourceType"};
@@ -191,31 +193,8 @@ bool Conversion::fitField(const Record& record, const Plan& plan, std::size_t po
     if (!fits)
         return false;
     limit(*plan.target->entity, to.name, value);
-    m_reasonLost = kOnlyOne;
     return value.isSet() && !(value.is(Value::Kind::kList) && value.items.empty() &&
                               record.values[position].items.size() != 0 && !allowsEmpty(to));
-}
-
-/// Takes out references to instances that another one claimed before, where only one may.
-void Conversion::limit(const EntityType& entity, std::string_view attribute, Value& value) {
-    for (const Limit& each : limitsOf(entity, attribute)) {
-        const auto isTaken = [&](const Value& item) {
-            const EntityType* type = item.is(Value::Kind::kReference) ? typeInTarget(item.number) : nullptr;
-            if (!type || !type->isKindOf(each.owner))
-                return false;
-            std::uint64_t& claim = m_claims.try_emplace({each.inverse, item.number}, m_record->number).first->second;
-            if (m_gone.contains(claim))
-                claim = m_record->number;
-            if (claim == m_record->number)
-                return false;
-            tellPartLost(item, kOnlyOne);
-            return true;
-        };
-        if (value.is(Value::Kind::kList))
-            std::erase_if(value.items, isTaken);
-        else if (isTaken(value))
-            value = Value::unset();
-    }
 }
 
 void Conversion::compute(const Record& record, const Plan& plan, Draft& draft) {
@@ -287,10 +266,15 @@ void Conversion::assign(const Plan& plan, Draft& draft) {
         const std::size_t end = std::min(rest.find(';'), rest.size());
         const std::string_view one = rest.substr(0, end);
         rest.remove_prefix(std::min(end + 1, rest.size()));
-        Value* place = draft.find(one.substr(0, one.find('=')));
+        const std::size_t position = draft.layout->find(one.substr(0, one.find('=')));
         Values values;
-        if (place && !place->isSet() && parseList(one.substr(one.find('=') + 1), values))
-            *place = values.front();
+        if (position == Layout::kNone || draft.values[position].isSet() ||
+            !parseList(one.substr(one.find('=') + 1), values))
+            continue;
+        const Field& field = draft.layout->fields[position];
+        m_attribute = m_targetAttribute = field.name;
+        if (fit(values.front(), nullptr, field.type, field.enumeration()))
+            draft.values[position] = values.front();
     }
 }
 
@@ -388,27 +372,41 @@ Value Conversion::valueOfPlaceholder(const Value& value) {
         return Value::reference(m_record->number);
     if (value.text == "@number")
         return Value::string('#' + std::to_string(m_record->number));
+    if (value.text == "@value")
+        return m_value;
+    if (value.text.starts_with(kValueOf))
+        return copiedAttribute(std::string_view(value.text).substr(kValueOf.size()));
+    if (value.text == "@whole")
+        return wholeOf(m_record->number);
     return value;
 }
 
 Value Conversion::build(const Value& value, bool shared) {
     if (value.is(Value::Kind::kOpaque))
         return valueOfPlaceholder(value);
+    auto& created = shared ? m_sharedTexts : m_outcome->created;
+    const std::size_t before = created.size();
     Value result = value;
     for (Value& each : result.items)
         each = build(each, shared);
     const EntityType* type = value.is(Value::Kind::kTyped) ? m_target.concrete(value.text) : nullptr;
     if (!type)
         return result;
+    const Layout& layout = m_target.layout(*type);
+    // Later releases append attributes.
+    result.items.resize(std::max(result.items.size(), layout.fields.size()));
+    for (std::size_t i = 0; i < layout.fields.size(); ++i)
+        if (!layout.fields[i].isOptional && result.items[i].is(Value::Kind::kUnset)) {
+            created.resize(before); // what it lacks is lost, so that there is no use in it
+            return {};
+        }
     const std::uint64_t number = m_nextNumber++;
     m_others[number] = type;
-    // Later releases append attributes.
-    result.items.resize(std::max(result.items.size(), m_target.layout(*type).fields.size()));
-    std::string text(m_target.layout(*type).keyword);
+    std::string text(layout.keyword);
     text += '(';
     write(text, result.items);
     text += ')';
-    (shared ? m_sharedTexts : m_outcome->created).emplace_back(number, std::move(text));
+    created.emplace_back(number, std::move(text));
     return Value::reference(number);
 }
 

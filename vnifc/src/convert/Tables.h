@@ -97,6 +97,22 @@ struct FoldCase {
     std::string_view reason;
 };
 
+/// An instance that says the same as one that only one may refer to, made for each further reference. @value stands
+/// for the one, @value.Name for an attribute of it.
+struct CopyCase {
+    std::string_view entity;
+    std::string_view value;
+};
+
+/// What is added where the target demands that something refers to an instance, by the inverse attribute of that name.
+/// @whole stands for what the instance is nested in or aggregated by.
+struct RequiredCase {
+    std::string_view entity;
+    std::string_view inverse;
+    std::string_view value;
+    std::string_view reason;
+};
+
 /// The name under which an attribute without counterpart becomes a property. Without a line it keeps its own.
 struct PropertyCase {
     std::string_view entity;
@@ -115,6 +131,8 @@ std::span<const WrapCase> wrapCases() noexcept;
 std::span<const CoercionCase> coercionCases() noexcept;
 std::span<const RetypeCase> retypeCases() noexcept;
 std::span<const FoldCase> foldCases() noexcept;
+std::span<const CopyCase> copyCases() noexcept;
+std::span<const RequiredCase> requiredCases() noexcept;
 std::span<const PropertyCase> propertyCases() noexcept;
 
 } // namespace vnifc::conversion
