@@ -143,7 +143,7 @@ private:
     bool isClosed(const Type& from, const Type& to);
 
     // Instances.cpp: one instance
-    void convertInstance(std::size_t i);
+    void convertInstance(std::size_t i, std::string_view refusal = {});
     void convertForeign(const Instance& instance);
     bool convertTo(const Record& record, const Plan& plan);
     void carry(const Record& record, const Plan& plan, Draft& draft);
@@ -181,6 +181,7 @@ private:
     // Properties.cpp: attributes that become properties
     void keepRest(const Record& record, Draft& draft);
     std::string propertyOf(std::string_view name, const Value& value, const Type* from);
+    std::string complexPropertyOf(std::string_view name, const Value& value);
     bool keepProperties(Draft& draft, std::string_view set, const std::string& properties);
 
     // Fitting.cpp: one value
@@ -211,6 +212,7 @@ private:
     std::vector<Outcome> m_outcomes; ///< of the same positions
     std::unordered_set<std::uint64_t> m_gone;
     std::unordered_map<std::uint64_t, const EntityType*> m_others; ///< types of what is not as planned, or new
+    std::set<std::pair<std::uint64_t, const EntityType*>> m_refused; ///< what instances cannot be, found out so far
     std::unordered_map<std::uint64_t, std::vector<Fold>> m_folds;  ///< by the instance that gets the value
     std::unordered_map<const EntityType*, Plan> m_plans;
     std::unordered_map<const EntityType*, Mapping> m_mappings;
@@ -233,7 +235,9 @@ private:
     Value m_value; ///< what the placeholder @value stands for
     std::string_view m_reasonLost;
     bool m_isPartLost = false;
-    unsigned m_depth = 0; ///< of instances that stand in each other
+    /// Instances that stand in each other, more than any release has; a file may have them refer in circles.
+    static constexpr unsigned kDeepest = 8;
+    unsigned m_depth = 0;
     unsigned m_guids = 0; ///< made for the instance at hand
     struct Rest {
         std::size_t position;

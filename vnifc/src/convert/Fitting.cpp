@@ -21,9 +21,6 @@ constexpr std::string_view kWrongTarget = "the attribute may not refer to that e
 constexpr std::string_view kNoForm = "the value has no form in the attribute's type";
 constexpr std::string_view kTooFew = "too little of the list is left";
 
-/// Instances that stand in each other, more than any release has.
-constexpr unsigned kDeepest = 8;
-
 std::string upper(std::string_view text) {
     std::string result(text);
     for (char& c : result)
@@ -87,8 +84,12 @@ bool Conversion::fit(Value& value, const Type* from, const Type* to, const typed
         return true;
     if (const VnIfcAggregationType* aggregation = asAggregation(to))
         return fitAggregate(value, from, *aggregation);
-    if (value.is(Value::Kind::kReference) && expand(value, from))
-        return fit(value, from, to, words);
+    if (value.is(Value::Kind::kReference) && expand(value, from)) {
+        ++m_depth;
+        const bool fits = fit(value, from, to, words);
+        --m_depth;
+        return fits;
+    }
     if (value.is(Value::Kind::kList)) {
         if (value.items.empty())
             return false;
@@ -366,7 +367,7 @@ bool Conversion::fitSimple(Value& value, const Type* from, const Type* to) {
         return value.is(Value::Kind::kLiteral) &&
                (value.text == "T" || value.text == "F" || (value.text == "U" && kind == VnTypeCodeKind::kLogical));
     default:
-        return from && from->kind() == kind;
+        return value.is(Value::Kind::kBinary) && kind == VnTypeCodeKind::kBinary;
     }
     if (value.text != before.text)
         tell(ConvertKind::kChangedValue, m_attribute, shown(before), shown(value), kOtherForm);

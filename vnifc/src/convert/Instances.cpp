@@ -56,7 +56,8 @@ void Conversion::forget(std::size_t findings) {
     m_isPartLost = false;
 }
 
-void Conversion::convertInstance(std::size_t i) {
+/// `refusal` is why the instance cannot be what it was.
+void Conversion::convertInstance(std::size_t i, std::string_view refusal) {
     const Instance& instance = m_instances[i];
     m_outcomes[i] = {};
     m_outcome = &m_outcomes[i];
@@ -71,27 +72,38 @@ void Conversion::convertInstance(std::size_t i) {
         m_outcome->state = State::kAbsorbed;
         return tell(ConvertKind::kAbsorbed, {}, {}, {}, mapping.reason);
     }
-    m_reasonLost = mapping.reason;
-    if (mapping.target && convertTo(record, *instance.plan))
-        return;
-    if (mapping.target)
-        for (const Mapping& retreat : retreats(*instance.plan)) {
-            const std::string reason(m_reasonLost);
-            *m_outcome = {};
-            if (convertTo(record, planTo(*instance.plan, retreat)))
-                return;
-        }
+    m_reasonLost = refusal.empty() ? mapping.reason : refusal;
+    std::vector<Mapping> ways;
+    if (mapping.target) {
+        ways = retreats(*instance.plan);
+        ways.insert(ways.begin(), mapping);
+    }
+    for (const Mapping& way : ways) {
+        // What was refused once would be so again, for less and less is left.
+        if (m_refused.contains({record.number, way.target}))
+            continue;
+        *m_outcome = {};
+        if (convertTo(record, way.target == mapping.target ? *instance.plan : planTo(*instance.plan, way)))
+            return;
+        m_refused.emplace(record.number, way.target);
+    }
     *m_outcome = {};
     m_outcome->state = State::kLost;
     m_gone.insert(instance.number);
     tell(ConvertKind::kLostInstance, m_attribute, {}, {}, m_reasonLost);
 }
 
-/// What objects and their types can still be when the target demands what they do not have.
+/// What instances can still be when the target demands what they do not have: what other lines of the table say;
+/// objects and their types also whatever they descend from.
 std::vector<Mapping> Conversion::retreats(const Plan& plan) const {
     constexpr std::string_view kReason = "the release demands more of such an instance than there is";
     std::vector<Mapping> result;
     const EntityType& tried = *plan.target->entity;
+    for (const EntityCase& each : entityCases()) {
+        const EntityType* other = equalNames(each.entity, plan.source->name) ? m_target.concrete(each.other) : nullptr;
+        if (other && other != &tried)
+            result.push_back({Mapping::Way::kRenamed, other, &each, nullptr, each.reason});
+    }
     if (!isNamed(tried, "IfcObject") && !isNamed(tried, "IfcTypeObject"))
         return result;
     for (const EntityType* super = tried.supertype(); super; super = super->supertype()) {

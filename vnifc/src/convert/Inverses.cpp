@@ -93,10 +93,12 @@ void Conversion::limit(const EntityType& entity, std::string_view attribute, Val
 /// A new instance that says the same as one that may be referred to once; unset when there is no line for it.
 Value Conversion::copyFor(const Value& value, const EntityType& type) {
     for (const CopyCase& each : copyCases()) {
-        if (!isNamed(type, each.entity))
+        if (!isNamed(type, each.entity) || m_depth == kDeepest)
             continue;
         const Value outer = std::exchange(m_value, value);
+        ++m_depth;
         const Value made = make(each.value);
+        --m_depth;
         m_value = outer;
         if (!made.isSet())
             return {};
@@ -215,10 +217,8 @@ bool Conversion::meetDemand(const typed::InverseRow& inverse, std::vector<std::s
         m_attribute = inverse.attribute.name;
         if (addReferrer(inverse, wasDemanded))
             continue;
-        *m_outcome = {};
-        m_outcome->state = State::kLost;
-        m_gone.insert(record.number);
-        tell(ConvertKind::kLostInstance, {}, {}, {}, kUnreferred);
+        m_refused.emplace(record.number, typeInTarget(record.number));
+        convertInstance(i, kUnreferred);
     }
     return hasChanged;
 }

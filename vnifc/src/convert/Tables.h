@@ -59,8 +59,15 @@ struct DefaultCase {
 };
 
 /// Instances that stand in what refers to them: in their place comes the value of `attribute`, or of several with commas
-/// between them. Without one, a coercion makes the value.
+/// between them. Without one, a coercion makes the value, or it becomes a property.
 struct InlineCase {
+    std::string_view entity;
+    std::string_view attribute;
+    std::string_view reason;
+};
+
+/// An attribute whose value follows from others, so that nothing is lost with it.
+struct RedundantCase {
     std::string_view entity;
     std::string_view attribute;
     std::string_view reason;
@@ -127,6 +134,7 @@ std::span<const AttributeCase> attributeCases() noexcept;
 std::span<const LiteralCase> literalCases() noexcept;
 std::span<const DefaultCase> defaultCases() noexcept;
 std::span<const InlineCase> inlineCases() noexcept;
+std::span<const RedundantCase> redundantCases() noexcept;
 std::span<const WrapCase> wrapCases() noexcept;
 std::span<const CoercionCase> coercionCases() noexcept;
 std::span<const RetypeCase> retypeCases() noexcept;
