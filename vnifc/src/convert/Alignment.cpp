@@ -51,6 +51,8 @@ bool isCurveInTarget(Conversion& conversion, const Value& curve) {
 std::string pointText(Conversion& conversion, const Record& distance, const Value& curve) {
     if (!distance.has("DistanceAlong") || !isCurveInTarget(conversion, curve))
         return {};
+    if (distance["AlongHorizontal"].text == "F")
+        conversion.tellPartLost(distance["AlongHorizontal"], "distances along the curve in space came later");
     return "IFCPOINTBYDISTANCEEXPRESSION(IFCLENGTHMEASURE(" + textOf(distance["DistanceAlong"]) + ")," +
            textOf(distance["OffsetLateral"]) + ',' + textOf(distance["OffsetVertical"]) + ',' +
            textOf(distance["OffsetLongitudinal"]) + ',' + textOf(curve) + ')';

@@ -148,6 +148,7 @@ private:
     bool convertTo(const Record& record, const Plan& plan);
     void carry(const Record& record, const Plan& plan, Draft& draft);
     void carryField(const Record& record, const Plan& plan, std::size_t position, Draft& draft);
+    bool isKeptText(const Record& record, std::size_t position) const;
     bool fitField(const Record& record, const Plan& plan, std::size_t position, Value& value);
     void compute(const Record& record, const Plan& plan, Draft& draft);
     void takeFolds(const Record& record, Draft& draft);

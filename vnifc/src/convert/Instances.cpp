@@ -175,7 +175,10 @@ void Conversion::carryField(const Record& record, const Plan& plan, std::size_t 
     forEachReference(value, [&](std::uint64_t number) {
         isAsPlanned = isAsPlanned && !m_gone.contains(number) && !m_others.contains(number);
     });
+    const bool isKept = isKeptText(record, position);
     if (isAsPlanned || fitField(record, plan, position, value)) {
+        if (isKept)
+            tell(ConvertKind::kKeptText, from.name, shown(record.values[position]), shown(value), kOwnFault);
         draft.values[step.target] = std::move(value);
         if (step.attributeCase)
             tell(ConvertKind::kMovedAttribute, from.name, shown(record.values[position]), std::string(to.name),
@@ -187,19 +190,21 @@ void Conversion::carryField(const Record& record, const Plan& plan, std::size_t 
     m_rest.push_back({position, reason});
 }
 
+/// True for a value that the source's own release could not take. Binary values are always kept as text.
+bool Conversion::isKeptText(const Record& record, std::size_t position) const {
+    const Field& field = record.layout->fields[position];
+    return field.kind() != typed::AttributeKind::kBinary && !field.row->isBinary &&
+           m_instances[find(record.number)].object->keepsText(static_cast<unsigned>(position));
+}
+
 bool Conversion::fitField(const Record& record, const Plan& plan, std::size_t position, Value& value) {
     const Field& from = plan.source->fields[position];
     const Field& to = plan.target->fields[plan.steps[position].target];
     const std::size_t told = m_outcome->findings.size();
     const bool fits = fit(value, from.type, to.type, to.enumeration());
-    const std::size_t i = find(record.number);
-    // Binary values are always kept as text.
-    const bool isKept = from.kind() != typed::AttributeKind::kBinary && !from.row->isBinary &&
-                        m_instances[i].object->keepsText(static_cast<unsigned>(position));
-    if (isKept && (!fits || m_isPartLost)) {
+    if (isKeptText(record, position) && (!fits || m_isPartLost)) {
         forget(told);
         value = record.values[position];
-        tell(ConvertKind::kKeptText, from.name, shown(value), shown(value), kOwnFault);
         return true;
     }
     if (!fits)
