@@ -3,6 +3,8 @@
 #include "Support.h"
 #include "support/Corpus.h"
 
+#include <VnIfcCore/VnIfcGUID.h>
+
 #include <fstream>
 #include <sstream>
 

@@ -52,6 +52,7 @@ struct Plan {
     std::vector<Step> steps;
     std::vector<const AttributeCase*> computed;
     std::vector<const FoldCase*> folds; ///< that instances of the entity give rise to
+    std::vector<const VN_SDAI::typed::UniqueRule*> uniques; ///< of the target, which the source does not have
     bool isVerbatim = false;            ///< the parameter list is right as it stands
 };
 
@@ -135,6 +136,7 @@ private:
     const EntityType* standInFor(std::string_view name) const;
     void planSteps(Plan& plan);
     void planStep(const Plan& plan, const Field& field, Step& step) const;
+    void planUniques(Plan& plan) const;
     bool isVerbatim(const Plan& plan);
     void planComputed(Plan& plan);
     void planFolds(Plan& plan);
@@ -154,6 +156,7 @@ private:
     void takeFolds(const Record& record, Draft& draft);
     void assign(const Plan& plan, Draft& draft);
     void keepWords(const Plan& plan, Draft& draft);
+    void keepUnique(const VN_SDAI::typed::UniqueRule& rule, Draft& draft);
     bool fill(const Record& record, const Plan& plan, Draft& draft);
     Value defaultFor(const Record& record, const Field& field, Draft& draft);
     Plan planTo(const Plan& plan, const Mapping& mapping);
@@ -220,6 +223,7 @@ private:
     std::map<std::pair<const Type*, const Type*>, bool> m_closed;
     std::map<std::pair<const EntityType*, std::string>, std::vector<Limit>> m_limits;
     std::map<std::pair<const VN_SDAI::typed::InverseRow*, std::uint64_t>, std::uint64_t> m_claims;
+    std::map<std::pair<const VN_SDAI::typed::UniqueRule*, std::string>, std::uint64_t> m_uniques; ///< who has the values
     std::map<std::string, std::uint64_t, std::less<>> m_shared; ///< instances made for all, by their text
     std::vector<std::pair<std::uint64_t, std::string>> m_sharedTexts;
     std::unordered_map<std::uint64_t, std::uint64_t> m_wholes; ///< what instances are part of

@@ -133,6 +133,8 @@ bool Conversion::convertTo(const Record& record, const Plan& plan) {
     keepRest(record, draft);
     if (!fill(record, plan, draft))
         return false;
+    for (const typed::UniqueRule* rule : plan.uniques)
+        keepUnique(*rule, draft);
     m_outcome->text.assign(plan.target->keyword);
     m_outcome->text += '(';
     write(m_outcome->text, draft.values);
@@ -201,6 +203,7 @@ bool Conversion::fitField(const Record& record, const Plan& plan, std::size_t po
     const Field& from = plan.source->fields[position];
     const Field& to = plan.target->fields[plan.steps[position].target];
     const std::size_t told = m_outcome->findings.size();
+    m_isPartLost = false;
     const bool fits = fit(value, from.type, to.type, to.enumeration());
     if (isKeptText(record, position) && (!fits || m_isPartLost)) {
         forget(told);
@@ -314,6 +317,29 @@ void Conversion::keepWords(const Plan& plan, Draft& draft) {
         if (plan.mapping.way != Mapping::Way::kGeneralised || word != plan.source->name)
             tell(ConvertKind::kLostValue, attribute, '.' + word + '.', "", kNoWord);
     }
+}
+
+/// Gives a text that another instance has already the number of the instance, where the target demands different ones.
+void Conversion::keepUnique(const typed::UniqueRule& rule, Draft& draft) {
+    constexpr std::string_view kReason = "no two instances may have the same";
+    std::string values;
+    Value* last = nullptr;
+    for (const typed::AttributeRow* row : rule.attributes) {
+        Value* value = draft.find(row->name);
+        if (!value || !value->isSet())
+            return;
+        write(values, *value);
+        if (value->is(Value::Kind::kString)) {
+            last = value;
+            m_attribute = row->name;
+        }
+    }
+    const std::uint64_t owner = m_uniques.try_emplace({&rule, values}, m_record->number).first->second;
+    if (owner == m_record->number || !last)
+        return;
+    const Value other = Value::string(std::string(last->content()) + " #" + std::to_string(m_record->number));
+    tell(ConvertKind::kChangedValue, m_attribute, shown(*last), shown(other), kReason);
+    *last = other;
 }
 
 bool Conversion::fill(const Record& record, const Plan& plan, Draft& draft) {

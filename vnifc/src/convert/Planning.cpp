@@ -121,6 +121,7 @@ void Conversion::planSteps(Plan& plan) {
     if (!plan.target)
         return;
     planComputed(plan);
+    planUniques(plan);
     for (std::size_t i = 0; i < plan.steps.size(); ++i) {
         const Field& field = plan.source->fields[i];
         Step& step = plan.steps[i];
@@ -186,10 +187,26 @@ void Conversion::planFolds(Plan& plan) {
     }
 }
 
+void Conversion::planUniques(Plan& plan) const {
+    const auto isOfSource = [&](const typed::UniqueRule& rule) {
+        for (const typed::EntityClass* each = plan.source->entity->entityClass(); each; each = each->supertype)
+            for (const typed::UniqueRule& other : each->uniques)
+                if (std::ranges::equal(other.attributes, rule.attributes, equalNames,
+                                       [](const auto* row) { return std::string_view(row->name); },
+                                       [](const auto* row) { return std::string_view(row->name); }))
+                    return true;
+        return false;
+    };
+    for (const typed::EntityClass* each = plan.target->entity->entityClass(); each; each = each->supertype)
+        for (const typed::UniqueRule& rule : each->uniques)
+            if (!isOfSource(rule))
+                plan.uniques.push_back(&rule);
+}
+
 bool Conversion::isVerbatim(const Plan& plan) {
     const bool isOther = plan.mapping.way != Mapping::Way::kSame &&
                          !(plan.mapping.way == Mapping::Way::kRenamed && plan.mapping.entityCase->assignments.empty());
-    if (isOther || !plan.computed.empty() || plan.steps.size() != plan.target->fields.size())
+    if (isOther || !plan.computed.empty() || !plan.uniques.empty() || plan.steps.size() != plan.target->fields.size())
         return false;
     for (std::size_t i = 0; i < plan.steps.size(); ++i)
         if (plan.steps[i].target != i || !plan.steps[i].isSafe || plan.steps[i].attributeCase)
