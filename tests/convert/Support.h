@@ -66,7 +66,10 @@ struct Converted {
         // As who opens the file sees it: what the reader finds, and what the check adds.
         VN_SDAI::VnIfcOpenOptions reading;
         reading.release = release;
-        reading.diagnostics = [this](const VN_SDAI::VnIfcDiagnostic& finding) { ++after[finding.code]; };
+        reading.diagnostics = [this](const VN_SDAI::VnIfcDiagnostic& finding) {
+            ++after[finding.code];
+            said += finding.text() + '\n';
+        };
         const VN_SDAI::VnIfcFile again = VN_SDAI::vnOpenText(text, reading);
         ASSERT_TRUE(again) << again.result().message;
         for (const auto& [code, count] : checked(source.model()))
@@ -117,6 +120,7 @@ struct Converted {
     std::map<std::uint64_t, plain::Instance> instances;
     Counts before;
     Counts after;
+    std::string said; ///< by the reader of the result
 };
 
 } // namespace convert_tests

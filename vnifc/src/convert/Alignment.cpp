@@ -85,11 +85,14 @@ Value axisPlacement(Conversion& conversion, const Record& record, const Value& v
                            (hasBoth ? crossed(lateral, vertical) : "$") + ')');
 }
 
-Value positionInSpace(Conversion& conversion, const Record& record, const Value& value) {
-    if (value.is(Value::Kind::kReference) && conversion.typeInTarget(value.number))
+Value positionInSpace(Conversion& conversion, const Record&, const Value& value) {
+    const bool isGiven = value.is(Value::Kind::kReference) && conversion.typeInTarget(value.number);
+    for (const std::string_view name : {"RelativePlacement", "PlacementMeasuredAlong", "Distance", "Orientation"})
+        conversion.tellLost(name, isGiven
+                                      ? "placement along curves came later; the position in space is kept"
+                                      : "placement along curves came later, and the file gives no position in space");
+    if (isGiven)
         return value;
-    const std::string_view held = record.has("RelativePlacement") ? "RelativePlacement" : "Distance";
-    conversion.tellPartLost(record[held], "placement along curves came later, and the file gives no position in space");
     return conversion.make("IFCAXIS2PLACEMENT3D(IFCCARTESIANPOINT((0.,0.,0.)),$,$)");
 }
 

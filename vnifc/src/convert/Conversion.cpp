@@ -17,6 +17,8 @@ namespace {
 
 /// Instances between two looks at the progress.
 constexpr std::size_t kBlock = 4096;
+/// Numbers beyond are not counted on from.
+constexpr std::uint64_t kLargestNumber = std::uint64_t{1} << 48;
 /// How the work divides: writing the source, converting, reading the target.
 constexpr double kWritten = 0.15;
 constexpr double kConverted = 0.6;
@@ -125,6 +127,11 @@ bool Conversion::index() {
         m_nextNumber = handles[i].number() + 1;
         at = end + 2;
     }
+    // What is added must not become what a reference to nothing refers to.
+    forEachReference(text, [&](std::uint64_t number) {
+        if (number >= m_nextNumber && number < kLargestNumber)
+            m_nextNumber = number + 1;
+    });
     return true;
 }
 

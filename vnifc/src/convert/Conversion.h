@@ -91,6 +91,8 @@ public:
     double unitFactor(std::string_view kind);
     /// Tells that something of the value at hand is gone.
     void tellPartLost(const Value& value, std::string_view reason);
+    /// Tells that an attribute of the instance at hand is gone, if it has a value.
+    void tellLost(std::string_view attribute, std::string_view reason);
     /// The entity that the instance becomes; null when it does not.
     const EntityType* typeInTarget(std::uint64_t number) const;
 
@@ -153,6 +155,8 @@ private:
     bool isKeptText(const Record& record, std::size_t position) const;
     bool fitField(const Record& record, const Plan& plan, std::size_t position, Value& value);
     void compute(const Record& record, const Plan& plan, Draft& draft);
+    void tellTaken(const Record& record, const Plan& plan, const AttributeCase& line);
+    void tellFolded(const Record& record, const Plan& plan);
     void takeFolds(const Record& record, Draft& draft);
     void assign(const Plan& plan, Draft& draft);
     void keepWords(const Plan& plan, Draft& draft);

@@ -16,6 +16,7 @@ constexpr std::string_view kWrapped = "a select says which type its value has";
 constexpr std::string_view kUnwrapped = "the attribute has one type only";
 constexpr std::string_view kOtherForm = "the attribute's type has another form";
 constexpr std::string_view kOneOnly = "the attribute holds one value";
+constexpr std::string_view kSeveral = "the attribute holds a list";
 constexpr std::string_view kTargetGone = "what it refers to is lost";
 constexpr std::string_view kWrongTarget = "the attribute may not refer to that entity";
 constexpr std::string_view kNoForm = "the value has no form in the attribute's type";
@@ -77,6 +78,12 @@ void Conversion::tellPartLost(const Value& value, std::string_view reason) {
     m_isPartLost = true;
 }
 
+void Conversion::tellLost(std::string_view attribute, std::string_view reason) {
+    const Value& value = (*m_record)[attribute];
+    if (value.isSet())
+        tell(ConvertKind::kLostValue, attribute, shown(value), "", reason);
+}
+
 /// Makes the value fit; false, with m_reasonLost, when it cannot.
 bool Conversion::fit(Value& value, const Type* from, const Type* to, const typed::EnumerationClass* words) {
     m_reasonLost = kNoForm;
@@ -95,6 +102,8 @@ bool Conversion::fit(Value& value, const Type* from, const Type* to, const typed
             return false;
         for (std::size_t i = 1; i < value.items.size(); ++i)
             tellPartLost(value.items[i], kOneOnly);
+        if (value.items.size() == 1)
+            tell(ConvertKind::kChangedValue, m_attribute, shown(value), shown(value.items.front()), kOneOnly);
         Value only = std::move(value.items.front());
         value = std::move(only);
         const VnIfcAggregationType* list = asAggregation(from);
@@ -148,8 +157,10 @@ bool Conversion::fitAggregate(Value& value, const Type* from, const VnIfcAggrega
     Values items;
     if (value.is(Value::Kind::kList))
         items = std::move(value.items);
-    else
+    else {
+        tell(ConvertKind::kChangedValue, m_attribute, shown(value), '(' + shown(value) + ')', kSeveral);
         items.push_back(std::move(value));
+    }
     value = Value::list({});
     // What was too short before is no fault of the conversion.
     const std::size_t enough = list ? items.size() : static_cast<std::size_t>(to.lowerBound().value());

@@ -127,6 +127,7 @@ bool Conversion::convertTo(const Record& record, const Plan& plan) {
              std::string(plan.source->name), std::string(plan.target->name), plan.mapping.reason);
     compute(record, plan, draft);
     carry(record, plan, draft);
+    tellFolded(record, plan);
     takeFolds(record, draft);
     assign(plan, draft);
     keepWords(plan, draft);
@@ -237,7 +238,7 @@ void Conversion::compute(const Record& record, const Plan& plan, Draft& draft) {
         if (value.isSet() && !value.is(Value::Kind::kList) && asAggregation(type))
             value = Value::list({std::move(value)});
         if (value.isSet()) {
-            tell(ConvertKind::kMovedAttribute, first, shown(before), std::string(each->other), each->reason);
+            tellTaken(record, plan, *each);
             isTaken.insert(first);
         } else if (before.isSet()) {
             isLeft.emplace(first, each->reason);
@@ -249,6 +250,33 @@ void Conversion::compute(const Record& record, const Plan& plan, Draft& draft) {
         if (!isTaken.contains(attribute))
             tellPartLost(record[attribute], reason);
     }
+}
+
+/// Tells of the attributes that went into a value, unless the function told of them itself.
+void Conversion::tellTaken(const Record& record, const Plan& plan, const AttributeCase& line) {
+    std::string_view names = line.attribute;
+    while (!names.empty()) {
+        const std::string_view name = names.substr(0, names.find(','));
+        names.remove_prefix(std::min(name.size() + 1, names.size()));
+        const std::size_t position = plan.source->find(name);
+        const bool isTold = std::ranges::any_of(m_outcome->findings, [&](const ConvertFinding& each) {
+            return each.attribute == name;
+        });
+        if (position != Layout::kNone && record.values[position].isSet() && !isTold)
+            tell(ConvertKind::kMovedAttribute, name, shown(record.values[position]), std::string(line.other),
+                 line.reason);
+    }
+}
+
+/// Tells of what instances at the other end take over.
+void Conversion::tellFolded(const Record& record, const Plan& plan) {
+    for (const FoldCase* each : plan.folds)
+        for (const std::string_view name : {each->owner, each->value}) {
+            const std::size_t position = plan.source->find(name);
+            if (position != Layout::kNone && plan.steps[position].isConsumed && record.values[position].isSet())
+                tell(ConvertKind::kMovedAttribute, name, shown(record.values[position]), std::string(each->attribute),
+                     each->reason);
+        }
 }
 
 void Conversion::takeFolds(const Record& record, Draft& draft) {
