@@ -43,8 +43,7 @@ TEST(Corpus, resultHasNoFaultThatTheFileDoesNotHave) {
             const Converted converted(contents(path), {}, to);
             EXPECT_EQ(added(converted.before, converted.after), "");
             const vnifc::ConvertResult& result = converted.result;
-            EXPECT_EQ(result.carried + result.changed + result.reduced + result.lost,
-                      converted.source.model().count());
+            EXPECT_EQ(result.carried + result.changed + result.reduced + result.lost, converted.source.model().count());
         }
 }
 

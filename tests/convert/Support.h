@@ -100,7 +100,8 @@ struct Converted {
         std::set<std::string> all;
         for (const vnifc::ConvertFinding& each : findings)
             if (each.instance == number)
-                all.insert(std::string(vnifc::nameOf(each.kind)) + (each.attribute.empty() ? "" : " ") + each.attribute);
+                all.insert(std::string(vnifc::nameOf(each.kind)) + (each.attribute.empty() ? "" : " ") +
+                           each.attribute);
         return all;
     }
     std::string masked(std::string line) const {

@@ -37,8 +37,8 @@ private:
         std::string text;
         for (const Parameter& each : m_schema.parameters(entity)) {
             text += text.empty() ? "" : ",";
-            const bool isLeftOut = each.attribute->isOptional &&
-                                   std::uniform_real_distribution<>(0, 1)(m_random) >= m_optionals;
+            const bool isLeftOut =
+                each.attribute->isOptional && std::uniform_real_distribution<>(0, 1)(m_random) >= m_optionals;
             text += each.isDerived ? "*" : isLeftOut ? "$" : value(each.attribute->type, 0);
         }
         return text;

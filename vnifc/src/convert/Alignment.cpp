@@ -42,8 +42,7 @@ std::string crossed(const Vector& a, const Vector& b) {
 }
 
 bool isCurveInTarget(Conversion& conversion, const Value& curve) {
-    const EntityType* type =
-        curve.is(Value::Kind::kReference) ? conversion.typeInTarget(curve.number) : nullptr;
+    const EntityType* type = curve.is(Value::Kind::kReference) ? conversion.typeInTarget(curve.number) : nullptr;
     return type && isNamed(*type, "IfcCurve");
 }
 
@@ -58,9 +57,7 @@ std::string pointText(Conversion& conversion, const Record& distance, const Valu
            textOf(distance["OffsetLongitudinal"]) + ',' + textOf(curve) + ')';
 }
 
-const Value& curveOf(const Record& owner) {
-    return owner.has("Directrix") ? owner["Directrix"] : owner["BasisCurve"];
-}
+const Value& curveOf(const Record& owner) { return owner.has("Directrix") ? owner["Directrix"] : owner["BasisCurve"]; }
 
 /// The point of an axis placement, or the point itself.
 Record pointOf(Conversion& conversion, const Value& value) {
@@ -299,8 +296,7 @@ void nestDesign(Conversion& conversion, const Record& alignment, const Record& c
     if (!verticals.empty())
         parts += (parts.empty() ? "" : ",") + part(conversion, "IFCALIGNMENTVERTICAL", "Vertical", verticals);
     if (!parts.empty())
-        conversion.make("IFCRELNESTS(@guid,@owner,$,$,#" +
-                        std::to_string(alignment.number) + ",(" + parts + "))");
+        conversion.make("IFCRELNESTS(@guid,@owner,$,$,#" + std::to_string(alignment.number) + ",(" + parts + "))");
 }
 
 /// True when a shape holds the item.
@@ -346,8 +342,8 @@ Value horizontalCurve(Conversion& conversion, const Record&, const Value& value)
         const Horizontal each(conversion.record(segment["CurveGeometry"]));
         if (each.startCurvature != each.endCurvature && each.type != "CLOTHOID")
             conversion.tellPartLost(items[i], "the curve goes by a clothoid; the design parameters keep its type");
-        segments += (segments.empty() ? "" : ",") +
-                    segmentText(segment, i + 1 == items.size(), textOf(each.point), each.direction * radians, each.geometry());
+        segments += (segments.empty() ? "" : ",") + segmentText(segment, i + 1 == items.size(), textOf(each.point),
+                                                                each.direction * radians, each.geometry());
     }
     return segments.empty() ? Value() : conversion.make("IFCCOMPOSITECURVE((" + segments + "),.F.)");
 }

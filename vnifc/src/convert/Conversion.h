@@ -51,9 +51,9 @@ struct Plan {
     const Layout* target = nullptr;
     std::vector<Step> steps;
     std::vector<const AttributeCase*> computed;
-    std::vector<const FoldCase*> folds; ///< that instances of the entity give rise to
+    std::vector<const FoldCase*> folds;                     ///< that instances of the entity give rise to
     std::vector<const VN_SDAI::typed::UniqueRule*> uniques; ///< of the target, which the source does not have
-    bool isVerbatim = false;            ///< the parameter list is right as it stands
+    bool isVerbatim = false;                                ///< the parameter list is right as it stands
 };
 
 /// A new instance in the making.
@@ -219,15 +219,16 @@ private:
     std::vector<Instance> m_instances;
     std::vector<Outcome> m_outcomes; ///< of the same positions
     std::unordered_set<std::uint64_t> m_gone;
-    std::unordered_map<std::uint64_t, const EntityType*> m_others; ///< types of what is not as planned, or new
+    std::unordered_map<std::uint64_t, const EntityType*> m_others;   ///< types of what is not as planned, or new
     std::set<std::pair<std::uint64_t, const EntityType*>> m_refused; ///< what instances cannot be, found out so far
-    std::unordered_map<std::uint64_t, std::vector<Fold>> m_folds;  ///< by the instance that gets the value
+    std::unordered_map<std::uint64_t, std::vector<Fold>> m_folds;    ///< by the instance that gets the value
     std::unordered_map<const EntityType*, Plan> m_plans;
     std::unordered_map<const EntityType*, Mapping> m_mappings;
     std::map<std::pair<const Type*, const Type*>, bool> m_closed;
     std::map<std::pair<const EntityType*, std::string>, std::vector<Limit>> m_limits;
     std::map<std::pair<const VN_SDAI::typed::InverseRow*, std::uint64_t>, std::uint64_t> m_claims;
-    std::map<std::pair<const VN_SDAI::typed::UniqueRule*, std::string>, std::uint64_t> m_uniques; ///< who has the values
+    std::map<std::pair<const VN_SDAI::typed::UniqueRule*, std::string>, std::uint64_t>
+        m_uniques;                                              ///< who has the values
     std::map<std::string, std::uint64_t, std::less<>> m_shared; ///< instances made for all, by their text
     std::vector<std::pair<std::uint64_t, std::string>> m_sharedTexts;
     std::unordered_map<std::uint64_t, std::uint64_t> m_wholes; ///< what instances are part of

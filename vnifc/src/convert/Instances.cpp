@@ -151,7 +151,8 @@ bool Conversion::convertTo(const Record& record, const Plan& plan) {
 void Conversion::carry(const Record& record, const Plan& plan, Draft& draft) {
     const auto carryThose = [&](bool moved) {
         for (std::size_t i = 0; i < plan.steps.size(); ++i)
-            if (record.values[i].isSet() && !plan.steps[i].isConsumed && (plan.steps[i].attributeCase != nullptr) == moved)
+            if (record.values[i].isSet() && !plan.steps[i].isConsumed &&
+                (plan.steps[i].attributeCase != nullptr) == moved)
                 carryField(record, plan, i, draft);
     };
     carryThose(false); // whoever keeps its name goes first
@@ -259,9 +260,8 @@ void Conversion::tellTaken(const Record& record, const Plan& plan, const Attribu
         const std::string_view name = names.substr(0, names.find(','));
         names.remove_prefix(std::min(name.size() + 1, names.size()));
         const std::size_t position = plan.source->find(name);
-        const bool isTold = std::ranges::any_of(m_outcome->findings, [&](const ConvertFinding& each) {
-            return each.attribute == name;
-        });
+        const bool isTold = std::ranges::any_of(m_outcome->findings,
+                                                [&](const ConvertFinding& each) { return each.attribute == name; });
         if (position != Layout::kNone && record.values[position].isSet() && !isTold)
             tell(ConvertKind::kMovedAttribute, name, shown(record.values[position]), std::string(line.other),
                  line.reason);

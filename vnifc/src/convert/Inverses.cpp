@@ -111,9 +111,8 @@ Value Conversion::copyFor(const Value& value, const EntityType& type) {
 /// An attribute of the instance that is copied, without what is lost, and with copies of what one may refer to.
 Value Conversion::copiedAttribute(std::string_view attribute) {
     Value value = record(m_value)[attribute];
-    std::erase_if(value.items, [&](const Value& item) {
-        return item.is(Value::Kind::kReference) && !typeInTarget(item.number);
-    });
+    std::erase_if(value.items,
+                  [&](const Value& item) { return item.is(Value::Kind::kReference) && !typeInTarget(item.number); });
     if (!value.isSet() || (value.is(Value::Kind::kList) && value.items.empty()))
         return {};
     for (Value& item : value.items) {

@@ -191,9 +191,10 @@ void Conversion::planUniques(Plan& plan) const {
     const auto isOfSource = [&](const typed::UniqueRule& rule) {
         for (const typed::EntityClass* each = plan.source->entity->entityClass(); each; each = each->supertype)
             for (const typed::UniqueRule& other : each->uniques)
-                if (std::ranges::equal(other.attributes, rule.attributes, equalNames,
-                                       [](const auto* row) { return std::string_view(row->name); },
-                                       [](const auto* row) { return std::string_view(row->name); }))
+                if (std::ranges::equal(
+                        other.attributes, rule.attributes, equalNames,
+                        [](const auto* row) { return std::string_view(row->name); },
+                        [](const auto* row) { return std::string_view(row->name); }))
                     return true;
         return false;
     };

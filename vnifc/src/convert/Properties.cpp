@@ -149,7 +149,8 @@ bool Conversion::keepProperties(Draft& draft, std::string_view set, const std::s
     for (const auto& [entity, holder] : {std::pair{"IfcProfileDef", "IfcProfileProperties"},
                                          std::pair{"IfcMaterialDefinition", "IfcMaterialProperties"}}) {
         const EntityType* type = m_target.concrete(holder);
-        if (type && isNamed(*draft.layout->entity, entity) && m_target.layout(*type).find("Properties") != Layout::kNone)
+        if (type && isNamed(*draft.layout->entity, entity) &&
+            m_target.layout(*type).find("Properties") != Layout::kNone)
             return make(std::string(m_target.layout(*type).keyword) + '(' + named + ",@self)").isSet();
     }
     return false;

@@ -6,8 +6,9 @@
 
 /// What differs between the releases, as data: one line a case, with the reason that users are told.
 ///
-/// A case applies where the target lacks what the source has, so that a line says nothing of releases, serves every pair
-/// of them, and in both directions where it has no function. What has the same name in both releases needs no line.
+/// A case applies where the target lacks what the source has, so that a line says nothing of releases, serves every
+/// pair of them, and in both directions where it has no function. What has the same name in both releases needs no
+/// line.
 namespace vnifc::conversion {
 
 class Conversion;
@@ -58,8 +59,8 @@ struct DefaultCase {
     Compute compute = nullptr;
 };
 
-/// Instances that stand in what refers to them: in their place comes the value of `attribute`, or of several with commas
-/// between them. Without one, a coercion makes the value, or it becomes a property.
+/// Instances that stand in what refers to them: in their place comes the value of `attribute`, or of several with
+/// commas between them. Without one, a coercion makes the value, or it becomes a property.
 struct InlineCase {
     std::string_view entity;
     std::string_view attribute;
