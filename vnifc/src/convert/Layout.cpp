@@ -70,15 +70,14 @@ void Release::learnWords(const EntityType& entity, const Field& field) {
         return;
     for (const typed::SelectMember& member : select->selectClass().members)
         if (member.enumeration)
-            m_words.emplace(member.name->view(), member.enumeration);
+            m_words.emplace_back(member.name->view(), member.enumeration);
 }
 
 const typed::EnumerationClass* Release::words(std::string_view enumeration) const {
-    std::string name(enumeration);
-    for (char& c : name)
-        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
-    const auto found = m_words.find(name);
-    return found == m_words.end() ? nullptr : found->second;
+    for (const auto& [name, words] : m_words)
+        if (equalNames(name, enumeration))
+            return words;
+    return nullptr;
 }
 
 std::string_view nameOf(const EntityType& entity) noexcept { return entity.entityClass()->name; }

@@ -8,10 +8,10 @@
 #include <VnIfcTyped/Enumeration.h>
 
 #include <functional>
-#include <map>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 /// What conversion asks a schema: parameter lists, types and what belongs to what.
@@ -72,7 +72,7 @@ private:
 
     const VN_SDAI::VnIfcSchema& m_schema;
     std::unordered_map<const EntityType*, Layout> m_layouts;
-    std::map<std::string, const VN_SDAI::typed::EnumerationClass*, std::less<>> m_words; ///< by upper-case name
+    std::vector<std::pair<std::string, const VN_SDAI::typed::EnumerationClass*>> m_words; ///< few
 };
 
 /// "IfcWall".
