@@ -120,7 +120,6 @@ std::string timeOf(const Moment& moment) {
 }
 
 constexpr std::string_view kNoTime = "the attribute takes a date without a time";
-constexpr std::string_view kNoDate = "the attribute takes a date";
 
 std::string calendarText(const Moment& moment) {
     const auto& [year, month, day] = *moment.date;
