@@ -12,16 +12,16 @@ namespace vnifc {
 
 /// What became of something that the target's release does not have as it was.
 enum class ConvertKind : std::uint8_t {
-    kRenamedEntity,    ///< the instance is of an entity of another name
-    kGeneralised,      ///< ... of a supertype or of what stands for it; its old class is kept as a word where possible
-    kMovedAttribute,   ///< the value stands in an attribute of another name
-    kChangedValue,     ///< the value has another form: a literal, a date, a list, a new instance
-    kFilledValue,      ///< a mandatory attribute that had no value got one
-    kKeptAsProperty,   ///< the value became a property of a property set
-    kAbsorbed,         ///< the instance stands in what referred to it
-    kKeptText,         ///< text that the file's own release could not take either; it is carried as it is
-    kLostValue,        ///< the value is gone
-    kLostInstance,     ///< the instance is gone
+    kRenamedEntity,  ///< the instance is of an entity of another name
+    kGeneralised,    ///< ... of a supertype or of what stands for it; its old class is kept as a word where possible
+    kMovedAttribute, ///< the value stands in an attribute of another name
+    kChangedValue,   ///< the value has another form: a literal, a date, a list, a new instance
+    kFilledValue,    ///< a mandatory attribute that had no value got one
+    kKeptAsProperty, ///< the value became a property of a property set
+    kAbsorbed,       ///< the instance stands in what referred to it
+    kKeptText,       ///< text that the file's own release could not take either; it is carried as it is
+    kLostValue,      ///< the value is gone
+    kLostInstance,   ///< the instance is gone
 };
 
 /// "renamed-entity", "lost-value": a name that stays.

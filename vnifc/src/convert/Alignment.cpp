@@ -42,8 +42,7 @@ std::string crossed(const Vector& a, const Vector& b) {
 }
 
 bool isCurveInTarget(Conversion& conversion, const Value& curve) {
-    const EntityType* type =
-        curve.is(Value::Kind::kReference) ? conversion.typeInTarget(curve.number) : nullptr;
+    const EntityType* type = curve.is(Value::Kind::kReference) ? conversion.typeInTarget(curve.number) : nullptr;
     return type && isNamed(*type, "IfcCurve");
 }
 
@@ -51,14 +50,14 @@ bool isCurveInTarget(Conversion& conversion, const Value& curve) {
 std::string pointText(Conversion& conversion, const Record& distance, const Value& curve) {
     if (!distance.has("DistanceAlong") || !isCurveInTarget(conversion, curve))
         return {};
+    if (distance["AlongHorizontal"].text == "F")
+        conversion.tellPartLost(distance["AlongHorizontal"], "distances along the curve in space came later");
     return "IFCPOINTBYDISTANCEEXPRESSION(IFCLENGTHMEASURE(" + textOf(distance["DistanceAlong"]) + ")," +
            textOf(distance["OffsetLateral"]) + ',' + textOf(distance["OffsetVertical"]) + ',' +
            textOf(distance["OffsetLongitudinal"]) + ',' + textOf(curve) + ')';
 }
 
-const Value& curveOf(const Record& owner) {
-    return owner.has("Directrix") ? owner["Directrix"] : owner["BasisCurve"];
-}
+const Value& curveOf(const Record& owner) { return owner.has("Directrix") ? owner["Directrix"] : owner["BasisCurve"]; }
 
 /// The point of an axis placement, or the point itself.
 Record pointOf(Conversion& conversion, const Value& value) {
@@ -83,11 +82,14 @@ Value axisPlacement(Conversion& conversion, const Record& record, const Value& v
                            (hasBoth ? crossed(lateral, vertical) : "$") + ')');
 }
 
-Value positionInSpace(Conversion& conversion, const Record& record, const Value& value) {
-    if (value.is(Value::Kind::kReference) && conversion.typeInTarget(value.number))
+Value positionInSpace(Conversion& conversion, const Record&, const Value& value) {
+    const bool isGiven = value.is(Value::Kind::kReference) && conversion.typeInTarget(value.number);
+    for (const std::string_view name : {"RelativePlacement", "PlacementMeasuredAlong", "Distance", "Orientation"})
+        conversion.tellLost(name, isGiven
+                                      ? "placement along curves came later; the position in space is kept"
+                                      : "placement along curves came later, and the file gives no position in space");
+    if (isGiven)
         return value;
-    const std::string_view held = record.has("RelativePlacement") ? "RelativePlacement" : "Distance";
-    conversion.tellPartLost(record[held], "placement along curves came later, and the file gives no position in space");
     return conversion.make("IFCAXIS2PLACEMENT3D(IFCCARTESIANPOINT((0.,0.,0.)),$,$)");
 }
 
@@ -294,8 +296,7 @@ void nestDesign(Conversion& conversion, const Record& alignment, const Record& c
     if (!verticals.empty())
         parts += (parts.empty() ? "" : ",") + part(conversion, "IFCALIGNMENTVERTICAL", "Vertical", verticals);
     if (!parts.empty())
-        conversion.make("IFCRELNESTS(@guid,@owner,$,$,#" +
-                        std::to_string(alignment.number) + ",(" + parts + "))");
+        conversion.make("IFCRELNESTS(@guid,@owner,$,$,#" + std::to_string(alignment.number) + ",(" + parts + "))");
 }
 
 /// True when a shape holds the item.
@@ -341,8 +342,8 @@ Value horizontalCurve(Conversion& conversion, const Record&, const Value& value)
         const Horizontal each(conversion.record(segment["CurveGeometry"]));
         if (each.startCurvature != each.endCurvature && each.type != "CLOTHOID")
             conversion.tellPartLost(items[i], "the curve goes by a clothoid; the design parameters keep its type");
-        segments += (segments.empty() ? "" : ",") +
-                    segmentText(segment, i + 1 == items.size(), textOf(each.point), each.direction * radians, each.geometry());
+        segments += (segments.empty() ? "" : ",") + segmentText(segment, i + 1 == items.size(), textOf(each.point),
+                                                                each.direction * radians, each.geometry());
     }
     return segments.empty() ? Value() : conversion.make("IFCCOMPOSITECURVE((" + segments + "),.F.)");
 }

@@ -91,6 +91,10 @@ constexpr AttributeCase kAttributes[] = {
     {"IfcReferencesValueDocument", "ReferencingValues", "RelatedResourceObjects", nullptr, kRenamed},
     {"IfcRelAdheresToElement", "RelatingElement", "RelatingObject", nullptr, kRenamed},
     {"IfcRelAdheresToElement", "RelatedSurfaceFeatures", "RelatedObjects", nullptr, kRenamed},
+    {"IfcRelConnectsPortToElement", "RelatedElement", "RelatingObject", nullptr, "ports are nested in their element"},
+    {"IfcRelConnectsPortToElement", "RelatingPort", "RelatedObjects", nullptr, "ports are nested in their element"},
+    {"IfcRelConnectsStructuralElement", "RelatedStructuralMember", "RelatedObjects", nullptr, kRenamed},
+    {"IfcRelConnectsStructuralElement", "RelatingElement", "RelatingProduct", nullptr, kRenamed},
     {"IfcRelCoversSpaces", "RelatedSpace", "RelatingSpace", nullptr, kRenamed},
     {"IfcStairFlight", "NumberOfRiser", "NumberOfRisers", nullptr, kRenamed},
     {"IfcStructuralCurveConnection", "Axis", "AxisDirection", nullptr, kRenamed},
@@ -175,6 +179,8 @@ constexpr DefaultCase kDefaults[] = {
     {"IfcDerivedProfileDef", "Operator", "IFCCARTESIANTRANSFORMATIONOPERATOR2D(IFCDIRECTION((-1.,0.)),IFCDIRECTION((0.,1.)),IFCCARTESIANPOINT((0.,0.)),1.)"}, // what mirrors
     {"IfcDocumentInformation", "DocumentId", kNumbered},
     {"IfcFacilityPart", "UsageType", ".NOTDEFINED."},
+    {"IfcGeometricRepresentationContext", "CoordinateSpaceDimension", "3"},
+    {"IfcGeometricRepresentationContext", "WorldCoordinateSystem", kPlacement3D},
     {"IfcKerb", "Mountable", ".F."},
     {"IfcKerbType", "Mountable", ".F."},
     {"IfcOrganizationRelationship", "Name", kUnknown},
@@ -276,6 +282,21 @@ constexpr FoldCase kFolds[] = {
     {"IfcLibraryReference", "ReferencedLibrary", "LibraryReference", "*", "libraries knew their references"},
 };
 
+constexpr CopyCase kCopies[] = {
+    {"IfcObjectPlacement", "IFCLOCALPLACEMENT(@value,IFCAXIS2PLACEMENT3D(IFCCARTESIANPOINT((0.,0.,0.)),$,$))"},
+    {"IfcProductDefinitionShape", "IFCPRODUCTDEFINITIONSHAPE(@value.Name,@value.Description,@value.Representations)"},
+    {"IfcShapeRepresentation", "IFCSHAPEREPRESENTATION(@value.ContextOfItems,@value.RepresentationIdentifier,@value.RepresentationType,@value.Items)"},
+    {"IfcStyledRepresentation", "IFCSTYLEDREPRESENTATION(@value.ContextOfItems,@value.RepresentationIdentifier,@value.RepresentationType,@value.Items)"},
+    {"IfcTopologyRepresentation", "IFCTOPOLOGYREPRESENTATION(@value.ContextOfItems,@value.RepresentationIdentifier,@value.RepresentationType,@value.Items)"},
+};
+
+constexpr RequiredCase kRequired[] = {
+    {"IfcPort", "ContainedIn", "IFCRELCONNECTSPORTTOELEMENT(@guid,@owner,$,$,@self,@whole)", "ports are connected to their element, not nested"},
+    {"IfcSurfaceFeature", "AdheresToElement", "IFCRELADHERESTOELEMENT(@guid,@owner,$,$,@whole,(@self))", "surface features adhere to their element"},
+    {"IfcTimeSeries", "HasExternalReference", "IFCEXTERNALREFERENCERELATIONSHIP($,$,IFCDOCUMENTREFERENCE($,'NOTDEFINED',$,$,$),(@self))", "time series have an external reference"},
+    {"IfcObjectPlacement", "PlacesObject", "IFCANNOTATION(@guid,@owner,'Placement',$,$,@self,$)", "a placement places a product"},
+};
+
 constexpr PropertyCase kProperties[] = {
     {"IfcTransportElement", "CapacityByWeight", "Pset_TransportElementCommon", "CapacityWeight"},
     {"IfcTransportElement", "CapacityByNumber", "Pset_TransportElementCommon", "CapacityPeople"},
@@ -293,6 +314,8 @@ std::span<const DefaultCase> defaultCases() noexcept { return kDefaults; }
 std::span<const CoercionCase> coercionCases() noexcept { return kCoercions; }
 std::span<const RetypeCase> retypeCases() noexcept { return kRetypes; }
 std::span<const FoldCase> foldCases() noexcept { return kFolds; }
+std::span<const CopyCase> copyCases() noexcept { return kCopies; }
+std::span<const RequiredCase> requiredCases() noexcept { return kRequired; }
 std::span<const PropertyCase> propertyCases() noexcept { return kProperties; }
 
 } // namespace vnifc::conversion

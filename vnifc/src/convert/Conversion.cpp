@@ -17,6 +17,8 @@ namespace {
 
 /// Instances between two looks at the progress.
 constexpr std::size_t kBlock = 4096;
+/// Numbers beyond are not counted on from.
+constexpr std::uint64_t kLargestNumber = std::uint64_t{1} << 48;
 /// How the work divides: writing the source, converting, reading the target.
 constexpr double kWritten = 0.15;
 constexpr double kConverted = 0.6;
@@ -75,7 +77,9 @@ ConvertResult Conversion::run() {
         if (!isVerbatim)
             convertInstance(i);
     }
-    convertAgain();
+    do
+        convertAgain();
+    while (meetDemands());
     const std::string text = assemble(result);
     m_text = {};
     VnIfcReadOptions reading;
@@ -106,8 +110,8 @@ bool Conversion::index() {
     at = at == text.npos ? text.size() : at + kData.size();
     for (std::size_t i = 0; i < handles.size(); ++i) {
         // Text that was kept may hold line ends, but not the number of the next instance at the beginning of a line.
-        const std::string next = i + 1 < handles.size() ? ";\n#" + std::to_string(handles[i + 1].number()) + '='
-                                                        : std::string(";\nENDSEC;");
+        const std::string next =
+            i + 1 < handles.size() ? ";\n#" + std::to_string(handles[i + 1].number()) + '=' : std::string(";\nENDSEC;");
         const std::size_t begin = std::min(text.find('=', at) + 1, text.size());
         const std::size_t end = std::min(text.find(next, begin), text.size());
         const VnIfcEntityBase* object = handles[i].openObject();
@@ -123,6 +127,11 @@ bool Conversion::index() {
         m_nextNumber = handles[i].number() + 1;
         at = end + 2;
     }
+    // What is added must not become what a reference to nothing refers to.
+    forEachReference(text, [&](std::uint64_t number) {
+        if (number >= m_nextNumber && number < kLargestNumber)
+            m_nextNumber = number + 1;
+    });
     return true;
 }
 
@@ -227,7 +236,8 @@ void Conversion::collectFolds() {
                 // Where the source has the attribute as well, it needs no help.
                 if (i < m_instances.size() && m_instances[i].plan &&
                     m_instances[i].plan->source->find(line->attribute) == Layout::kNone &&
-                    !(m_target.entity(line->entity) && m_target.layout(*m_target.entity(line->entity)).find(line->owner) != Layout::kNone))
+                    !(m_target.entity(line->entity) &&
+                      m_target.layout(*m_target.entity(line->entity)).find(line->owner) != Layout::kNone))
                     m_folds[owner].push_back({line, each.number, value});
             });
         }
@@ -256,7 +266,8 @@ void Conversion::convertAgain() {
         for (std::size_t i = 0; i < m_instances.size(); ++i) {
             const Outcome& outcome = m_outcomes[i];
             const Plan* plan = m_instances[i].plan;
-            if (outcome.state == State::kWritten && plan && outcome.type && outcome.type != typeInTarget(m_instances[i].number)) {
+            if (outcome.state == State::kWritten && plan && outcome.type &&
+                outcome.type != typeInTarget(m_instances[i].number)) {
                 m_others[m_instances[i].number] = outcome.type;
                 retyped.insert(m_instances[i].number);
             }
@@ -332,9 +343,9 @@ void Conversion::summarise(ConvertResult& result) const {
                 m_options.findings(finding);
         }
         if (outcome.state == State::kVerbatim && plan->mapping.way == Mapping::Way::kRenamed) {
-            const ConvertFinding finding{ConvertKind::kRenamedEntity, m_instances[i].number,
-                                         std::string(plan->source->name), {}, std::string(plan->source->name),
-                                         std::string(plan->target->name), std::string(plan->mapping.reason)};
+            const ConvertFinding finding{
+                ConvertKind::kRenamedEntity,     m_instances[i].number,           std::string(plan->source->name),  {},
+                std::string(plan->source->name), std::string(plan->target->name), std::string(plan->mapping.reason)};
             ++result.findings[finding.kind];
             isChanged = true;
             if (m_options.findings)

@@ -51,8 +51,9 @@ struct Plan {
     const Layout* target = nullptr;
     std::vector<Step> steps;
     std::vector<const AttributeCase*> computed;
-    std::vector<const FoldCase*> folds; ///< that instances of the entity give rise to
-    bool isVerbatim = false;            ///< the parameter list is right as it stands
+    std::vector<const FoldCase*> folds;                     ///< that instances of the entity give rise to
+    std::vector<const VN_SDAI::typed::UniqueRule*> uniques; ///< of the target, which the source does not have
+    bool isVerbatim = false;                                ///< the parameter list is right as it stands
 };
 
 /// A new instance in the making.
@@ -90,6 +91,8 @@ public:
     double unitFactor(std::string_view kind);
     /// Tells that something of the value at hand is gone.
     void tellPartLost(const Value& value, std::string_view reason);
+    /// Tells that an attribute of the instance at hand is gone, if it has a value.
+    void tellLost(std::string_view attribute, std::string_view reason);
     /// The entity that the instance becomes; null when it does not.
     const EntityType* typeInTarget(std::uint64_t number) const;
 
@@ -135,30 +138,29 @@ private:
     const EntityType* standInFor(std::string_view name) const;
     void planSteps(Plan& plan);
     void planStep(const Plan& plan, const Field& field, Step& step) const;
+    void planUniques(Plan& plan) const;
     bool isVerbatim(const Plan& plan);
     void planComputed(Plan& plan);
     void planFolds(Plan& plan);
     bool isSafe(const Field& from, const Field& to);
     bool isSafe(const Type* from, const Type* to);
     bool isClosed(const Type& from, const Type& to);
-    struct Limit {
-        const VN_SDAI::typed::InverseRow* inverse;
-        const EntityType* owner;
-    };
-    const std::vector<Limit>& limitsOf(const EntityType& entity, std::string_view attribute);
 
     // Instances.cpp: one instance
-    void convertInstance(std::size_t i);
+    void convertInstance(std::size_t i, std::string_view refusal = {});
     void convertForeign(const Instance& instance);
     bool convertTo(const Record& record, const Plan& plan);
     void carry(const Record& record, const Plan& plan, Draft& draft);
     void carryField(const Record& record, const Plan& plan, std::size_t position, Draft& draft);
+    bool isKeptText(const Record& record, std::size_t position) const;
     bool fitField(const Record& record, const Plan& plan, std::size_t position, Value& value);
-    void limit(const EntityType& entity, std::string_view attribute, Value& value);
     void compute(const Record& record, const Plan& plan, Draft& draft);
+    void tellTaken(const Record& record, const Plan& plan, const AttributeCase& line);
+    void tellFolded(const Record& record, const Plan& plan);
     void takeFolds(const Record& record, Draft& draft);
     void assign(const Plan& plan, Draft& draft);
     void keepWords(const Plan& plan, Draft& draft);
+    void keepUnique(const VN_SDAI::typed::UniqueRule& rule, Draft& draft);
     bool fill(const Record& record, const Plan& plan, Draft& draft);
     Value defaultFor(const Record& record, const Field& field, Draft& draft);
     Plan planTo(const Plan& plan, const Mapping& mapping);
@@ -169,9 +171,25 @@ private:
     Value ownerHistory();
     void forget(std::size_t findings);
 
+    // Inverses.cpp: how often instances are referred to
+    struct Limit {
+        const VN_SDAI::typed::InverseRow* inverse;
+        const EntityType* owner;
+    };
+    const std::vector<Limit>& limitsOf(const EntityType& entity, std::string_view attribute);
+    void limit(const EntityType& entity, std::string_view attribute, Value& value);
+    Value copyFor(const Value& value, const EntityType& type);
+    Value copiedAttribute(std::string_view attribute);
+    Value wholeOf(std::uint64_t number);
+    std::unordered_set<std::uint64_t> referredBy(const VN_SDAI::typed::InverseRow& inverse, bool inSource);
+    bool meetDemands();
+    bool meetDemand(const VN_SDAI::typed::InverseRow& inverse, std::vector<std::size_t> held);
+    bool addReferrer(const VN_SDAI::typed::InverseRow& inverse, bool wasDemanded);
+
     // Properties.cpp: attributes that become properties
     void keepRest(const Record& record, Draft& draft);
     std::string propertyOf(std::string_view name, const Value& value, const Type* from);
+    std::string complexPropertyOf(std::string_view name, const Value& value);
     bool keepProperties(Draft& draft, std::string_view set, const std::string& properties);
 
     // Fitting.cpp: one value
@@ -201,15 +219,20 @@ private:
     std::vector<Instance> m_instances;
     std::vector<Outcome> m_outcomes; ///< of the same positions
     std::unordered_set<std::uint64_t> m_gone;
-    std::unordered_map<std::uint64_t, const EntityType*> m_others; ///< types of what is not as planned, or new
-    std::unordered_map<std::uint64_t, std::vector<Fold>> m_folds;  ///< by the instance that gets the value
+    std::unordered_map<std::uint64_t, const EntityType*> m_others;   ///< types of what is not as planned, or new
+    std::set<std::pair<std::uint64_t, const EntityType*>> m_refused; ///< what instances cannot be, found out so far
+    std::unordered_map<std::uint64_t, std::vector<Fold>> m_folds;    ///< by the instance that gets the value
     std::unordered_map<const EntityType*, Plan> m_plans;
     std::unordered_map<const EntityType*, Mapping> m_mappings;
     std::map<std::pair<const Type*, const Type*>, bool> m_closed;
     std::map<std::pair<const EntityType*, std::string>, std::vector<Limit>> m_limits;
     std::map<std::pair<const VN_SDAI::typed::InverseRow*, std::uint64_t>, std::uint64_t> m_claims;
+    std::map<std::pair<const VN_SDAI::typed::UniqueRule*, std::string>, std::uint64_t>
+        m_uniques;                                              ///< who has the values
     std::map<std::string, std::uint64_t, std::less<>> m_shared; ///< instances made for all, by their text
     std::vector<std::pair<std::uint64_t, std::string>> m_sharedTexts;
+    std::unordered_map<std::uint64_t, std::uint64_t> m_wholes; ///< what instances are part of
+    bool m_hasWholes = false;
     std::uint64_t m_nextNumber = 1;
     std::map<std::string, double, std::less<>> m_unitFactors;
     std::optional<Value> m_ownerHistory;
@@ -219,9 +242,12 @@ private:
     const Record* m_record = nullptr;
     std::string_view m_attribute; ///< the attribute at hand
     std::string_view m_targetAttribute;
+    Value m_value; ///< what the placeholder @value stands for
     std::string_view m_reasonLost;
     bool m_isPartLost = false;
-    unsigned m_depth = 0; ///< of instances that stand in each other
+    /// Instances that stand in each other, more than any release has; a file may have them refer in circles.
+    static constexpr unsigned kDeepest = 8;
+    unsigned m_depth = 0;
     unsigned m_guids = 0; ///< made for the instance at hand
     struct Rest {
         std::size_t position;

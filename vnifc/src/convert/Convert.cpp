@@ -9,8 +9,8 @@ namespace vnifc {
 namespace {
 
 constexpr std::array<std::string_view, 10> kNames = {
-    "renamed-entity", "generalised",      "moved-attribute", "changed-value", "filled-value",
-    "kept-as-property", "absorbed", "kept-text",       "lost-value",    "lost-instance"};
+    "renamed-entity",   "generalised", "moved-attribute", "changed-value", "filled-value",
+    "kept-as-property", "absorbed",    "kept-text",       "lost-value",    "lost-instance"};
 
 } // namespace
 

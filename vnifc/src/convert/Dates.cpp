@@ -50,8 +50,8 @@ void readTime(Conversion& conversion, const Record& record, Moment& moment) {
     if (!zone.layout)
         return;
     const bool isBehind = zone["Sense"].text == "BEHIND";
-    moment.zone = formatted("%c%02d:%02d", isBehind ? '-' : '+', integerOf(zone["HourOffset"]),
-                            integerOf(zone["MinuteOffset"]));
+    moment.zone =
+        formatted("%c%02d:%02d", isBehind ? '-' : '+', integerOf(zone["HourOffset"]), integerOf(zone["MinuteOffset"]));
 }
 
 /// The moment that an instance stands for.
@@ -120,7 +120,6 @@ std::string timeOf(const Moment& moment) {
 }
 
 constexpr std::string_view kNoTime = "the attribute takes a date without a time";
-constexpr std::string_view kNoDate = "the attribute takes a date";
 
 std::string calendarText(const Moment& moment) {
     const auto& [year, month, day] = *moment.date;
@@ -224,7 +223,8 @@ Value durationText(Conversion& conversion, const Record&, const Value& value) {
     take(kSecondsOfMinute, 'M');
     if (rest > 0 || text.size() == days + 1) {
         std::array<char, 32> buffer{};
-        const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), rest, std::chars_format::fixed).ptr;
+        const auto end =
+            std::to_chars(buffer.data(), buffer.data() + buffer.size(), rest, std::chars_format::fixed).ptr;
         text += std::string(buffer.data(), end) + 'S';
     }
     // A whole number of days needs no time.
@@ -256,12 +256,12 @@ Value durationNumber(Conversion& conversion, const Record&, const Value& value) 
         const char letter = *end;
         text.remove_prefix(static_cast<std::size_t>(end - text.data()) + 1);
         constexpr int kDaysOfWeek = 7;
-        const int unit = letter == 'W'            ? kDaysOfWeek * kSecondsOfDay
-                         : letter == 'D'          ? kSecondsOfDay
-                         : letter == 'H'          ? kSecondsOfHour
+        const int unit = letter == 'W'             ? kDaysOfWeek * kSecondsOfDay
+                         : letter == 'D'           ? kSecondsOfDay
+                         : letter == 'H'           ? kSecondsOfHour
                          : letter == 'M' && isTime ? kSecondsOfMinute
-                         : letter == 'S'          ? 1
-                                                  : 0;
+                         : letter == 'S'           ? 1
+                                                   : 0;
         if (unit == 0)
             return {}; // years and months have no length of their own
         seconds += count * unit;

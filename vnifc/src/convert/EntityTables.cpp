@@ -157,6 +157,8 @@ constexpr EntityCase kEntities[] = {
     {"IfcRelSchedulesCostItems", "IfcRelAssignsToControl", "", "cost schedules are controls like others"},
     {"IfcRelOccupiesSpaces", "IfcRelAssignsToActor", "", "occupation became an assignment"},
     {"IfcRelOverridesProperties", "IfcRelDefinesByProperties", "", "properties of the occurrence override those of its type anyway"},
+    {"IfcRelConnectsPortToElement", "IfcRelNests", "", "ports of what is no distribution element are nested in it"},
+    {"IfcRelConnectsStructuralElement", "IfcRelAssignsToProduct", "", "structural members are assigned to their element"},
     {"IfcRelAdheresToElement", "IfcRelAggregates", "", "surface features are parts of their element"},
     {"IfcRelAssignsToGroupByFactor", "IfcRelAssignsToGroup", "", "factors of groups came later"},
 };
@@ -221,6 +223,13 @@ constexpr InlineCase kInlines[] = {
     {"IfcIndexedPolygonalFace", "", kFaces},
     {"IfcIndexedPolygonalFaceWithVoids", "", kFaces},
     {"IfcLagTime", "", "lags became numbers"},
+    {"IfcTaskTime", "", "times became properties of their task"},
+    {"IfcTaskTimeRecurring", "", "times became properties of their task"},
+    {"IfcResourceTime", "", "times became properties of their resource"},
+    {"IfcEventTime", "", "times became properties of their event"},
+    {"IfcAlignmentHorizontalSegment", "", "design parameters became properties of their segment"},
+    {"IfcAlignmentVerticalSegment", "", "design parameters became properties of their segment"},
+    {"IfcAlignmentCantSegment", "", "design parameters became properties of their segment"},
     {"IfcAlignment2DHorizontal", "", kDesign},
     {"IfcAlignment2DHorizontalSegment", "", kDesign},
     {"IfcAlignment2DVertical", "", kDesign},
@@ -237,6 +246,10 @@ constexpr InlineCase kInlines[] = {
     {"IfcOrientationExpression", "", "orientation became part of the placement"},
 };
 
+constexpr RedundantCase kRedundant[] = {
+    {"IfcRelAssigns", "RelatedObjectsType", "the related objects say themselves what they are"},
+};
+
 constexpr WrapCase kWraps[] = {
     {"IfcPresentationStyleAssignment", "Styles"},
 };
@@ -246,6 +259,7 @@ constexpr WrapCase kWraps[] = {
 std::span<const EntityCase> entityCases() noexcept { return kEntities; }
 std::span<const StandInCase> standInCases() noexcept { return kStandIns; }
 std::span<const InlineCase> inlineCases() noexcept { return kInlines; }
+std::span<const RedundantCase> redundantCases() noexcept { return kRedundant; }
 std::span<const WrapCase> wrapCases() noexcept { return kWraps; }
 
 } // namespace vnifc::conversion

@@ -16,13 +16,11 @@ constexpr std::string_view kWrapped = "a select says which type its value has";
 constexpr std::string_view kUnwrapped = "the attribute has one type only";
 constexpr std::string_view kOtherForm = "the attribute's type has another form";
 constexpr std::string_view kOneOnly = "the attribute holds one value";
+constexpr std::string_view kSeveral = "the attribute holds a list";
 constexpr std::string_view kTargetGone = "what it refers to is lost";
 constexpr std::string_view kWrongTarget = "the attribute may not refer to that entity";
 constexpr std::string_view kNoForm = "the value has no form in the attribute's type";
 constexpr std::string_view kTooFew = "too little of the list is left";
-
-/// Instances that stand in each other, more than any release has.
-constexpr unsigned kDeepest = 8;
 
 std::string upper(std::string_view text) {
     std::string result(text);
@@ -35,9 +33,8 @@ bool hasWord(const Type* type, const typed::EnumerationClass* words, std::string
     if (words)
         return words->fromLiteral(word) < words->literals.size();
     const VnIfcEnumerationType* enumeration = asEnumeration(type);
-    return enumeration && std::ranges::any_of(enumeration->literals(), [&](const VnAnsiString& each) {
-               return equalNames(each.view(), word);
-           });
+    return enumeration && std::ranges::any_of(enumeration->literals(),
+                                              [&](const VnAnsiString& each) { return equalNames(each.view(), word); });
 }
 
 /// The name under which a select takes a value of a type without a name.
@@ -61,8 +58,8 @@ std::string_view plainName(VnTypeCodeKind kind) noexcept {
 
 /// True for types that say nothing of the meaning of their values.
 bool isPlain(std::string_view name) noexcept {
-    constexpr std::string_view kPlain[] = {"",         "IfcReal",       "IfcInteger", "IfcBoolean",
-                                           "IfcLogical", "IfcLabel",    "IfcText",    "IfcIdentifier"};
+    constexpr std::string_view kPlain[] = {"",           "IfcReal",  "IfcInteger", "IfcBoolean",
+                                           "IfcLogical", "IfcLabel", "IfcText",    "IfcIdentifier"};
     return std::ranges::any_of(kPlain, [&](std::string_view each) { return equalNames(each, name); });
 }
 
@@ -80,6 +77,12 @@ void Conversion::tellPartLost(const Value& value, std::string_view reason) {
     m_isPartLost = true;
 }
 
+void Conversion::tellLost(std::string_view attribute, std::string_view reason) {
+    const Value& value = (*m_record)[attribute];
+    if (value.isSet())
+        tell(ConvertKind::kLostValue, attribute, shown(value), "", reason);
+}
+
 /// Makes the value fit; false, with m_reasonLost, when it cannot.
 bool Conversion::fit(Value& value, const Type* from, const Type* to, const typed::EnumerationClass* words) {
     m_reasonLost = kNoForm;
@@ -87,13 +90,19 @@ bool Conversion::fit(Value& value, const Type* from, const Type* to, const typed
         return true;
     if (const VnIfcAggregationType* aggregation = asAggregation(to))
         return fitAggregate(value, from, *aggregation);
-    if (value.is(Value::Kind::kReference) && expand(value, from))
-        return fit(value, from, to, words);
+    if (value.is(Value::Kind::kReference) && expand(value, from)) {
+        ++m_depth;
+        const bool fits = fit(value, from, to, words);
+        --m_depth;
+        return fits;
+    }
     if (value.is(Value::Kind::kList)) {
         if (value.items.empty())
             return false;
         for (std::size_t i = 1; i < value.items.size(); ++i)
             tellPartLost(value.items[i], kOneOnly);
+        if (value.items.size() == 1)
+            tell(ConvertKind::kChangedValue, m_attribute, shown(value), shown(value.items.front()), kOneOnly);
         Value only = std::move(value.items.front());
         value = std::move(only);
         const VnIfcAggregationType* list = asAggregation(from);
@@ -132,9 +141,11 @@ bool Conversion::expand(Value& value, const Type*& from) {
         values.push_back(inner.values[position]);
         from = inner.layout->fields[position].type;
     }
+    if (!values.front().isSet())
+        return false;
     tell(ConvertKind::kChangedValue, m_attribute, shown(value), shown(values.front()), plan.mapping.reason);
     value = values.size() == 1 ? values.front() : Value::list(std::move(values));
-    return value.isSet();
+    return true;
 }
 
 bool Conversion::fitAggregate(Value& value, const Type* from, const VnIfcAggregationType& to) {
@@ -147,8 +158,10 @@ bool Conversion::fitAggregate(Value& value, const Type* from, const VnIfcAggrega
     Values items;
     if (value.is(Value::Kind::kList))
         items = std::move(value.items);
-    else
+    else {
+        tell(ConvertKind::kChangedValue, m_attribute, shown(value), '(' + shown(value) + ')', kSeveral);
         items.push_back(std::move(value));
+    }
     value = Value::list({});
     // What was too short before is no fault of the conversion.
     const std::size_t enough = list ? items.size() : static_cast<std::size_t>(to.lowerBound().value());
@@ -192,7 +205,8 @@ bool Conversion::fitReference(Value& value, const Type* from, const Type* to) {
     const EntityType* type = typeInTarget(number);
     if (type && mayReferTo(to, *type))
         return true;
-    const EntityType* old = i < m_instances.size() && m_instances[i].plan ? m_instances[i].plan->source->entity : nullptr;
+    const EntityType* old =
+        i < m_instances.size() && m_instances[i].plan ? m_instances[i].plan->source->entity : nullptr;
     // What nobody knows, and what was wrong in the source already, is carried.
     if (i == m_instances.size() ? !type : !old)
         return true;
@@ -212,7 +226,8 @@ bool Conversion::coerce(Value& value, std::string_view from, const Type* to) {
             continue;
         const EntityType* entity = m_target.concrete(each.to);
         const bool isMember = asSelect(to) && (entity ? mayReferTo(to, *entity) : memberNamed(to, each.to) != nullptr);
-        if (!isMember && !equalNames(nameOf(to), each.to) && !(entity && asEntity(to) && entity->isKindOf(asEntity(to))))
+        if (!isMember && !equalNames(nameOf(to), each.to) &&
+            !(entity && asEntity(to) && entity->isKindOf(asEntity(to))))
             continue;
         Value made = each.compute(*this, *m_record, value);
         if (!made.isSet())
@@ -237,7 +252,8 @@ bool Conversion::wrap(Value& value, const EntityType& type, const Type* to) {
         if (!list || !mayReferTo(list->elementType(), type))
             continue;
         const Value made = make(std::string(layout.keyword) + "((#" + std::to_string(value.number) + "))", true);
-        tell(ConvertKind::kChangedValue, m_attribute, shown(value), shown(made), "styles were assigned by an instance between");
+        tell(ConvertKind::kChangedValue, m_attribute, shown(value), shown(made),
+             "styles were assigned by an instance between");
         value = made;
         return true;
     }
@@ -271,7 +287,7 @@ bool Conversion::fitSelect(Value& value, const Type* from, const Type* to) {
         return true;
     for (const std::string_view wanted : {name, from ? plainName(from->kind()) : std::string_view()}) {
         const Type* member = wanted.empty() ? nullptr : memberNamed(to, wanted);
-        if (!member || !fit(value, from, member))
+        if (!member || asEntity(member) || !fit(value, from, member))
             continue;
         const std::string before = shown(value);
         value = Value::typed(wanted, std::move(value));
@@ -288,8 +304,8 @@ bool Conversion::fitTyped(Value& value, const Type* to) {
     const Type* old = m_source.schema().namedType(value.text);
     if (coerce(value, value.text, to))
         return true;
-    const bool isSame = equalNames(value.text, nameOf(to)) || asEnumeration(to) || value.items.front().is(Value::Kind::kList) ||
-                        value.items.front().is(Value::Kind::kReference);
+    const bool isSame = equalNames(value.text, nameOf(to)) || asEnumeration(to) ||
+                        value.items.front().is(Value::Kind::kList) || value.items.front().is(Value::Kind::kReference);
     m_reasonLost = kUnwrapped;
     if (!isSame && !isPlain(nameOf(to)))
         return false;
@@ -306,6 +322,7 @@ bool Conversion::fitLiteral(Value& value, const Type* from, const Type* to, cons
     if (!value.is(Value::Kind::kLiteral) && !value.is(Value::Kind::kString))
         return false;
     const std::string word = upper(value.content());
+    words = words ? words : m_target.words(nameOf(to));
     if (hasWord(to, words, word)) {
         if (value.is(Value::Kind::kString))
             value = Value::literal(word);
@@ -356,7 +373,8 @@ bool Conversion::fitSimple(Value& value, const Type* from, const Type* to) {
         break;
     case VnTypeCodeKind::kInteger: {
         constexpr double kLargest = 2147483646.0;
-        if (!value.toReal(number) || number != static_cast<double>(static_cast<std::int64_t>(std::clamp(number, -kLargest, kLargest))))
+        if (!value.toReal(number) ||
+            number != static_cast<double>(static_cast<std::int64_t>(std::clamp(number, -kLargest, kLargest))))
             return false;
         value = Value::integer(static_cast<std::int64_t>(number));
         break;
@@ -366,7 +384,7 @@ bool Conversion::fitSimple(Value& value, const Type* from, const Type* to) {
         return value.is(Value::Kind::kLiteral) &&
                (value.text == "T" || value.text == "F" || (value.text == "U" && kind == VnTypeCodeKind::kLogical));
     default:
-        return from && from->kind() == kind;
+        return value.is(Value::Kind::kBinary) && kind == VnTypeCodeKind::kBinary;
     }
     if (value.text != before.text)
         tell(ConvertKind::kChangedValue, m_attribute, shown(before), shown(value), kOtherForm);

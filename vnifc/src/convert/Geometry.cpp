@@ -1,12 +1,14 @@
 #include "Computed.h"
 #include "Conversion.h"
 
-#include <VnIfcCore/VnIfcEntityBase.h>
+#include <algorithm>
 
 // Shapes that a release says in other entities.
 namespace vnifc::conversion {
 
 namespace {
+
+constexpr std::string_view kNoFace = "the face has fewer than three points";
 
 std::string textOf(const Value& value) {
     std::string text;
@@ -52,14 +54,20 @@ Value pointIndex(const Value& own, const Value& index) {
     return own.items[static_cast<std::size_t>(number) - 1];
 }
 
+/// A loop through the points, each once; empty when fewer than three are left.
 std::string boundOf(Points& points, const Value& own, const Value& indices, bool isOuter) {
-    std::string loop;
+    constexpr std::size_t kLeast = 3;
+    std::vector<std::string> corners;
     for (const Value& index : indices.items) {
         const std::string point = points.at(pointIndex(own, index));
-        if (point.empty())
-            return {};
-        loop += (loop.empty() ? "" : ",") + point;
+        if (!point.empty() && std::ranges::find(corners, point) == corners.end())
+            corners.push_back(point);
     }
+    if (corners.size() < kLeast)
+        return {};
+    std::string loop;
+    for (const std::string& point : corners)
+        loop += (loop.empty() ? "" : ",") + point;
     return std::string(isOuter ? "IFCFACEOUTERBOUND" : "IFCFACEBOUND") + "(IFCPOLYLOOP((" + loop + ")),.T.)";
 }
 
@@ -111,8 +119,9 @@ Value facesOfTriangles(Conversion& conversion, const Record& record, const Value
     for (const Value& each : record["CoordIndex"].items) {
         const std::string bound = boundOf(points, record["PnIndex"], each, true);
         if (bound.empty())
-            return {};
-        faces.push_back(conversion.make("IFCFACE((" + bound + "))"));
+            conversion.tellPartLost(each, kNoFace);
+        else
+            faces.push_back(conversion.make("IFCFACE((" + bound + "))"));
     }
     return faceSet(conversion, faces);
 }
@@ -123,8 +132,10 @@ Value facesOfPolygons(Conversion& conversion, const Record& record, const Value&
     for (const Value& each : record["Faces"].items) {
         const Record face = conversion.record(each);
         std::string bounds = boundOf(points, record["PnIndex"], face["CoordIndex"], true);
-        if (bounds.empty())
-            return {};
+        if (bounds.empty()) {
+            conversion.tellPartLost(each, kNoFace);
+            continue;
+        }
         for (const Value& inner : face["InnerCoordIndices"].items) {
             const std::string bound = boundOf(points, record["PnIndex"], inner, false);
             bounds += bound.empty() ? "" : ',' + bound;
@@ -155,7 +166,8 @@ Value pointsOfIndexedCurve(Conversion& conversion, const Record& record, const V
             return {};
         found.push_back(point.front());
     }
-    return found.empty() ? Value() : Value::list(std::move(found));
+    constexpr std::size_t kLeast = 2;
+    return found.size() < kLeast ? Value() : Value::list(std::move(found));
 }
 
 /// The parameter at the end of a directrix, for curves whose parameters count their pieces.

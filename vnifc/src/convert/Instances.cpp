@@ -18,7 +18,9 @@ constexpr std::string_view kDemanded = "the release demands a value";
 constexpr std::string_view kOwnFault = "its own release cannot take it either";
 constexpr std::string_view kSurplus = "more parameters than its own release has";
 constexpr std::string_view kNoWord = "no attribute is free to take the word";
-constexpr std::string_view kOnlyOne = "the release allows one such relationship for an instance";
+
+/// The placeholder for an attribute of another instance.
+constexpr std::string_view kValueOf = "@value.";
 
 /// Attributes that take a word for which an enumeration has no literal, by preference.
 constexpr std::string_view kWordAttributes[] = {"ObjectType", "ElementType", "ProcessType", "ResourceType"};
@@ -54,7 +56,8 @@ void Conversion::forget(std::size_t findings) {
     m_isPartLost = false;
 }
 
-void Conversion::convertInstance(std::size_t i) {
+/// `refusal` is why the instance cannot be what it was.
+void Conversion::convertInstance(std::size_t i, std::string_view refusal) {
     const Instance& instance = m_instances[i];
     m_outcomes[i] = {};
     m_outcome = &m_outcomes[i];
@@ -69,27 +72,38 @@ void Conversion::convertInstance(std::size_t i) {
         m_outcome->state = State::kAbsorbed;
         return tell(ConvertKind::kAbsorbed, {}, {}, {}, mapping.reason);
     }
-    m_reasonLost = mapping.reason;
-    if (mapping.target && convertTo(record, *instance.plan))
-        return;
-    if (mapping.target)
-        for (const Mapping& retreat : retreats(*instance.plan)) {
-            const std::string reason(m_reasonLost);
-            *m_outcome = {};
-            if (convertTo(record, planTo(*instance.plan, retreat)))
-                return;
-        }
+    m_reasonLost = refusal.empty() ? mapping.reason : refusal;
+    std::vector<Mapping> ways;
+    if (mapping.target) {
+        ways = retreats(*instance.plan);
+        ways.insert(ways.begin(), mapping);
+    }
+    for (const Mapping& way : ways) {
+        // What was refused once would be so again, for less and less is left.
+        if (m_refused.contains({record.number, way.target}))
+            continue;
+        *m_outcome = {};
+        if (convertTo(record, way.target == mapping.target ? *instance.plan : planTo(*instance.plan, way)))
+            return;
+        m_refused.emplace(record.number, way.target);
+    }
     *m_outcome = {};
     m_outcome->state = State::kLost;
     m_gone.insert(instance.number);
     tell(ConvertKind::kLostInstance, m_attribute, {}, {}, m_reasonLost);
 }
 
-/// What objects and their types can still be when the target demands what they do not have.
+/// What instances can still be when the target demands what they do not have: what other lines of the table say;
+/// objects and their types also whatever they descend from.
 std::vector<Mapping> Conversion::retreats(const Plan& plan) const {
     constexpr std::string_view kReason = "the release demands more of such an instance than there is";
     std::vector<Mapping> result;
     const EntityType& tried = *plan.target->entity;
+    for (const EntityCase& each : entityCases()) {
+        const EntityType* other = equalNames(each.entity, plan.source->name) ? m_target.concrete(each.other) : nullptr;
+        if (other && other != &tried)
+            result.push_back({Mapping::Way::kRenamed, other, &each, nullptr, each.reason});
+    }
     if (!isNamed(tried, "IfcObject") && !isNamed(tried, "IfcTypeObject"))
         return result;
     for (const EntityType* super = tried.supertype(); super; super = super->supertype()) {
@@ -113,12 +127,15 @@ bool Conversion::convertTo(const Record& record, const Plan& plan) {
              std::string(plan.source->name), std::string(plan.target->name), plan.mapping.reason);
     compute(record, plan, draft);
     carry(record, plan, draft);
+    tellFolded(record, plan);
     takeFolds(record, draft);
     assign(plan, draft);
     keepWords(plan, draft);
     keepRest(record, draft);
     if (!fill(record, plan, draft))
         return false;
+    for (const typed::UniqueRule* rule : plan.uniques)
+        keepUnique(*rule, draft);
     m_outcome->text.assign(plan.target->keyword);
     m_outcome->text += '(';
     write(m_outcome->text, draft.values);
@@ -134,7 +151,8 @@ bool Conversion::convertTo(const Record& record, const Plan& plan) {
 void Conversion::carry(const Record& record, const Plan& plan, Draft& draft) {
     const auto carryThose = [&](bool moved) {
         for (std::size_t i = 0; i < plan.steps.size(); ++i)
-            if (record.values[i].isSet() && !plan.steps[i].isConsumed && (plan.steps[i].attributeCase != nullptr) == moved)
+            if (record.values[i].isSet() && !plan.steps[i].isConsumed &&
+                (plan.steps[i].attributeCase != nullptr) == moved)
                 carryField(record, plan, i, draft);
     };
     carryThose(false); // whoever keeps its name goes first
@@ -161,7 +179,10 @@ void Conversion::carryField(const Record& record, const Plan& plan, std::size_t 
     forEachReference(value, [&](std::uint64_t number) {
         isAsPlanned = isAsPlanned && !m_gone.contains(number) && !m_others.contains(number);
     });
+    const bool isKept = isKeptText(record, position);
     if (isAsPlanned || fitField(record, plan, position, value)) {
+        if (isKept)
+            tell(ConvertKind::kKeptText, from.name, shown(record.values[position]), shown(value), kOwnFault);
         draft.values[step.target] = std::move(value);
         if (step.attributeCase)
             tell(ConvertKind::kMovedAttribute, from.name, shown(record.values[position]), std::string(to.name),
@@ -173,49 +194,29 @@ void Conversion::carryField(const Record& record, const Plan& plan, std::size_t 
     m_rest.push_back({position, reason});
 }
 
+/// True for a value that the source's own release could not take. Binary values are always kept as text.
+bool Conversion::isKeptText(const Record& record, std::size_t position) const {
+    const Field& field = record.layout->fields[position];
+    return field.kind() != typed::AttributeKind::kBinary && !field.row->isBinary &&
+           m_instances[find(record.number)].object->keepsText(static_cast<unsigned>(position));
+}
+
 bool Conversion::fitField(const Record& record, const Plan& plan, std::size_t position, Value& value) {
     const Field& from = plan.source->fields[position];
     const Field& to = plan.target->fields[plan.steps[position].target];
     const std::size_t told = m_outcome->findings.size();
+    m_isPartLost = false;
     const bool fits = fit(value, from.type, to.type, to.enumeration());
-    const std::size_t i = find(record.number);
-    // Binary values are always kept as text.
-    const bool isKept = from.kind() != typed::AttributeKind::kBinary && !from.row->isBinary &&
-                        m_instances[i].object->keepsText(static_cast<unsigned>(position));
-    if (isKept && (!fits || m_isPartLost)) {
+    if (isKeptText(record, position) && (!fits || m_isPartLost)) {
         forget(told);
         value = record.values[position];
-        tell(ConvertKind::kKeptText, from.name, shown(value), shown(value), kOwnFault);
         return true;
     }
     if (!fits)
         return false;
     limit(*plan.target->entity, to.name, value);
-    m_reasonLost = kOnlyOne;
     return value.isSet() && !(value.is(Value::Kind::kList) && value.items.empty() &&
                               record.values[position].items.size() != 0 && !allowsEmpty(to));
-}
-
-/// Takes out references to instances that another one claimed before, where only one may.
-void Conversion::limit(const EntityType& entity, std::string_view attribute, Value& value) {
-    for (const Limit& each : limitsOf(entity, attribute)) {
-        const auto isTaken = [&](const Value& item) {
-            const EntityType* type = item.is(Value::Kind::kReference) ? typeInTarget(item.number) : nullptr;
-            if (!type || !type->isKindOf(each.owner))
-                return false;
-            std::uint64_t& claim = m_claims.try_emplace({each.inverse, item.number}, m_record->number).first->second;
-            if (m_gone.contains(claim))
-                claim = m_record->number;
-            if (claim == m_record->number)
-                return false;
-            tellPartLost(item, kOnlyOne);
-            return true;
-        };
-        if (value.is(Value::Kind::kList))
-            std::erase_if(value.items, isTaken);
-        else if (isTaken(value))
-            value = Value::unset();
-    }
 }
 
 void Conversion::compute(const Record& record, const Plan& plan, Draft& draft) {
@@ -238,7 +239,7 @@ void Conversion::compute(const Record& record, const Plan& plan, Draft& draft) {
         if (value.isSet() && !value.is(Value::Kind::kList) && asAggregation(type))
             value = Value::list({std::move(value)});
         if (value.isSet()) {
-            tell(ConvertKind::kMovedAttribute, first, shown(before), std::string(each->other), each->reason);
+            tellTaken(record, plan, *each);
             isTaken.insert(first);
         } else if (before.isSet()) {
             isLeft.emplace(first, each->reason);
@@ -250,6 +251,32 @@ void Conversion::compute(const Record& record, const Plan& plan, Draft& draft) {
         if (!isTaken.contains(attribute))
             tellPartLost(record[attribute], reason);
     }
+}
+
+/// Tells of the attributes that went into a value, unless the function told of them itself.
+void Conversion::tellTaken(const Record& record, const Plan& plan, const AttributeCase& line) {
+    std::string_view names = line.attribute;
+    while (!names.empty()) {
+        const std::string_view name = names.substr(0, names.find(','));
+        names.remove_prefix(std::min(name.size() + 1, names.size()));
+        const std::size_t position = plan.source->find(name);
+        const bool isTold = std::ranges::any_of(m_outcome->findings,
+                                                [&](const ConvertFinding& each) { return each.attribute == name; });
+        if (position != Layout::kNone && record.values[position].isSet() && !isTold)
+            tell(ConvertKind::kMovedAttribute, name, shown(record.values[position]), std::string(line.other),
+                 line.reason);
+    }
+}
+
+/// Tells of what instances at the other end take over.
+void Conversion::tellFolded(const Record& record, const Plan& plan) {
+    for (const FoldCase* each : plan.folds)
+        for (const std::string_view name : {each->owner, each->value}) {
+            const std::size_t position = plan.source->find(name);
+            if (position != Layout::kNone && plan.steps[position].isConsumed && record.values[position].isSet())
+                tell(ConvertKind::kMovedAttribute, name, shown(record.values[position]), std::string(each->attribute),
+                     each->reason);
+        }
 }
 
 void Conversion::takeFolds(const Record& record, Draft& draft) {
@@ -287,10 +314,15 @@ void Conversion::assign(const Plan& plan, Draft& draft) {
         const std::size_t end = std::min(rest.find(';'), rest.size());
         const std::string_view one = rest.substr(0, end);
         rest.remove_prefix(std::min(end + 1, rest.size()));
-        Value* place = draft.find(one.substr(0, one.find('=')));
+        const std::size_t position = draft.layout->find(one.substr(0, one.find('=')));
         Values values;
-        if (place && !place->isSet() && parseList(one.substr(one.find('=') + 1), values))
-            *place = values.front();
+        if (position == Layout::kNone || draft.values[position].isSet() ||
+            !parseList(one.substr(one.find('=') + 1), values))
+            continue;
+        const Field& field = draft.layout->fields[position];
+        m_attribute = m_targetAttribute = field.name;
+        if (fit(values.front(), nullptr, field.type, field.enumeration()))
+            draft.values[position] = values.front();
     }
 }
 
@@ -313,6 +345,29 @@ void Conversion::keepWords(const Plan& plan, Draft& draft) {
         if (plan.mapping.way != Mapping::Way::kGeneralised || word != plan.source->name)
             tell(ConvertKind::kLostValue, attribute, '.' + word + '.', "", kNoWord);
     }
+}
+
+/// Gives a text that another instance has already the number of the instance, where the target demands different ones.
+void Conversion::keepUnique(const typed::UniqueRule& rule, Draft& draft) {
+    constexpr std::string_view kReason = "no two instances may have the same";
+    std::string values;
+    Value* last = nullptr;
+    for (const typed::AttributeRow* row : rule.attributes) {
+        Value* value = draft.find(row->name);
+        if (!value || !value->isSet())
+            return;
+        write(values, *value);
+        if (value->is(Value::Kind::kString)) {
+            last = value;
+            m_attribute = row->name;
+        }
+    }
+    const std::uint64_t owner = m_uniques.try_emplace({&rule, values}, m_record->number).first->second;
+    if (owner == m_record->number || !last)
+        return;
+    const Value other = Value::string(std::string(last->content()) + " #" + std::to_string(m_record->number));
+    tell(ConvertKind::kChangedValue, m_attribute, shown(*last), shown(other), kReason);
+    *last = other;
 }
 
 bool Conversion::fill(const Record& record, const Plan& plan, Draft& draft) {
@@ -388,27 +443,41 @@ Value Conversion::valueOfPlaceholder(const Value& value) {
         return Value::reference(m_record->number);
     if (value.text == "@number")
         return Value::string('#' + std::to_string(m_record->number));
+    if (value.text == "@value")
+        return m_value;
+    if (value.text.starts_with(kValueOf))
+        return copiedAttribute(std::string_view(value.text).substr(kValueOf.size()));
+    if (value.text == "@whole")
+        return wholeOf(m_record->number);
     return value;
 }
 
 Value Conversion::build(const Value& value, bool shared) {
     if (value.is(Value::Kind::kOpaque))
         return valueOfPlaceholder(value);
+    auto& created = shared ? m_sharedTexts : m_outcome->created;
+    const std::size_t before = created.size();
     Value result = value;
     for (Value& each : result.items)
         each = build(each, shared);
     const EntityType* type = value.is(Value::Kind::kTyped) ? m_target.concrete(value.text) : nullptr;
     if (!type)
         return result;
+    const Layout& layout = m_target.layout(*type);
+    // Later releases append attributes.
+    result.items.resize(std::max(result.items.size(), layout.fields.size()));
+    for (std::size_t i = 0; i < layout.fields.size(); ++i)
+        if (!layout.fields[i].isOptional && result.items[i].is(Value::Kind::kUnset)) {
+            created.resize(before); // what it lacks is lost, so that there is no use in it
+            return {};
+        }
     const std::uint64_t number = m_nextNumber++;
     m_others[number] = type;
-    // Later releases append attributes.
-    result.items.resize(std::max(result.items.size(), m_target.layout(*type).fields.size()));
-    std::string text(m_target.layout(*type).keyword);
+    std::string text(layout.keyword);
     text += '(';
     write(text, result.items);
     text += ')';
-    (shared ? m_sharedTexts : m_outcome->created).emplace_back(number, std::move(text));
+    created.emplace_back(number, std::move(text));
     return Value::reference(number);
 }
 

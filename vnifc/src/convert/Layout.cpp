@@ -1,8 +1,12 @@
 #include "Layout.h"
 
 #include <VnIfcCore/VnIfcDefinedType.h>
+#include <VnIfcCore/VnIfcVariant.h>
+#include <VnIfcCore/VnIfcVariantTypeSelect.h>
+#include <VnIfcTyped/Select.h>
 
 #include <algorithm>
+#include <memory>
 
 namespace vnifc::conversion {
 
@@ -46,8 +50,34 @@ const Layout& Release::layout(const EntityType& entity) {
         if (const VnIfcAttributeDefinition* attribute = entity.findAttribute(row->name))
             field.type = attribute->type();
         layout.fields.push_back(field);
+        if (row->kind == typed::AttributeKind::kSelect)
+            learnWords(entity, field);
     }
     return layout;
+}
+
+/// The classes of enumerations in selects are known to the select's class, which an instance has.
+void Release::learnWords(const EntityType& entity, const Field& field) {
+    bool hasEnumeration = false;
+    forEachMember(field.type, [&](const Type& member) { hasEnumeration = hasEnumeration || asEnumeration(&member); });
+    VnIfcVariant value;
+    const std::unique_ptr<VnIfcEntityBase> instance(hasEnumeration ? entity.create() : nullptr);
+    if (!instance || !instance->getAttr(VnAnsiString(field.name), value))
+        return;
+    const auto* type = dynamic_cast<const VnIfcSelectVariantType*>(value.type());
+    const auto* select = dynamic_cast<const typed::Select*>(type ? type->selectIn(value) : nullptr);
+    if (!select)
+        return;
+    for (const typed::SelectMember& member : select->selectClass().members)
+        if (member.enumeration)
+            m_words.emplace_back(member.name->view(), member.enumeration);
+}
+
+const typed::EnumerationClass* Release::words(std::string_view enumeration) const {
+    for (const auto& [name, words] : m_words)
+        if (equalNames(name, enumeration))
+            return words;
+    return nullptr;
 }
 
 std::string_view nameOf(const EntityType& entity) noexcept { return entity.entityClass()->name; }

@@ -11,6 +11,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 /// What conversion asks a schema: parameter lists, types and what belongs to what.
@@ -63,10 +64,15 @@ public:
     /// The entity if instances of it may be made.
     const EntityType* concrete(std::string_view name) const noexcept;
     const Layout& layout(const EntityType& entity);
+    /// The literals that an enumeration in a select has; null for one that no select of a known layout has.
+    const VN_SDAI::typed::EnumerationClass* words(std::string_view enumeration) const;
 
 private:
+    void learnWords(const EntityType& entity, const Field& field);
+
     const VN_SDAI::VnIfcSchema& m_schema;
     std::unordered_map<const EntityType*, Layout> m_layouts;
+    std::vector<std::pair<std::string, const VN_SDAI::typed::EnumerationClass*>> m_words; ///< few
 };
 
 /// "IfcWall".

@@ -48,22 +48,6 @@ bool demandsDifferent(const VnIfcAggregationType& type) {
     return dynamic_cast<const VnIfcSetType*>(&type) || (list && list->isUnique());
 }
 
-bool isSingle(const typed::InverseRow& inverse) noexcept {
-    return inverse.attribute.kind == typed::AttributeKind::kReference || inverse.upper == 1;
-}
-
-/// True when the entity, if there is one, has such an inverse attribute, for one instance as well. It may have another
-/// name, or count instances of a supertype too.
-bool hasSingle(const EntityType* entity, const typed::InverseRow& inverse) noexcept {
-    for (; entity; entity = entity->supertype())
-        for (const typed::InverseRow& each : entity->entityClass()->inverses)
-            if (isSingle(each) && equalNames(each.inverted, inverse.inverted) &&
-                (equalNames(each.attribute.typeText, inverse.attribute.typeText) ||
-                 equalNames(each.attribute.name, inverse.attribute.name)))
-                return true;
-    return false;
-}
-
 } // namespace
 
 const Mapping& Conversion::mappingOf(const EntityType& entity) {
@@ -137,6 +121,7 @@ void Conversion::planSteps(Plan& plan) {
     if (!plan.target)
         return;
     planComputed(plan);
+    planUniques(plan);
     for (std::size_t i = 0; i < plan.steps.size(); ++i) {
         const Field& field = plan.source->fields[i];
         Step& step = plan.steps[i];
@@ -202,10 +187,27 @@ void Conversion::planFolds(Plan& plan) {
     }
 }
 
+void Conversion::planUniques(Plan& plan) const {
+    const auto isOfSource = [&](const typed::UniqueRule& rule) {
+        for (const typed::EntityClass* each = plan.source->entity->entityClass(); each; each = each->supertype)
+            for (const typed::UniqueRule& other : each->uniques)
+                if (std::ranges::equal(
+                        other.attributes, rule.attributes, equalNames,
+                        [](const auto* row) { return std::string_view(row->name); },
+                        [](const auto* row) { return std::string_view(row->name); }))
+                    return true;
+        return false;
+    };
+    for (const typed::EntityClass* each = plan.target->entity->entityClass(); each; each = each->supertype)
+        for (const typed::UniqueRule& rule : each->uniques)
+            if (!isOfSource(rule))
+                plan.uniques.push_back(&rule);
+}
+
 bool Conversion::isVerbatim(const Plan& plan) {
     const bool isOther = plan.mapping.way != Mapping::Way::kSame &&
                          !(plan.mapping.way == Mapping::Way::kRenamed && plan.mapping.entityCase->assignments.empty());
-    if (isOther || !plan.computed.empty() || plan.steps.size() != plan.target->fields.size())
+    if (isOther || !plan.computed.empty() || !plan.uniques.empty() || plan.steps.size() != plan.target->fields.size())
         return false;
     for (std::size_t i = 0; i < plan.steps.size(); ++i)
         if (plan.steps[i].target != i || !plan.steps[i].isSafe || plan.steps[i].attributeCase)
@@ -266,21 +268,6 @@ bool Conversion::isClosed(const Type& from, const Type& to) {
             continue;
         const Mapping& mapping = mappingOf(each);
         place->second = mapping.target && mayReferTo(&to, *mapping.target);
-    }
-    return place->second;
-}
-
-/// Inverse attributes of the target that at most one instance may fill by this attribute, where the source allows more.
-const std::vector<Conversion::Limit>& Conversion::limitsOf(const EntityType& entity, std::string_view attribute) {
-    const auto [place, isNew] = m_limits.try_emplace({&entity, std::string(attribute)});
-    if (!isNew)
-        return place->second;
-    for (std::size_t i = 0; i < m_target.schema().entityCount(); ++i) {
-        const EntityType& owner = *m_target.schema().entityAt(i);
-        for (const typed::InverseRow& inverse : owner.entityClass()->inverses)
-            if (isSingle(inverse) && equalNames(inverse.inverted, attribute) &&
-                isNamed(entity, inverse.attribute.typeText) && !hasSingle(m_source.entity(nameOf(owner)), inverse))
-                place->second.push_back({&inverse, &owner});
     }
     return place->second;
 }

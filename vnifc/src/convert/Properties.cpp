@@ -16,6 +16,13 @@ const PropertyCase* propertyCaseFor(const EntityType& entity, std::string_view a
     return nullptr;
 }
 
+const RedundantCase* redundantCaseFor(const EntityType& entity, std::string_view attribute) noexcept {
+    for (const RedundantCase& each : redundantCases())
+        if (equalNames(each.attribute, attribute) && isNamed(entity, each.entity))
+            return &each;
+    return nullptr;
+}
+
 std::string textOf(const Value& value) {
     std::string text;
     write(text, value);
@@ -36,6 +43,10 @@ void Conversion::keepRest(const Record& record, Draft& draft) {
         const Field& field = record.layout->fields[rest.position];
         m_attribute = m_targetAttribute = field.name;
         const PropertyCase* line = propertyCaseFor(*record.layout->entity, field.name);
+        if (const RedundantCase* redundant = redundantCaseFor(*record.layout->entity, field.name)) {
+            tell(ConvertKind::kAbsorbed, field.name, shown(record.values[rest.position]), "", redundant->reason);
+            continue;
+        }
         std::string text = propertyOf(line ? line->property : field.name, record.values[rest.position], field.type);
         if (text.empty())
             tell(ConvertKind::kLostValue, field.name, shown(record.values[rest.position]), "", rest.reason);
@@ -77,6 +88,8 @@ std::string Conversion::propertyOf(std::string_view name, const Value& value, co
         const EntityType* type = typeInTarget(value.number);
         if (type && mayReferTo(references, *type))
             text = "IFCPROPERTYREFERENCEVALUE" + head + "$," + textOf(kept) + ")";
+        else if (std::string complex = complexPropertyOf(name, value); !complex.empty())
+            text = std::move(complex);
         else if (!type && fit(kept, from, values) && kept.is(Value::Kind::kTyped))
             text = "IFCPROPERTYSINGLEVALUE" + head + textOf(kept) + ",$)";
     } else if (fit(kept, from, values) && kept.is(Value::Kind::kTyped)) {
@@ -86,6 +99,34 @@ std::string Conversion::propertyOf(std::string_view name, const Value& value, co
     if (text.empty())
         m_outcome->created.resize(made);
     return text;
+}
+
+/// The text of a complex property that says what the instance says; empty when it has nothing that can be a property.
+/// For instances that stand in others, and for the points and directions that these refer to.
+std::string Conversion::complexPropertyOf(std::string_view name, const Value& value) {
+    const Record inner = record(value);
+    const std::size_t i = find(value.number);
+    const bool stands = inner.layout && (m_instances[i].plan->mapping.way == Mapping::Way::kInlined ||
+                                         (m_depth > 0 && inner.layout->fields.size() == 1));
+    if (!stands || m_depth == kDeepest)
+        return {};
+    ++m_depth;
+    std::string properties;
+    for (std::size_t k = 0; k < inner.layout->fields.size(); ++k) {
+        const Field& field = inner.layout->fields[k];
+        if (!inner.values[k].isSet())
+            continue;
+        const std::string text = propertyOf(field.name, inner.values[k], field.type);
+        if (text.empty())
+            tellPartLost(inner.values[k], "what it refers to cannot be a property");
+        else
+            properties += (properties.empty() ? "" : ",") + text;
+    }
+    --m_depth;
+    if (properties.empty())
+        return {};
+    return "IFCCOMPLEXPROPERTY('" + std::string(name) + "',$,'" + std::string(inner.layout->name) + "',(" + properties +
+           "))";
 }
 
 /// Puts properties where such an instance has them; false when it can have none.
@@ -108,7 +149,8 @@ bool Conversion::keepProperties(Draft& draft, std::string_view set, const std::s
     for (const auto& [entity, holder] : {std::pair{"IfcProfileDef", "IfcProfileProperties"},
                                          std::pair{"IfcMaterialDefinition", "IfcMaterialProperties"}}) {
         const EntityType* type = m_target.concrete(holder);
-        if (type && isNamed(*draft.layout->entity, entity) && m_target.layout(*type).find("Properties") != Layout::kNone)
+        if (type && isNamed(*draft.layout->entity, entity) &&
+            m_target.layout(*type).find("Properties") != Layout::kNone)
             return make(std::string(m_target.layout(*type).keyword) + '(' + named + ",@self)").isSet();
     }
     return false;

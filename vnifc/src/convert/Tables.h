@@ -6,8 +6,9 @@
 
 /// What differs between the releases, as data: one line a case, with the reason that users are told.
 ///
-/// A case applies where the target lacks what the source has, so that a line says nothing of releases, serves every pair
-/// of them, and in both directions where it has no function. What has the same name in both releases needs no line.
+/// A case applies where the target lacks what the source has, so that a line says nothing of releases, serves every
+/// pair of them, and in both directions where it has no function. What has the same name in both releases needs no
+/// line.
 namespace vnifc::conversion {
 
 class Conversion;
@@ -58,9 +59,16 @@ struct DefaultCase {
     Compute compute = nullptr;
 };
 
-/// Instances that stand in what refers to them: in their place comes the value of `attribute`, or of several with commas
-/// between them. Without one, a coercion makes the value.
+/// Instances that stand in what refers to them: in their place comes the value of `attribute`, or of several with
+/// commas between them. Without one, a coercion makes the value, or it becomes a property.
 struct InlineCase {
+    std::string_view entity;
+    std::string_view attribute;
+    std::string_view reason;
+};
+
+/// An attribute whose value follows from others, so that nothing is lost with it.
+struct RedundantCase {
     std::string_view entity;
     std::string_view attribute;
     std::string_view reason;
@@ -97,6 +105,22 @@ struct FoldCase {
     std::string_view reason;
 };
 
+/// An instance that says the same as one that only one may refer to, made for each further reference. @value stands
+/// for the one, @value.Name for an attribute of it.
+struct CopyCase {
+    std::string_view entity;
+    std::string_view value;
+};
+
+/// What is added where the target demands that something refers to an instance, by the inverse attribute of that name.
+/// @whole stands for what the instance is nested in or aggregated by.
+struct RequiredCase {
+    std::string_view entity;
+    std::string_view inverse;
+    std::string_view value;
+    std::string_view reason;
+};
+
 /// The name under which an attribute without counterpart becomes a property. Without a line it keeps its own.
 struct PropertyCase {
     std::string_view entity;
@@ -111,10 +135,13 @@ std::span<const AttributeCase> attributeCases() noexcept;
 std::span<const LiteralCase> literalCases() noexcept;
 std::span<const DefaultCase> defaultCases() noexcept;
 std::span<const InlineCase> inlineCases() noexcept;
+std::span<const RedundantCase> redundantCases() noexcept;
 std::span<const WrapCase> wrapCases() noexcept;
 std::span<const CoercionCase> coercionCases() noexcept;
 std::span<const RetypeCase> retypeCases() noexcept;
 std::span<const FoldCase> foldCases() noexcept;
+std::span<const CopyCase> copyCases() noexcept;
+std::span<const RequiredCase> requiredCases() noexcept;
 std::span<const PropertyCase> propertyCases() noexcept;
 
 } // namespace vnifc::conversion
