@@ -55,6 +55,8 @@ fs::path corpus() {
 
 std::vector<fs::path> corpusFiles() {
     std::vector<fs::path> files;
+    if (!fs::is_directory(corpus()))
+        return files;
     for (const auto& entry : fs::directory_iterator(corpus()))
         if (entry.path().extension() == ".ifc")
             files.push_back(entry.path());
