@@ -26,6 +26,13 @@ enum class VnSpfProblem : std::uint8_t {
     kNotRead,    ///< a value that the schema library leaves unread by design
 };
 
+/// What was accepted although the file should have said it in another way.
+enum class VnSpfAccepted : std::uint8_t {
+    kBareElement,   ///< a bare value in place of a list of one
+    kEqualElements, ///< equal elements of a set, which holds each once
+    kEmptyForm,     ///< no elements as "$" where "()" would be written, or the other way round
+};
+
 /// Why a value could not be written as it is held.
 enum class VnSpfUnwritable : std::uint8_t {
     kForeignReference, ///< an instance of another model, whose number means another one here; "$" is written
@@ -104,9 +111,9 @@ public:
     bool openAggregate(bool separated, bool isBinary, bool optional = true);
     /// Ends it; what could not be `read` does not fit.
     void closeAggregate(bool read);
-    /// Tells how an aggregate, which turned out to have no elements, will be written: the file may say it in the other
-    /// way.
-    void leaveEmpty(bool writtenAsUnset);
+    /// To be called for an aggregate that turned out to have no elements, with the form in which it will be written:
+    /// the file may have the other one.
+    void compareEmptyForm(bool writtenAsUnset);
 
     // Reading: elements of aggregates; "$" reads as the unset value
     bool rdPrimitive(double& value, bool separated);
@@ -120,10 +127,8 @@ public:
     /// Moves behind the next such character of this parameter list; false when there is none.
     bool ignoreUntilComments(char character, bool);
     VnSpfReadHelper& helper() noexcept { return m_helper; }
-    /// Told by the field layer of what it accepted although it was not as it should be: (1, 2) is a bare value in place
-    /// of a list of one, (1, 3) are equal elements of a set, which holds each once, (1, 4) is no element in other
-    /// words.
-    virtual void notify(int what, int how);
+    /// Called by the field layer for what it accepted although it was not as it should be.
+    virtual void onAccepted(VnSpfAccepted what);
     /// The parameter at hand does not fit its attribute; its text is kept.
     void misfit(VnSpfProblem problem);
 

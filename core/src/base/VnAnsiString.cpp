@@ -1,4 +1,5 @@
 #include <VnIfcCore/VnAnsiString.h>
+#include <VnIfcCore/VnAscii.h>
 
 #include <limits>
 #include <stdexcept>
@@ -7,9 +8,7 @@ namespace VN_SDAI {
 
 namespace {
 
-constexpr unsigned char lower(char c) noexcept {
-    return static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
-}
+constexpr unsigned char lower(char c) noexcept { return static_cast<unsigned char>(vnLower(c)); }
 
 char* newText(std::size_t length) {
     if (length > std::numeric_limits<std::uint32_t>::max())

@@ -172,12 +172,13 @@ void SpfInstanceReader::onMandatoryUnset(const char* at) {
 
 void SpfInstanceReader::watchField(unsigned) {}
 
-void SpfInstanceReader::notify(int, int how) {
+void SpfInstanceReader::onAccepted(VnSpfAccepted what) {
     if (m_current.find(m_position))
         return; // one set of several in a list
     const std::string_view text = valueText();
-    if (how != 4)
-        remark(how == 2 ? SpfRemark::kBareList : SpfRemark::kEqualElements, text.data(), text.data() + text.size());
+    if (what != VnSpfAccepted::kEmptyForm)
+        remark(what == VnSpfAccepted::kBareElement ? SpfRemark::kBareList : SpfRemark::kEqualElements, text.data(),
+               text.data() + text.size());
     m_current.parameters.push_back({m_position, std::string(text), {}, true});
 }
 

@@ -57,7 +57,7 @@ protected:
     VnIfcInstanceSlot* slotOf(std::uint64_t number) override;
     void onMisfit(unsigned position, VnSpfProblem problem, const char* begin, const char* end) override;
     void watchField(unsigned position) override;
-    void notify(int what, int how) override;
+    void onAccepted(VnSpfAccepted what) override;
     void onMandatoryUnset(const char* at) override;
 
 private:

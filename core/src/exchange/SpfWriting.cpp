@@ -1,5 +1,6 @@
 #include "SpfScan.h"
 
+#include <VnIfcCore/VnAscii.h>
 #include <VnIfcCore/VnIfcModel.h>
 #include <VnIfcCore/VnIfcSelect.h>
 #include <VnIfcCore/VnIfcText.h>
@@ -321,7 +322,7 @@ void VnSpfFilerBase::writeSelectValue(const VnIfcSelect& value) {
     const std::string_view name = value.underlyingTypeName().view();
     char* to = reserve(name.size() + 1);
     for (const char c : name)
-        *to++ = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
+        *to++ = vnUpper(c);
     *to++ = '(';
     m_out = to;
     switch (kind) {

@@ -71,7 +71,7 @@ bool readBareElement(VnIfcAggrOf<T>& aggregate, VnSpfFilerBase& filer) {
     T element{};
     if (filer.helper().peek() == '$' || !readElement(element, filer, false) || filer.helper().peek() != ')')
         return false;
-    filer.notify(1, 2);
+    filer.onAccepted(VnSpfAccepted::kBareElement);
     aggregate.assignMoved(std::span<T>(&element, 1));
     return true;
 }
@@ -102,7 +102,7 @@ bool readElements(VnIfcAggr& aggregate, VnSpfFilerBase& filer) {
     const std::size_t count = buffer.elements().size();
     typed.assignMoved(buffer.elements());
     if (good && typed.count() < count)
-        filer.notify(1, 3);
+        filer.onAccepted(VnSpfAccepted::kEqualElements);
     return good;
 }
 

@@ -100,7 +100,8 @@ std::vector<Mapping> Conversion::retreats(const Plan& plan) const {
     std::vector<Mapping> result;
     const EntityType& tried = *plan.target->entity;
     for (const EntityCase& each : entityCases()) {
-        const EntityType* other = equalNames(each.entity, plan.source->name) ? m_target.concrete(each.other) : nullptr;
+        const EntityType* other =
+            vnEqualNoCase(each.entity, plan.source->name) ? m_target.concrete(each.other) : nullptr;
         if (other && other != &tried)
             result.push_back({Mapping::Way::kRenamed, other, &each, nullptr, each.reason});
     }
@@ -399,7 +400,7 @@ Value Conversion::defaultFor(const Record& record, const Field& field, Draft& dr
         return isBare ? Value::list({std::move(value)}) : value;
     };
     for (const DefaultCase& each : defaultCases()) {
-        if (!equalNames(each.attribute, field.name) || !isNamed(*draft.layout->entity, each.entity))
+        if (!vnEqualNoCase(each.attribute, field.name) || !isNamed(*draft.layout->entity, each.entity))
             continue;
         if (each.compute)
             return each.compute(*this, record, {});

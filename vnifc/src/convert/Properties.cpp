@@ -11,14 +11,14 @@ namespace {
 
 const PropertyCase* propertyCaseFor(const EntityType& entity, std::string_view attribute) noexcept {
     for (const PropertyCase& each : propertyCases())
-        if (equalNames(each.attribute, attribute) && isNamed(entity, each.entity))
+        if (vnEqualNoCase(each.attribute, attribute) && isNamed(entity, each.entity))
             return &each;
     return nullptr;
 }
 
 const RedundantCase* redundantCaseFor(const EntityType& entity, std::string_view attribute) noexcept {
     for (const RedundantCase& each : redundantCases())
-        if (equalNames(each.attribute, attribute) && isNamed(entity, each.entity))
+        if (vnEqualNoCase(each.attribute, attribute) && isNamed(entity, each.entity))
             return &each;
     return nullptr;
 }
