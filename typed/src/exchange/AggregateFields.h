@@ -56,7 +56,7 @@ bool readElement(T& element, VnSpfFilerBase& filer, bool separated) {
             return false;
         if (!filer.helper().skipUntilRet('$'))
             return readElements<typename T::value_type>(element, filer);
-        filer.notify(1, 4); // an empty list, in other words
+        filer.onAccepted(VnSpfAccepted::kEmptyForm);
         return true;
     } else if constexpr (std::is_base_of_v<VnIfcSelect, T>) {
         return filer.rdPrimitive(static_cast<VnIfcSelect&>(element), separated);
