@@ -79,6 +79,9 @@ TEST(Archive, WhatIsWrittenIsReadAgain) {
     EXPECT_TRUE(contentOf(archive).starts_with("PK\3\4"));
     EXPECT_PRED_FORMAT2(IsSubstring, "House.ifc", contentOf(archive));
     EXPECT_EQ(rewritten(archive), contentOf(house));
+    const fs::path zip = scratch() / "House.Zip";
+    ASSERT_EQ(runTool({"rewrite", "--quiet", house, zip.string()}).exitCode, 0);
+    EXPECT_EQ(contentOf(zip), contentOf(archive));
     // By its contents, not by its name, and from a stream as well.
     const fs::path renamed = makeFile("archive.dat", contentOf(archive));
     EXPECT_EQ(rewritten(renamed), contentOf(house));

@@ -126,6 +126,16 @@ TEST(Edit, RefusesWhatDoesNotConvertAndWritesNothing) {
         EXPECT_PRED_FORMAT2(IsSubstring, message, outcome.err);
         EXPECT_TRUE(outcome.err.ends_with("vnifc: a change cannot be made; nothing was written\n")) << outcome.err;
     }
+    // One attribute's text may hold what belongs to another one.
+    const std::string unclear = makeModel("unclear.ifc", "#1=IFCOWNERHISTORY($,$,$,.NOCHANGE.,253317$,$,$,16);\n"
+                                                         "#2=IFCPERSON('open,$,$);\n#3=IFCPERSON($,$,$,('a',$;\n"
+                                                         "#4=IFCPERSON($,$,$,$,$,$,$,$,'x');\n#5=IFCPERSON($) $,$);\n");
+    for (const char* change :
+         {"#1.CreationDate=16", "#2.FamilyName=x", "#3.PrefixTitles=('x')", "#4.FamilyName=x", "#5.FamilyName=x"}) {
+        const Outcome outcome = runTool({"edit", "--quiet", unclear, target.string(), "--set", change});
+        EXPECT_EQ(outcome.exitCode, 2) << change;
+        EXPECT_PRED_FORMAT2(IsSubstring, "parameter list is broken or too long", outcome.err);
+    }
     const Outcome twice =
         runTool({"edit", "--quiet", file, target.string(), "--set", "#9.Name=a", "--unset", "9.NAME"});
     EXPECT_PRED_FORMAT2(IsSubstring, "#9 IFCWALL.Name is to be changed twice", twice.err);

@@ -59,6 +59,23 @@ TEST(Show, WordsForEveryKindOfValue) {
               "#12 IFCGARDENGNOME\nwithout a class, kept as text: 'red hat',(#8,*),.HAPPY.\n");
 }
 
+// A value that could not be taken must look like one that is not there nowhere.
+TEST(Show, WhatIsKeptAsTextIsMarked) {
+    const std::string file = makeModel("kept.ifc", "#1=IFCMATERIALLAYER('m',0.1,$,'n',$,$,7.5,'more',2);\n"
+                                                   "#2=IFCMATERIALLAYER($,1.50,$,$,$,$,$);\n");
+    const std::string shown = runTool({"show", "--quiet", file, "1"}).out;
+    EXPECT_PRED_FORMAT2(IsSubstring, "Material        $  (the file has 'm', kept as text)\n", shown);
+    EXPECT_PRED_FORMAT2(IsSubstring, "Priority        $  (the file has 7.5, kept as text)\n", shown);
+    EXPECT_PRED_FORMAT2(IsSubstring, "kept as text after the last attribute: ,'more',2\n", shown);
+    EXPECT_EQ(runTool({"show", "--quiet", file, "2"}).out.find("kept"), std::string::npos);
+    std::istringstream lines(runTool({"export", "--quiet", file}).out);
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_EQ(json::parse(line)["kept"], json({{"Material", "'m'"}, {"Priority", "7.5"}, {"", ",'more',2"}}));
+    std::getline(lines, line);
+    EXPECT_FALSE(json::parse(line).contains("kept"));
+}
+
 TEST(Show, LongListsAreCutForPeopleOnly) {
     std::string points = "(1";
     for (int i = 0; i < 40; ++i)

@@ -60,6 +60,15 @@ TEST(Usage, HelpHasAnExampleEverywhere) {
     }
 }
 
+TEST(Usage, HelpIsACommandAndCommandsMayBeCutShort) {
+    const std::string help = runTool({"info", "--help"}).out;
+    EXPECT_EQ(runTool({"help", "info"}).out, help);
+    EXPECT_EQ(runTool({"help", "inf"}).out, help);
+    EXPECT_EQ(runTool({"help"}).out, runTool({"--help"}).out);
+    EXPECT_EQ(runTool({"inf", "--json", house}).exitCode, 0);
+    EXPECT_EQ(runTool({"e", house}).exitCode, 2) << "edit or export";
+}
+
 TEST(Usage, VersionNamesTheSchemaThatIsLoaded) {
     const Outcome outcome = runTool({"--version"});
     EXPECT_EQ(outcome.exitCode, 0);
