@@ -179,6 +179,37 @@ TEST(Told, anOptionalListWhoseElementsWereErasedIsUnset) {
     EXPECT_EQ(reading.data(), "#3=IFCORGANIZATION($,'a',$,$,$);\n");
 }
 
+TEST(Told, whatIsErasedIsNamedNowhere) {
+    // In a list of selects; and in a text, where it keeps the check from missing somebody.
+    Reading selects(fileOf("#1=IFCSURFACESTYLERENDERING($,$,$,$,$,$,$,$,.FLAT.);\n"
+                           "#2=IFCSURFACESTYLE($,.BOTH.,(#1,#3));\n#3=IFCSURFACESTYLELIGHTING($,$,$,$);\n"));
+    selects.model.erase(selects.model.find(1));
+    EXPECT_EQ(Written(selects.model).data.substr(0, 33), "#2=IFCSURFACESTYLE($,.BOTH.,(#3))");
+    const std::string guid = "YvctVUKr0kugbFTf53O9L";
+    Reading opening(fileOf("#1=IFCOPENINGELEMENT('0" + guid +
+                           "',$,$,$,$,$,$,$,$);\n#2=IFCPERSON('p','q',(#1),$,$,$,$,$);\n"
+                           "#3=IFCFOO(#1);\n#4=IFCPERSON('p','q',$,$,$,$,$,$,#1);\n"));
+    for (const std::uint64_t number : {4u, 3u, 2u}) {
+        EXPECT_EQ(codesOfCheck(opening.model), "") << number;
+        opening.model.erase(opening.model.find(number));
+    }
+    EXPECT_EQ(codesOfCheck(opening.model), "inverse-bounds ");
+}
+
+TEST(Told, theCheckCountsAndFindsBrokenTextsWhereverTheyStand) {
+    Reading reading(fileOf("#1=IFCPROPERTYSINGLEVALUE('a\\',$,IFCLABEL('b\\'),$);\n"
+                           "#2=IFCPROPERTYENUMERATEDVALUE('a',$,(IFCLABEL('c'),IFCLABEL('d\\')),$);\n"
+                           "#3=IFCPERSON('p',$,$,('e\\','f'),$,$,$,$);\n#4=IFCPERSON($,$,$,$,$,$,$,$);\n"
+                           "#5=IFCPOLYLOOP($);\n"));
+    std::string told;
+    VnIfcCheck check(reading.model,
+                     [&](const VnIfcDiagnostic& found) { told += found.attribute + ' ' + found.found + ' '; });
+    check.run();
+    EXPECT_EQ(told, "Name \\ NominalValue \\ EnumerationValues \\ MiddleNames \\ Polygon $ ");
+    EXPECT_EQ(check.warnings(), 4u);
+    EXPECT_EQ(check.errors(), 1u);
+}
+
 TEST(Told, keptTextsAreReadableUntilTheirAttributeIsAssigned) {
     const std::string_view data = "#1=IFCWALL('0YvctVUKr0kugbFTf53O9L',$,42,.X.,$,$,$,$,.NONSENSE.,'more');\n";
     Reading reading(fileOf(data));

@@ -19,7 +19,7 @@ std::string kindsFile() {
     static const std::string file = makeModel(
         "kinds.ifc",
         "#1=IFCMATERIALLAYER(#99,0.1,.U.,'a\\S\\dB\\X\\E4\\X2\\D83DDE00\\X0\\\\\\''\"\x01\xFF',$,'',-5);\n"
-        "#2=IFCPROPERTYSINGLEVALUE('Area',$,IFCAREAMEASURE(1.E30),$);\n"
+        "#2=IFCPROPERTYSINGLEVALUE('Area\\X\\0D\\X\\0A\t',$,IFCAREAMEASURE(1.E30),$);\n"
         "#3=IFCPROPERTYENUMERATEDVALUE('y',$,(IFCLABEL('a'),IFCLOGICAL(.U.),IFCINTEGER(7),IFCBINARY(\"0FF\")),$);\n"
         "#4=IFCTRIANGULATEDFACESET(#5,$,.T.,((1,2,3),(3,2,1)),$);\n"
         "#5=IFCCARTESIANPOINTLIST3D(((0.,-0.,0.1),(1.E-7,123456789.,1.)),$);\n"
@@ -120,6 +120,7 @@ TEST(Export, JsonForEveryKindOfValue) {
         {1, "Description", "null"},
         {1, "Category", R"("")"},
         {1, "Priority", "-5"},
+        {2, "Name", R"("Area\r\n\t")"},
         {2, "NominalValue", R"({"type":"IFCAREAMEASURE","value":1e30})"},
         {3, "EnumerationValues",
          R"([{"type":"IFCLABEL","value":"a"},{"type":"IFCLOGICAL","value":"UNKNOWN"},)"

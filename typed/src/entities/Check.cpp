@@ -229,6 +229,8 @@ private:
                 values += member<VnIfcGUID>(m_instance, *row).view();
             else if (row->kind == AttributeKind::kString)
                 values += member<VnAnsiString>(m_instance, *row).view();
+            else if (row->kind == AttributeKind::kReference)
+                values += nameOf(member<VnDbObjectId>(m_instance, *row));
             else
                 return;
             values += '\0';
