@@ -293,4 +293,9 @@ TEST(Structure, diagnosticsPointToTheTokenAndSayWhatWasExpected) {
     EXPECT_EQ(reading.result.errors, 6u);
     EXPECT_EQ(reading.result.warnings, 12u);
     EXPECT_EQ(Reading(fileOf("#1=IFCFOO(" + std::string(500, 'x') + "\n")).diagnostics.at(0).found.size(), 6u);
+    for (const std::size_t length : {60u, 61u}) { // longer texts are cut
+        const std::string digits(length, '7');
+        EXPECT_EQ(Reading(fileOf("#1=IFCPERSON(" + digits + ",$,$,$,$,$,$,$);\n")).diagnostics.at(0).found,
+                  length == 60 ? digits : digits.substr(0, 60) + "...");
+    }
 }

@@ -168,6 +168,8 @@ TEST(Told, aTypedListKeepsWhatComesBeforeAFaultyElement) {
     EXPECT_EQ(value.elements<double>()[1], 2.0);
     EXPECT_EQ(reading.codes(), "wrong-kind");
     EXPECT_EQ(reading.data(), data) << "the text is kept";
+    Reading first(fileOf("#1=IFCPROPERTYSINGLEVALUE('a',$,IFCCOMPLEXNUMBER('x'),$);\n"));
+    EXPECT_FALSE(first.as<IfcPropertySingleValue>(1).getNominalValue().isSet());
 }
 
 TEST(Told, anOptionalListWhoseElementsWereErasedIsUnset) {
