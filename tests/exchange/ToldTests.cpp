@@ -191,7 +191,7 @@ TEST(Told, whatIsErasedIsNamedNowhere) {
     Reading opening(fileOf("#1=IFCOPENINGELEMENT('0" + guid +
                            "',$,$,$,$,$,$,$,$);\n#2=IFCPERSON('p','q',(#1),$,$,$,$,$);\n"
                            "#3=IFCFOO(#1);\n#4=IFCPERSON('p','q',$,$,$,$,$,$,#1);\n"));
-    for (const std::uint64_t number : {4u, 3u, 2u}) {
+    for (const std::uint64_t number : {2u, 3u, 4u}) {
         EXPECT_EQ(codesOfCheck(opening.model), "") << number;
         opening.model.erase(opening.model.find(number));
     }
@@ -222,6 +222,10 @@ TEST(Told, keptTextsAreReadableUntilTheirAttributeIsAssigned) {
     using Kept = std::vector<std::pair<unsigned, std::string_view>>;
     EXPECT_EQ(wall.keptTexts(), (Kept{{2, "42"}, {3, ".X."}, {8, ".NONSENSE."}, {9, ",'more'"}}));
     EXPECT_EQ(reading.data(), data);
+    Reading twice(
+        fileOf("#1=IFCRELDEFINESBYPROPERTIES('',$,$,$,(#1,#1,5),IFCPROPERTYSETDEFINITIONSET((#1,#1,'x')));\n"));
+    EXPECT_EQ(twice.model.find(1).openObject()->keptText(4), "(#1,#1,5)");
+    EXPECT_EQ(twice.model.find(1).openObject()->keptText(5), "IFCPROPERTYSETDEFINITIONSET((#1,#1,'x'))");
     const IfcWall* same = &wall;
     wall = *same;
     EXPECT_EQ(reading.data(), data) << "assigned to itself";
