@@ -88,6 +88,13 @@ TEST(Check, EveryKindOfErrorNamesItsInstanceAndAttribute) {
         {"#1=IFCCARTESIANPOINT((1.));\n#2=IFCPOLYLOOP((#1,#1,#1));\n", "#2 Polygon unique-elements: equal elements\n"},
         {"#1=IFCPROPERTYENUMERATION('n',(IFCLABEL('a'),IFCLABEL('a')),$);\n",
          "#1 EnumerationValues unique-elements: equal elements\n"},
+        {"#1=IFCINDEXEDPOLYGONALFACEWITHVOIDS((1,2,3),((1,2,3),(1,2,3)));\n"
+         "#2=IFCINDEXEDPOLYGONALFACEWITHVOIDS((1,2,3),((1,2,2)));\n#3=IFCPOLYGONALFACESET(#4,$,(#1,#2),$);\n"
+         "#4=IFCCARTESIANPOINTLIST3D(((1.,2.,3.)),$);\n",
+         "#2 InnerCoordIndices unique-elements: equal elements\n"},
+        {"#1=IFCSTRUCTURALLOADCONFIGURATION('n',(#2),((1.),(1.,1.),(1.)));\n#2=IFCSTRUCTURALLOADTEMPERATURE($,$,$,$);\n"
+         "#3=IFCSTRUCTURALLOADCONFIGURATION('n',(#2),((1.,2.),(1.),(2.,1.)));\n",
+         "#1 Locations unique-elements: equal elements\n"},
         {"#1=IFCPROPERTYSINGLEVALUE('x',$,#2,$);\n#2=IFCCARTESIANPOINT((1.));\n",
          "#1 NominalValue select-type: #2 IFCCARTESIANPOINT\n"},
         {"#1=IFCREPRESENTATIONITEM();\n", "#1 - abstract: IFCREPRESENTATIONITEM\n"},
