@@ -108,6 +108,7 @@ TEST(Kept, parametersComeBackAsTheyWere) {
          "IFCMATERIALLAYER(#9,$,$,'a''b',$,5)"},
         {"IFCOWNERHISTORY($,$,$,.NOCHANGE.,253317$,$,$,1674672040)", "missing-comma too-many-parameters",
          "IFCOWNERHISTORY($,$,$,.NOCHANGE.,253317,$,$,$,1674672040)"},
+        {"IFCRELAGGREGATES('',$,$,$,#1,$ 5)", "too-many-parameters", "IFCRELAGGREGATES('',$,$,$,#1,$,5)"},
         {"IFCFACEBOUND($,.T. 5)", "too-many-parameters", "IFCFACEBOUND($,.T.,5)"},
         // a GlobalId that the fixed text cannot hold
         {"IFCWALL('12345678901234567890123',$,$,$,$,$,$,$,$)", "out-of-range"},
