@@ -179,8 +179,8 @@ TEST(Values, stringsKeepTheirBytesButForDoubledApostrophes) {
 
 TEST(Values, stringsThatAHostMakesCannotBreakTheFile) {
     // A directive that is cut off at the end would take the closing apostrophe with it.
-    for (const std::string_view text :
-         {"\\S\\", "a\\S\\", "\\\\S\\", "\\", "'", "\\'", "\\S\\\\S\\", "\\S", "\\X0\\S\\", "\\X\\S\\'x", "\xE9\\X\\S\\'x"}) {
+    for (const std::string_view text : {"\\S\\", "a\\S\\", "\\\\S\\", "\\", "'", "\\'", "\\S\\\\S\\", "\\S",
+                                        "\\X0\\S\\", "\\X\\S\\'x", "\xE9\\X\\S\\'x"}) {
         VnIfcModel model(schema());
         model.create<IfcPropertySingleValue>()->setName(text);
         Reading reading(model.writeText());
