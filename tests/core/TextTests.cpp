@@ -41,6 +41,7 @@ TEST(Text, decodesDirectivesWholeFromTheLeft) {
         {"\\X2\\0410\\X0\\\\X2\\0420\\X0\\ \\X2\\04140418\\X0\\", "\u0410\u0420 \u0414\u0418"},
         {"\\X2\\30683002\\X0\\PE\\X2\\FF09\\X0\\N\\X2\\FF5e\\X0\\", "\u3068\u3002PE\uFF09N\uFF5E"},
         {"\\X2\\d83DDE00\\X0\\\\X2\\D83DDE00FFFF\\X0\\", "\U0001F600\U0001F600\uFFFF"},
+        {"\\X2\\D800DC00D83FDFFFDBFFDFFFE000\\X0\\", "\U00010000\U0001FFFF\U0010FFFF\uE000"},
         {"Sanit\\X4\\000000E6\\X0\\r\\X4\\0001F6000010FFFF\\X0\\", "Sanit\u00E6r\U0001F600\U0010FFFF"},
         {"Street\\X\\0D\\X\\0ACity\\X2\\000A\\X0\\", "Street\r\nCity\n"},
         {"a\r\n\tb\x1D-\x7F", "a\r\n\tb\x1D-\x7F"},

@@ -92,6 +92,11 @@ TEST(Traps, aSelectWithoutAValueIsWrittenAsUnset) {
 }
 
 TEST(Traps, gettersAgreeThatThereIsNoValue) {
+    // As files give them, where every integer is a value.
+    Reading integers(fileOf("#1=IFCPROPERTYSINGLEVALUE('a',$,IFCINTEGER(2147483647),$);\n"));
+    int largest = 0;
+    EXPECT_TRUE(integers.as<IfcPropertySingleValue>(1).getNominalValue().getInt32(largest));
+    EXPECT_EQ(largest, 2147483647);
     IfcValue value;
     VnAnsiString text("before");
     double real = 1;

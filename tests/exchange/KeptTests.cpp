@@ -38,6 +38,8 @@ TEST(Kept, parametersComeBackAsTheyWere) {
         // numbers that no double and no integer holds, and values that mean unset
         {"IFCMATERIALLAYER($,1.E400,$,'\xFF',$,$,2147483647)", "out-of-range reserved-value reserved-value"},
         {"IFCMATERIALLAYER($,1.#INF,$,$,$,$,99999999999)", "wrong-kind out-of-range"},
+        {"IFCMATERIALLAYER($,1.E,$,$,$,$,$)", "wrong-kind"},
+        {"IFCCARTESIANPOINT((1.,1.5E+))", "wrong-kind"},
         {"IFCCARTESIANPOINT((1.,1.E999))", "out-of-range"},
         {"IFCDERIVEDUNIT((),.USERDEFINED.,'\xFF')", "reserved-value"},
         {"IFCPERSON('\xFF',$,$,('\xFF','b'),$,$,$,$)", "reserved-value reserved-value"},
@@ -54,6 +56,10 @@ TEST(Kept, parametersComeBackAsTheyWere) {
         {"IFCPROPERTYSINGLEVALUE('',$,0.5,.METRE.)", "wrong-kind wrong-kind"},
         {"IFCPROPERTYSINGLEVALUE('',$,IFCINTEGER(3000000000),$)", "out-of-range"},
         {"IFCPROPERTYSINGLEVALUE('',$,IFCINTEGER(1.5),$)", "wrong-kind"},
+        {"IFCPROPERTYSINGLEVALUE('',$,IFCBOOLEAN(.U.),$)", "wrong-kind"},
+        {"IFCPROPERTYENUMERATEDVALUE('',$,(IFCLOGICAL(.U.),IFCBOOLEAN(.U.)),$)", "wrong-kind"},
+        {"IFCTRIANGULATEDFACESET(#1,$,$,((1,2,4294967299)),$)", "out-of-range"},
+        {"IFCTRIANGULATEDFACESET(#1,$,$,((1,2,2147483647)),$)", "reserved-value"},
         {"IFCPROPERTYSINGLEVALUE('',$,IFCREAL(1.,2.),$)", "wrong-kind"},
         {"IFCPROPERTYSINGLEVALUE('',$,IFCLABEL(IFCLABEL('x')),$)", "wrong-kind"},
         {"IFCPROPERTYSINGLEVALUE('',$,IFCLABEL('\xFF'),$)", "reserved-value"},
@@ -104,6 +110,7 @@ TEST(Kept, parametersComeBackAsTheyWere) {
          "IFCMATERIALLAYER(#9,$,$,'a''b',$,5)"},
         {"IFCOWNERHISTORY($,$,$,.NOCHANGE.,253317$,$,$,1674672040)", "missing-comma too-many-parameters",
          "IFCOWNERHISTORY($,$,$,.NOCHANGE.,253317,$,$,$,1674672040)"},
+        {"IFCRELAGGREGATES('',$,$,$,#1,$ 5)", "too-many-parameters", "IFCRELAGGREGATES('',$,$,$,#1,$,5)"},
         {"IFCFACEBOUND($,.T. 5)", "too-many-parameters", "IFCFACEBOUND($,.T.,5)"},
         // a GlobalId that the fixed text cannot hold
         {"IFCWALL('12345678901234567890123',$,$,$,$,$,$,$,$)", "out-of-range"},

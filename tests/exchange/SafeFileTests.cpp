@@ -7,12 +7,28 @@
 #include <filesystem>
 #include <fstream>
 
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 using namespace VN_SDAI;
 using namespace exchange;
 namespace fs = std::filesystem;
+
+#if defined(__linux__)
+namespace {
+std::string calls; // of those below, which stand before the C library's
+}
+extern "C" __attribute__((visibility("default"))) int fsync(int file) {
+    calls += "fsync ";
+    return static_cast<int>(::syscall(SYS_fsync, file));
+}
+extern "C" __attribute__((visibility("default"))) int linkat(int fromDirectory, const char* from, int toDirectory,
+                                                             const char* to, int flags) noexcept {
+    calls += "link ";
+    return static_cast<int>(::syscall(SYS_linkat, fromDirectory, from, toDirectory, to, flags));
+}
+#endif
 
 namespace {
 
@@ -84,6 +100,15 @@ TEST_F(SafeFile, tellsWhyItCannotBeWritten) {
 }
 
 #if defined(__linux__)
+TEST_F(SafeFile, isOnTheDiskBeforeItHasAName) {
+    calls.clear();
+    VnSafeFile file(target);
+    EXPECT_TRUE(file.write("text"));
+    EXPECT_EQ(calls, "");
+    EXPECT_TRUE(file.commit());
+    EXPECT_TRUE(calls == "fsync link " || calls == "fsync ") << calls; // where there are no files without a name
+}
+
 TEST_F(SafeFile, aKilledWriterLeavesNothing) {
     put("before");
     const pid_t child = ::fork();

@@ -51,6 +51,9 @@ TEST(Values, realsAreTheNearestDoubleOfTheirText) {
         {"1.091393642127514E-011", 1.091393642127514e-11},
         {"0.1", 0.1},
         {"9007199254740993.", 9007199254740992.},
+        {"18446744073709551617.", 18446744073709551616.}, // past 64 bits
+        {"1844674407370955161.9", 1844674407370955161.9},
+        {"1.E+0300", 1e300},
         {"1.E23", 1e23},
         {"8.98846567431158E307", 8.98846567431158e307},
         {"1.7976931348623157E308", 1.7976931348623157e308},
@@ -78,7 +81,6 @@ TEST(Values, realsComeBackBitByBitInTheirShortestForm) {
     auto* own = model.create<IfcMaterialLayer>();
     for (const auto& test : cases) {
         own->setLayerThickness(test.value);
-        EXPECT_EQ(dataOf(fileOf("")), "");
         EXPECT_NE(model.writeText().find("($," + std::string(test.text) + ",$"), std::string::npos) << test.text;
     }
 
@@ -177,8 +179,8 @@ TEST(Values, stringsKeepTheirBytesButForDoubledApostrophes) {
 
 TEST(Values, stringsThatAHostMakesCannotBreakTheFile) {
     // A directive that is cut off at the end would take the closing apostrophe with it.
-    for (const std::string_view text :
-         {"\\S\\", "a\\S\\", "\\\\S\\", "\\", "'", "\\'", "\\S\\\\S\\", "\\S", "\\X0\\S\\"}) {
+    for (const std::string_view text : {"\\S\\", "a\\S\\", "\\\\S\\", "\\", "'", "\\'", "\\S\\\\S\\", "\\S",
+                                        "\\X0\\S\\", "\\X\\S\\'x", "\xE9\\X\\S\\'x"}) {
         VnIfcModel model(schema());
         model.create<IfcPropertySingleValue>()->setName(text);
         Reading reading(model.writeText());

@@ -86,6 +86,19 @@ ENTITY A; a : small; b : SET OF PAIR; c : Pair; d : Id; e : STRING(22); END_ENTI
     EXPECT_EQ(model.aggregations[2].element, "list [2:2] of Small");
 }
 
+// Values of derived attributes are not stored, so that no rule over them can be checked.
+TEST(Resolve, leavesOutUniqueRulesOverDerivedAttributes) {
+    const Model model = resolveText(R"(
+ENTITY A; x : REAL; y : STRING; UNIQUE ua : x, y; END_ENTITY;
+ENTITY B SUBTYPE OF (A); z : STRING; DERIVE SELF\A.x : REAL := 1; w : REAL := 2;
+UNIQUE one : x; two : w; three : Y, z; END_ENTITY;)");
+    ASSERT_EQ(model.entities[0].uniques.size(), 1u);
+    EXPECT_EQ(model.entities[0].uniques[0].attributes.size(), 2u);
+    ASSERT_EQ(model.entities[1].uniques.size(), 1u);
+    EXPECT_EQ(model.entities[1].uniques[0].label, "three");
+    EXPECT_EQ(model.entities[1].uniques[0].attributes[0].owner, &model.entities[0]);
+}
+
 // A link belongs to the entity that declares the forward attribute, whatever subtype the inverse names.
 TEST(Resolve, linksForwardAttributesToTheirInverses) {
     const Model model = resolveText(R"(

@@ -121,7 +121,7 @@ std::size_t compareFile(const fs::path& file) {
 
 TEST_F(Inverse, OfTheExampleHouseAreWhatASearchFinds) {
 #if defined(VNIFC_BUILD_HOUSE)
-    const fs::path file = fs::path(testing::TempDir()) / "inverse_house.ifc";
+    const fs::path file = fs::temp_directory_path() / ("inverse_house" + std::to_string(::getpid()) + ".ifc");
     ASSERT_EQ(std::system((VNIFC_BUILD_HOUSE " " + file.string() + " > /dev/null").c_str()), 0);
     EXPECT_GT(compareFile(file), 100u);
     fs::remove(file);

@@ -140,6 +140,8 @@ TEST(Model, findsNumbersDenseOrSparseInWhateverOrderTheyCame) {
         EXPECT_TRUE(!std::ranges::binary_search(sorted, created) && created != 0);
         EXPECT_EQ(sorted.back() == kLargest || created == sorted.back() + 1, true);
         EXPECT_EQ(reading.model.find(created).number(), created);
+        sorted.insert(std::ranges::lower_bound(sorted, created), created);
+        EXPECT_EQ(numbersOf(reading.model), sorted) << "also beside the largest number";
         EXPECT_EQ(reading.model.count(), numbers.size() + 1);
     }
 }
@@ -261,7 +263,8 @@ TEST(Memory, clearGivesItBack) {
 TEST(Memory, aFilesTextIsGivenBackWhileItIsRead) {
     if (kSanitized)
         GTEST_SKIP() << "sanitizers keep freed memory back";
-    const std::filesystem::path file = std::filesystem::temp_directory_path() / "vnifc_given_back.ifc";
+    const std::filesystem::path file =
+        std::filesystem::temp_directory_path() / ("vnifc_given_back" + std::to_string(::getpid()) + ".ifc");
     {
         std::ofstream out(file);
         out << kHead;

@@ -49,9 +49,12 @@ TEST(ModelUse, movesWithItsInstances) {
     EXPECT_TRUE(moved.erase(handle));
     VnIfcModel target(schema());
     target.create<IfcWall>();
+    moved.setMode(sdaiReadOnly);
     target = std::move(moved);
+    EXPECT_EQ(target.mode(), sdaiReadOnly);
     EXPECT_EQ(handle.model(), &target);
     EXPECT_EQ(target.count(), 5001u);
+    EXPECT_EQ(VnIfcModel(std::move(target)).mode(), sdaiReadOnly);
     Reading reading(fileOf("#1=IFCPERSONANDORGANIZATION(#7,#8,$);\n"));
     const VnIfcModel taken = std::move(reading.model);
     EXPECT_EQ(taken.find(1).model(), &taken);

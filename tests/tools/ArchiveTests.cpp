@@ -79,6 +79,18 @@ TEST(Archive, WhatIsWrittenIsReadAgain) {
     EXPECT_TRUE(contentOf(archive).starts_with("PK\3\4"));
     EXPECT_PRED_FORMAT2(IsSubstring, "House.ifc", contentOf(archive));
     EXPECT_EQ(rewritten(archive), contentOf(house));
+    const fs::path zip = scratch() / "House.Zip";
+    ASSERT_EQ(runTool({"rewrite", "--quiet", house, zip.string()}).exitCode, 0);
+    EXPECT_EQ(contentOf(zip), contentOf(archive));
+    const fs::path umlaut = scratch() / "ä.ifczip";
+    ASSERT_EQ(runTool({"rewrite", "--quiet", house, umlaut.string()}).exitCode, 0);
+    const std::string named = contentOf(umlaut);
+    EXPECT_EQ(named.substr(30, 6), "ä.ifc");
+    EXPECT_EQ(named[7] & 8, 8) << "that the name is in UTF-8";
+    const fs::path directory = scratch() / "directory.ifczip";
+    fs::create_directory(directory);
+    EXPECT_EQ(runTool({"rewrite", "--quiet", house, directory.string()}).exitCode, 3);
+    EXPECT_TRUE(fs::is_directory(directory));
     // By its contents, not by its name, and from a stream as well.
     const fs::path renamed = makeFile("archive.dat", contentOf(archive));
     EXPECT_EQ(rewritten(renamed), contentOf(house));
@@ -93,7 +105,8 @@ TEST(Archive, PipesBringArchivesAndPlainFiles) {
     const fs::path archive = scratch() / "piped.ifczip", pipe = scratch() / "pipe";
     runTool({"rewrite", "--quiet", house, archive.string()});
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    for (const std::string& content : {contentOf(archive), contentOf(house), "Posted by mail\n" + contentOf(house)}) {
+    for (const std::string& content : {contentOf(archive), contentOf(house), "Posted by mail\n" + contentOf(house),
+                                       "/*" + std::string(3'000'000, '*') + "/" + contentOf(house)}) {
         // In two parts, of which the first tells little.
         std::thread writer([&] {
             std::ofstream out(pipe, std::ios::binary);

@@ -53,6 +53,18 @@ TEST(Info, TextTellsInstancesWithoutClassApart) {
     EXPECT_PRED_FORMAT2(IsSubstring, "gemacht für Prüfer\n", outcome.out);
 }
 
+TEST(Info, HeaderEntriesStandUnderTheirNames) {
+    const std::string file = makeFile("header.ifc", "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION(('d1','d2'),'2;1');\n"
+                                                    "FILE_NAME('n','t',('a'),('o'),'p','s','z');\n"
+                                                    "FILE_SCHEMA(('IFC4X3_ADD2'));\nENDSEC;\nDATA;\nENDSEC;\n"
+                                                    "END-ISO-10303-21;\n");
+    EXPECT_PRED_FORMAT2(IsSubstring,
+                        "\nschema         IFC4X3_ADD2\ndescription    d1, d2\nname           n\ntime stamp     t\n"
+                        "author         a\norganization   o\npreprocessor   p\nsystem         s\nauthorization  z\n"
+                        "implementation 2;1\n",
+                        runTool({"info", file}).out);
+}
+
 TEST(Info, StandardInputIsAFile) {
     const Outcome outcome = runTool({"info", "--json", "-"}, {.in = house});
     EXPECT_EQ(json::parse(outcome.out)["instances"], 14);

@@ -19,7 +19,7 @@ std::string kindsFile() {
     static const std::string file = makeModel(
         "kinds.ifc",
         "#1=IFCMATERIALLAYER(#99,0.1,.U.,'a\\S\\dB\\X\\E4\\X2\\D83DDE00\\X0\\\\\\''\"\x01\xFF',$,'',-5);\n"
-        "#2=IFCPROPERTYSINGLEVALUE('Area',$,IFCAREAMEASURE(1.E30),$);\n"
+        "#2=IFCPROPERTYSINGLEVALUE('Area\\X\\0D\\X\\0A\t',$,IFCAREAMEASURE(1.E30),$);\n"
         "#3=IFCPROPERTYENUMERATEDVALUE('y',$,(IFCLABEL('a'),IFCLOGICAL(.U.),IFCINTEGER(7),IFCBINARY(\"0FF\")),$);\n"
         "#4=IFCTRIANGULATEDFACESET(#5,$,.T.,((1,2,3),(3,2,1)),$);\n"
         "#5=IFCCARTESIANPOINTLIST3D(((0.,-0.,0.1),(1.E-7,123456789.,1.)),$);\n"
@@ -57,6 +57,23 @@ TEST(Show, WordsForEveryKindOfValue) {
         EXPECT_PRED_FORMAT2(IsSubstring, line, runTool({"show", "--quiet", kindsFile(), instance}).out);
     EXPECT_EQ(runTool({"show", "--quiet", house, "12"}).out,
               "#12 IFCGARDENGNOME\nwithout a class, kept as text: 'red hat',(#8,*),.HAPPY.\n");
+}
+
+// A value that could not be taken must look like one that is not there nowhere.
+TEST(Show, WhatIsKeptAsTextIsMarked) {
+    const std::string file = makeModel("kept.ifc", "#1=IFCMATERIALLAYER('m',0.1,$,'n',$,$,7.5,'more',2);\n"
+                                                   "#2=IFCMATERIALLAYER($,1.50,$,$,$,$,$);\n");
+    const std::string shown = runTool({"show", "--quiet", file, "1"}).out;
+    EXPECT_PRED_FORMAT2(IsSubstring, "Material        $  (the file has 'm', kept as text)\n", shown);
+    EXPECT_PRED_FORMAT2(IsSubstring, "Priority        $  (the file has 7.5, kept as text)\n", shown);
+    EXPECT_PRED_FORMAT2(IsSubstring, "kept as text after the last attribute: ,'more',2\n", shown);
+    EXPECT_EQ(runTool({"show", "--quiet", file, "2"}).out.find("kept"), std::string::npos);
+    std::istringstream lines(runTool({"export", "--quiet", file}).out);
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_EQ(json::parse(line)["kept"], json({{"Material", "'m'"}, {"Priority", "7.5"}, {"", ",'more',2"}}));
+    std::getline(lines, line);
+    EXPECT_FALSE(json::parse(line).contains("kept"));
 }
 
 TEST(Show, LongListsAreCutForPeopleOnly) {
@@ -103,6 +120,7 @@ TEST(Export, JsonForEveryKindOfValue) {
         {1, "Description", "null"},
         {1, "Category", R"("")"},
         {1, "Priority", "-5"},
+        {2, "Name", R"("Area\r\n\t")"},
         {2, "NominalValue", R"({"type":"IFCAREAMEASURE","value":1e30})"},
         {3, "EnumerationValues",
          R"([{"type":"IFCLABEL","value":"a"},{"type":"IFCLOGICAL","value":"UNKNOWN"},)"

@@ -226,7 +226,7 @@ bool beginEntry(zipFile archive, const std::string& name, std::size_t size) {
 
 } // namespace
 
-bool isArchiveName(std::string_view name) { return endsWith(name, ".ifczip"); }
+bool isArchiveName(std::string_view name) { return endsWith(name, ".ifczip") || endsWith(name, ".zip"); }
 
 std::optional<std::string> readArchive(const std::string& file, const std::function<void(std::string_view)>& say) {
     const File input = openInput(file);

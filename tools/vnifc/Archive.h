@@ -7,7 +7,7 @@
 // Exchange files in ZIP archives (ifcZIP).
 namespace vnifc {
 
-/// True for names that end in .ifczip, in any case.
+/// True for names that end in .ifczip or .zip, in any case.
 bool isArchiveName(std::string_view name);
 
 /// The exchange file in an archive; nothing when the file is no archive, whatever its name. "-" is standard input;

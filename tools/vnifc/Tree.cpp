@@ -200,6 +200,8 @@ void printJson(const Structure& structure) {
     endDownTo(0);
     json.endArray();
     writeCounts(json, "outside", structure.outside());
+    json.key("repeated");
+    json.number(structure.repeated());
     json.endObject();
     json.newLine();
     output.flush();
@@ -212,7 +214,7 @@ ExitCode tree(const ReadFlags& flags, std::optional<unsigned> depth, bool json) 
     const Structure structure(file.model(), depth.value_or(std::numeric_limits<unsigned>::max()));
     (json ? printJson : printText)(structure);
     if (structure.repeated() > 0 && !flags.quiet)
-        say(fmt::format("{} times an instance belongs to more than one whole; it is counted in the first only",
+        say(fmt::format("{} more places of instances that belong to several wholes; each is counted in the first only",
                         structure.repeated()));
     return file.exitCode();
 }

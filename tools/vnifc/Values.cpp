@@ -22,14 +22,6 @@ using namespace VN_SDAI;
 
 namespace {
 
-/// The form of keywords.
-std::string upperCase(std::string_view name) {
-    std::string upper(name);
-    for (char& c : upper)
-        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
-    return upper;
-}
-
 /// One walk through one value.
 class Walk {
 public:
@@ -186,6 +178,13 @@ private:
 };
 
 } // namespace
+
+std::string upperCase(std::string_view name) {
+    std::string upper(name);
+    for (char& c : upper)
+        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
+    return upper;
+}
 
 void visitValue(const VnIfcVariant& value, ValueVisitor& visitor, bool mayBeEmpty) {
     Walk walk(visitor);

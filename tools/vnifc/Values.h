@@ -38,6 +38,9 @@ public:
 /// where the attribute's type allows that, and unset where it does not.
 void visitValue(const VN_SDAI::VnIfcVariant& value, ValueVisitor& visitor, bool mayBeEmpty = false);
 
+/// The form of keywords.
+std::string upperCase(std::string_view name);
+
 /// Writes values as JSON.
 class JsonValues : public ValueVisitor {
 public:

@@ -31,6 +31,10 @@ constexpr std::array<char, 200> makeTwoDigits() {
 
 constexpr std::array<char, 200> kTwoDigits = makeTwoDigits();
 
+constexpr bool isHexDigit(char c) noexcept {
+    return spf::isDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+}
+
 /// Copies a text that is short most often; a call would take longer than the copy.
 char* copyShort(char* to, const char* from, std::size_t length) noexcept {
     if (length > 16) {
@@ -197,7 +201,9 @@ bool VnSpfFilerBase::writeExchangeText(std::string_view text) {
             *to++ = '\\';
         std::size_t length = spf::backslashLength(from, end);
         if (length == 1) {
-            const bool isByte = end - from >= 5 && from[1] == 'X' && from[2] == '\\';
+            // Without its digits it would hide a directive that the reader sees.
+            const bool isByte =
+                end - from >= 5 && from[1] == 'X' && from[2] == '\\' && isHexDigit(from[3]) && isHexDigit(from[4]);
             isRaw |= !isByte;
             length = isByte ? 3 : 1;
         }
