@@ -1,8 +1,8 @@
 // Any bytes as a schema in EXPRESS, or as its declarations: they are read, resolved and emitted, or refused with the
 // place of the fault.
 #include <Emit.h>
-#include <express/Parser.h>
 #include <Resolve.h>
+#include <express/Parser.h>
 
 #include <algorithm>
 #include <cstdint>

@@ -114,7 +114,7 @@ void Structure::addAllBelow(const VnIfcEntityBase& root) {
     }
 }
 
-/// Makes an instance a node or counts it in the node that it belongs to; answers the node that its parts belong to.
+/// Makes an instance a node or counts it in the node that it belongs to; returns the node that its parts belong to.
 std::size_t Structure::place(const Pending& pending) {
     const bool isRoot = pending.parent == kNoParent;
     const unsigned level = isRoot ? 0 : m_nodes[pending.parent].level + 1;

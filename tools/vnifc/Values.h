@@ -10,7 +10,7 @@
 
 namespace vnifc {
 
-/// Is told what a value is made of, part by part.
+/// Visits what a value is made of, part by part.
 class ValueVisitor {
 public:
     virtual ~ValueVisitor() = default;
@@ -26,7 +26,7 @@ public:
     virtual void literal(std::string_view) {}
     /// Never null; whether there is such an instance is another matter.
     virtual void reference(const VN_SDAI::VnDbObjectId&) {}
-    /// Answers how many of the elements it wants to be told.
+    /// Returns how many of the elements it wants to visit.
     virtual std::uint32_t beginList(std::uint32_t count) { return count; }
     virtual void endList() {}
     /// What a select holds other than an instance, with the name of its type.

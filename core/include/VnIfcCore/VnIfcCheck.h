@@ -37,7 +37,7 @@ public:
     /// Reports an instance whose values under a UNIQUE rule (ISO 10303-11, 9.2.2.1) another one has already. `rule`
     /// must be one object for all instances that it holds for.
     void unique(const VnIfcEntityBase& instance, const void* rule, std::string_view attributes, std::string values);
-    /// True when text that was kept as it came refers to the instance: nobody knows by which attribute.
+    /// True when text that was kept as it came refers to the instance: it is not known by which attribute.
     bool isNamedInText(const VnIfcEntityBase& instance);
     /// Reports faults of a text in the form of an exchange file (ISO 10303-21, 6.4.3).
     void text(const VnIfcEntityBase& instance, std::string_view attribute, std::string_view value);

@@ -109,12 +109,12 @@ protected:
         return *this;
     }
 
-    /// To be told of every change of an attribute, so that a text kept from the file gives way to the new value.
+    /// To be called for every change of an attribute, so that a text kept from the file gives way to the new value.
     void touched(unsigned position) noexcept {
         if (!m_id.isNull() && m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
             dropKept(position);
     }
-    /// To be told before a reference changes that inverse attributes may mirror, so that erasing finds what the
+    /// To be called before a reference changes that inverse attributes may mirror, so that erasing finds what the
     /// instance was entered into.
     void referenceChanges() {
         if (!m_id.isNull())

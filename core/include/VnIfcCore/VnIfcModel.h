@@ -14,7 +14,7 @@ namespace VN_SDAI {
 
 class VnIfcGUID;
 
-/// Told now and then how far a long operation has come, from 0 to 1; answering false cancels it.
+/// Called now and then with how far a long operation has come, from 0 to 1; returning false cancels it.
 using VnIfcProgress = std::function<bool(double)>;
 
 struct VnIfcReadOptions {
@@ -24,7 +24,7 @@ struct VnIfcReadOptions {
     bool inverses = true;  ///< set inverse attributes when the file has been read
     bool places = false;   ///< remember where each instance stands in the file
     bool strict = false;   ///< what contradicts standard or schema is an error, even where nothing is lost; mandatory
-                           ///< attributes that are unset are told of
+                           ///< attributes that are unset are reported
     std::string_view name; ///< how diagnostics call the input; empty: its path
     /// Bytes of text in which one thread looks for instances at a time; 0 leaves it to the reader. The result does not
     /// depend on it; tests make it small so that borders between pieces fall everywhere.
@@ -98,7 +98,7 @@ public:
     /// Null when that holds for the source itself.
     VnDbObjectId copy(const VnDbObjectId& source);
     VnDbObjectId copy(const VnDbObjectId& source, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies);
-    /// As copy; tells what becomes of an instance whose schema is another one. Attributes go by name; those that the
+    /// As copy; reports what becomes of an instance whose schema is another one. Attributes go by name; those that the
     /// source does not have are unset ("mandatory" where this schema demands a value), those that the copy does not
     /// have are left out ("no-attribute"), and values that do not fit are kept as text, with the codes that reading
     /// has. `instance` in a finding is the copy.
@@ -148,7 +148,7 @@ public:
     VnIfcFileResult readText(std::string_view text, const VnIfcReadOptions& options = {});
     /// Writes the header and all instances in ascending order. The file is complete or, on failure, as it was before.
     VnIfcFileResult writeFile(const std::filesystem::path& path, const VnIfcWriteOptions& options = {}) const;
-    /// As writeFile, into memory. `result`, if given, tells what writeFile tells.
+    /// As writeFile, into memory. `result`, if given, receives what writeFile returns.
     std::string writeText(const VnIfcWriteOptions& options = {}, VnIfcFileResult* result = nullptr) const;
 
     struct Data;

@@ -41,7 +41,7 @@ enum class VnSpfUnwritable : std::uint8_t {
     kNoText,           ///< bytes that are no exchange text; they are written as they are
 };
 
-/// Position in the bytes of a parameter list. Behind the bytes there must be 64 NULs that are not part of them: whole
+/// Position in the bytes of a parameter list. After the bytes there must be 64 NULs that are not part of them: whole
 /// vectors are read, up to the end of the one that holds the last byte.
 class VNIFC_API VnSpfReadHelper {
 public:
@@ -74,7 +74,7 @@ private:
 
 /// Reads and writes the parameter list of one instance (ISO 10303-21, 12). The entity classes say which attribute comes
 /// next, the filer knows the characters. Two flags accompany most calls: `optional`, the attribute may be "$", and
-/// `separated`, a comma precedes the field. The reading calls answer whether a value was read; what cannot be read
+/// `separated`, a comma precedes the field. The reading calls return whether a value was read; what cannot be read
 /// leaves the argument unset, is reported, and the next call goes on with the next parameter.
 class VNIFC_API VnSpfFilerBase {
 public:
@@ -124,7 +124,7 @@ public:
 
     /// Consumes the next significant character if it is this one.
     bool skipUntil(char character) { return m_helper.skipUntilRet(character); }
-    /// Moves behind the next such character of this parameter list; false when there is none.
+    /// Moves past the next such character of this parameter list; false when there is none.
     bool ignoreUntilComments(char character, bool);
     VnSpfReadHelper& helper() noexcept { return m_helper; }
     /// Called by the field layer for what it accepted although it was not as it should be.
@@ -179,7 +179,7 @@ protected:
     /// Ends the list; true when everything was read. Otherwise [first, second) is what the list still holds, and
     /// `second` stands at its closing parenthesis, or at the end of the bytes where there is none.
     bool finishReading(const char*& surplusBegin, const char*& surplusEnd);
-    /// The text of the parameter at hand, up to the comma behind it.
+    /// The text of the parameter at hand, up to the comma after it.
     std::string_view parameterText() const noexcept;
     /// The text of its value: without what follows it where the comma was forgotten.
     std::string_view valueText() const noexcept;

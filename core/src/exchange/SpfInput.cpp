@@ -48,7 +48,7 @@ void SpfInput::copyFrom(std::string_view text) {
     m_size = text.size();
 }
 
-/// Reads as much of a regular file as its size promises, in pieces, and leaves the file's position behind what was read
+/// Reads as much of a regular file as its size promises, in pieces, and leaves the file's position past what was read
 /// without a gap.
 void SpfInput::readTogether([[maybe_unused]] std::FILE* file, [[maybe_unused]] std::size_t size,
                             [[maybe_unused]] unsigned threads) {

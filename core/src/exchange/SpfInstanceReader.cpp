@@ -88,7 +88,7 @@ void SpfInstanceReader::readFields(VnIfcEntityBase& instance, const char* begin,
         keep(instance);
 }
 
-/// Reads a list from behind its opening parenthesis, and returns its closing one; `end` when there is none.
+/// Reads a list from after its opening parenthesis, and returns its closing one; `end` when there is none.
 const char* SpfInstanceReader::readList(VnIfcEntityBase& instance, const char* begin, const char* end) {
     startReading(begin, end);
     instance._inFields(this);

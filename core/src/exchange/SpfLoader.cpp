@@ -115,7 +115,7 @@ private:
     }
 
     /// The first instance of a number has its slot; later ones, and those whose number does not fit, are kept under
-    /// numbers that nobody uses.
+    /// numbers that nothing uses.
     void houseHomeless(std::vector<SlotTable::Contested>& contested) {
         reserveReferences();
         for (std::size_t i = 0; i < m_blocks.size(); ++i) {

@@ -191,18 +191,18 @@ VnIfcFileResult VnIfcModel::writeFile(const std::filesystem::path& path, const V
 
 std::string VnIfcModel::writeText(const VnIfcWriteOptions& options, VnIfcFileResult* result) const {
     std::string text;
-    VnIfcFileResult told;
-    const bool written = writeModel(*this, options, told, [&](std::string_view piece) {
+    VnIfcFileResult outcome;
+    const bool written = writeModel(*this, options, outcome, [&](std::string_view piece) {
         text += piece;
         return true;
     });
-    told.bytes = text.size();
+    outcome.bytes = text.size();
     if (!written) {
-        told.status = VN::eCancelled;
-        told.message = "cancelled";
+        outcome.status = VN::eCancelled;
+        outcome.message = "cancelled";
     }
     if (result)
-        *result = std::move(told);
+        *result = std::move(outcome);
     return text;
 }
 

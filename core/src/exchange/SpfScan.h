@@ -14,7 +14,7 @@
 
 namespace VN_SDAI::spf {
 
-/// Bytes behind every text that is scanned which may be read, so that whole vectors can be.
+/// Bytes past the end of every scanned text which may be read, so that whole vectors can be.
 inline constexpr std::size_t kPadding = 64;
 
 constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
@@ -84,7 +84,8 @@ inline const char* findLineEnd(const char* p, const char* end) noexcept {
 #endif
 }
 
-/// Behind the closing apostrophe of the string whose opening one is at `open`; null when it is not closed before `end`.
+/// The place past the closing apostrophe of the string whose opening one is at `open`; null when it is not closed
+/// before `end`.
 inline const char* stringEnd(const char* open, const char* end) noexcept {
     const char* p = open + 1;
     while ((p = findInString(p, end)) < end) {
@@ -99,7 +100,7 @@ inline const char* stringEnd(const char* open, const char* end) noexcept {
     return nullptr;
 }
 
-/// Behind the comment that begins at `p`; null when it is not closed before `end`.
+/// The place past the comment that begins at `p`; null when it is not closed before `end`.
 inline const char* commentEnd(const char* p, const char* end) noexcept {
     for (p += 2; p + 1 < end; ++p) {
         p = static_cast<const char*>(std::memchr(p, '*', static_cast<std::size_t>(end - p - 1)));
@@ -193,7 +194,7 @@ inline std::string closed(std::string_view text) {
     return result.append(depth, ')');
 }
 
-/// Reads an instance number; moves `p` behind its digits. False when it has no digit or exceeds 64 bits.
+/// Reads an instance number; moves `p` past its digits. False when it has no digit or exceeds 64 bits.
 inline bool readNumber(const char*& p, std::uint64_t& number) noexcept {
     const char* first = p;
     std::uint64_t value = 0;

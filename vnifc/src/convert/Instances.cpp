@@ -175,7 +175,7 @@ void Conversion::carryField(const Record& record, const Plan& plan, std::size_t 
         return m_rest.push_back({position, kOccupied});
     m_targetAttribute = to.name;
     Value value = record.values[position];
-    const std::size_t told = m_outcome->findings.size();
+    const std::size_t before = m_outcome->findings.size();
     bool isAsPlanned = step.isSafe;
     forEachReference(value, [&](std::uint64_t number) {
         isAsPlanned = isAsPlanned && !m_gone.contains(number) && !m_others.contains(number);
@@ -191,7 +191,7 @@ void Conversion::carryField(const Record& record, const Plan& plan, std::size_t 
         return;
     }
     const std::string_view reason = m_reasonLost;
-    forget(told);
+    forget(before);
     m_rest.push_back({position, reason});
 }
 
@@ -205,11 +205,11 @@ bool Conversion::isKeptText(const Record& record, std::size_t position) const {
 bool Conversion::fitField(const Record& record, const Plan& plan, std::size_t position, Value& value) {
     const Field& from = plan.source->fields[position];
     const Field& to = plan.target->fields[plan.steps[position].target];
-    const std::size_t told = m_outcome->findings.size();
+    const std::size_t before = m_outcome->findings.size();
     m_isPartLost = false;
     const bool fits = fit(value, from.type, to.type, to.enumeration());
     if (isKeptText(record, position) && (!fits || m_isPartLost)) {
-        forget(told);
+        forget(before);
         value = record.values[position];
         return true;
     }
