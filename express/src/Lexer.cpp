@@ -23,18 +23,16 @@ void Lexer::advance(std::size_t count) {
 
 template <class Predicate>
 void Lexer::advanceWhile(Predicate predicate) {
-    while (!atEnd() && predicate(peek())) {
+    while (!atEnd() && predicate(peek()))
         advance();
-    }
 }
 
 void Lexer::skipEmbeddedRemark() {
     const Position start = m_at;
     std::size_t depth = 0; // embedded remarks nest, a counter instead of recursion bounds the stack
     do {
-        if (atEnd()) {
+        if (atEnd())
             throw ExpressError(m_file, start, "a remark without end", "\"*)\"");
-        }
         const bool opens = at("(*");
         const bool closes = !opens && at("*)");
         depth = depth + (opens ? 1 : 0) - (closes ? 1 : 0);
@@ -45,13 +43,12 @@ void Lexer::skipEmbeddedRemark() {
 void Lexer::skipRemarks() {
     while (true) {
         advanceWhile(isSpace);
-        if (at("(*")) {
+        if (at("(*"))
             skipEmbeddedRemark();
-        } else if (at("--")) {
+        else if (at("--"))
             advanceWhile([](char c) { return c != '\n'; });
-        } else {
+        else
             return;
-        }
     }
 }
 
@@ -59,9 +56,8 @@ void Lexer::skipQuoted(char quote) {
     const Position start = m_at;
     advance();
     advanceWhile([quote](char c) { return c != quote && c != '\n'; });
-    if (peek() != quote) {
+    if (peek() != quote)
         throw ExpressError(m_file, start, "a string without end", "a closing quote on the same line");
-    }
     advance(); // a doubled quote starts a second literal right away, which is as good where strings are skipped
 }
 
@@ -90,9 +86,8 @@ TokenKind Lexer::scan() {
 Token Lexer::next() {
     skipRemarks();
     Token token{TokenKind::kEnd, {}, m_at};
-    if (atEnd()) {
+    if (atEnd())
         return token;
-    }
     const std::size_t start = m_offset;
     token.kind = scan();
     token.text = m_source.substr(start, m_offset - start);

@@ -87,23 +87,20 @@ void Parser::fail(std::string_view expected) const {
 }
 
 bool Parser::accept(std::string_view word) {
-    if (!at(word)) {
+    if (!at(word))
         return false;
-    }
     take();
     return true;
 }
 
 void Parser::expect(std::string_view word) {
-    if (!accept(word)) {
+    if (!accept(word))
         fail("\"" + std::string(word) + "\"");
-    }
 }
 
 Name Parser::takeName(std::string_view what) {
-    if (m_token.kind != TokenKind::kWord || atClause()) {
+    if (m_token.kind != TokenKind::kWord || atClause())
         fail(what);
-    }
     const Token token = take();
     return {std::string(token.text), token.at};
 }
@@ -111,9 +108,8 @@ Name Parser::takeName(std::string_view what) {
 int Parser::takeInteger() {
     int value = 0;
     const char* const end = m_token.text.data() + m_token.text.size();
-    if (m_token.kind != TokenKind::kInteger || std::from_chars(m_token.text.data(), end, value).ec != std::errc{}) {
+    if (m_token.kind != TokenKind::kInteger || std::from_chars(m_token.text.data(), end, value).ec != std::errc{})
         fail("an integer of 32 bits");
-    }
     take();
     return value;
 }
@@ -132,9 +128,8 @@ template <class Table>
 auto Parser::acceptKeyword(const Table& table) {
     using Value = decltype(table[0].value);
     const auto found = std::find_if(table.begin(), table.end(), [this](const auto& row) { return at(row.text); });
-    if (found == table.end()) {
+    if (found == table.end())
         return std::optional<Value>{};
-    }
     take();
     return std::optional<Value>{found->value};
 }
@@ -144,9 +139,8 @@ void Parser::skipTo(std::initializer_list<std::string_view> words) {
         return std::any_of(words.begin(), words.end(), [this](std::string_view word) { return at(word); });
     };
     while (!reached()) {
-        if (m_token.kind == TokenKind::kEnd) {
+        if (m_token.kind == TokenKind::kEnd)
             fail("\"" + std::string(*words.begin()) + "\"");
-        }
         take();
     }
 }
@@ -179,20 +173,17 @@ SchemaDecl Parser::parse() {
     schema.name = takeName("the schema's name");
     skipTo({";"}); // a version string may follow the name
     take();
-    while (!accept("END_SCHEMA")) {
+    while (!accept("END_SCHEMA"))
         parseDeclaration(schema);
-    }
     expect(";");
-    if (m_token.kind != TokenKind::kEnd) {
+    if (m_token.kind != TokenKind::kEnd)
         fail("the end of the text");
-    }
     return schema;
 }
 
 void Parser::parseDeclaration(SchemaDecl& schema) {
-    if (accept("TYPE")) {
+    if (accept("TYPE"))
         return parseType(schema);
-    }
     if (accept("ENTITY")) {
         schema.entities.push_back(parseEntity());
         return;
@@ -202,11 +193,9 @@ void Parser::parseDeclaration(SchemaDecl& schema) {
         take();
         return;
     }
-    for (const std::string_view block : {"CONSTANT", "FUNCTION", "PROCEDURE", "RULE", "SUBTYPE_CONSTRAINT"}) {
-        if (at(block)) {
+    for (const std::string_view block : {"CONSTANT", "FUNCTION", "PROCEDURE", "RULE", "SUBTYPE_CONSTRAINT"})
+        if (at(block))
             return skipBlock(block);
-        }
-    }
     fail("a declaration or \"END_SCHEMA\"");
 }
 
@@ -217,9 +206,8 @@ void Parser::parseType(SchemaDecl& schema) {
     accept("GENERIC_ENTITY");
     if (accept("ENUMERATION")) {
         const bool hasItems = !isExtensible || at("OF");
-        if (hasItems) {
+        if (hasItems)
             expect("OF");
-        }
         schema.enumerations.push_back({std::move(name), hasItems ? takeNames("a literal") : std::vector<Name>{}});
     } else if (accept("SELECT")) {
         const bool hasItems = !isExtensible || at("(");
@@ -228,9 +216,8 @@ void Parser::parseType(SchemaDecl& schema) {
         schema.definedTypes.push_back({std::move(name), parseTypeSpec()});
     }
     expect(";");
-    if (at("WHERE")) {
+    if (at("WHERE"))
         skipTo({"END_TYPE"});
-    }
     expect("END_TYPE");
     expect(";");
 }
@@ -256,9 +243,8 @@ TypeSpec Parser::parseTypeSpec() {
 void Parser::parseWidth(TypeSpec& type) {
     if (at("(")) {
         take();
-        if (m_token.kind == TokenKind::kInteger) {
+        if (m_token.kind == TokenKind::kInteger)
             type.width = takeInteger();
-        }
         skipTo({")"});
         take();
     }
@@ -277,20 +263,17 @@ Layer Parser::parseLayer(AggregateKind kind) {
 
 Bound Parser::parseBound(std::string_view end) {
     const Token first = m_token;
-    if (at(end)) {
+    if (at(end))
         fail("a bound");
-    }
     if (m_token.kind == TokenKind::kInteger) {
         const int value = takeInteger();
-        if (accept(end)) {
+        if (accept(end))
             return {std::string(first.text), value};
-        }
     }
     Token last = first;
     for (std::size_t depth = 0; depth > 0 || !at(end);) {
-        if (m_token.kind == TokenKind::kEnd || at(";")) {
+        if (m_token.kind == TokenKind::kEnd || at(";"))
             fail("\"" + std::string(end) + "\"");
-        }
         depth += at("(") || at("[") ? 1 : 0;
         depth -= depth > 0 && (at(")") || at("]")) ? 1 : 0;
         last = take();
@@ -305,18 +288,14 @@ EntityDecl Parser::parseEntity() {
     entity.name = takeName("an entity's name");
     parseSupertypes(entity);
     parseExplicits(entity);
-    if (accept("DERIVE")) {
+    if (accept("DERIVE"))
         parseDerived(entity);
-    }
-    if (accept("INVERSE")) {
+    if (accept("INVERSE"))
         parseInverses(entity);
-    }
-    if (accept("UNIQUE")) {
+    if (accept("UNIQUE"))
         parseUniques(entity);
-    }
-    if (at("WHERE")) {
+    if (at("WHERE"))
         skipTo({"END_ENTITY"});
-    }
     expect("END_ENTITY");
     expect(";");
     return entity;
@@ -334,9 +313,8 @@ void Parser::parseUniques(EntityDecl& entity) {
             rule.attributes.push_back(each.redeclaredOwner.text.empty() ? each.name : each.redeclaredName);
         };
         add(first);
-        while (accept(",")) {
+        while (accept(","))
             add(parseAttributeName());
-        }
         expect(";");
         entity.uniques.push_back(std::move(rule));
     }
@@ -346,9 +324,8 @@ void Parser::parseSupertypes(EntityDecl& entity) {
     entity.isAbstract = accept("ABSTRACT");
     if (accept("SUPERTYPE") && (!entity.isAbstract || at("OF"))) {
         expect("OF");
-        if (!at("(")) {
+        if (!at("("))
             fail("\"(\"");
-        }
         skipParentheses();
     }
     if (accept("SUBTYPE")) {
@@ -417,9 +394,8 @@ void Parser::parseInverses(EntityDecl& entity) {
         inverse.entity = takeName("an entity's name");
         expect("FOR");
         inverse.attribute = takeName("an attribute's name");
-        if (accept(".")) {
+        if (accept("."))
             inverse.attribute = takeName("an attribute's name");
-        }
         expect(";");
         entity.inverses.push_back(std::move(inverse));
     }

@@ -295,7 +295,7 @@ const std::vector<Case> kCases{
 
 class CaseTest : public testing::TestWithParam<Case> {};
 
-TEST_P(CaseTest, becomesWhatTheDeclarationsAllow) {
+TEST_P(CaseTest, BecomesWhatTheDeclarationsAllow) {
     const Case& each = GetParam();
     if (!isBuilt(each.from) || !isBuilt(each.to))
         GTEST_SKIP() << "a module is not built";
@@ -312,7 +312,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, CaseTest, testing::ValuesIn(kCases),
 
 } // namespace
 
-TEST(Convert, headerNamesTheReleaseThatReadsIt) {
+TEST(Convert, HeaderNamesTheReleaseThatReadsIt) {
     for (const std::string& release : builtReleases()) {
         const Converted converted(fileOf("#1=IFCCARTESIANPOINT((0.,0.));\n"), builtReleases().front(), release);
         const VN_SDAI::VnIfcFile again = VN_SDAI::vnOpenText(converted.text);
@@ -321,7 +321,7 @@ TEST(Convert, headerNamesTheReleaseThatReadsIt) {
     }
 }
 
-TEST(Convert, takesNoTargetThatHoldsSomething) {
+TEST(Convert, TakesNoTargetThatHoldsSomething) {
     const Converted first(fileOf("#1=IFCCARTESIANPOINT((0.,0.));\n"), builtReleases().front(), builtReleases().back());
     VN_SDAI::VnIfcFile target = VN_SDAI::vnCreateFile(builtReleases().back());
     target.model().create("IfcCartesianPoint");
@@ -329,7 +329,7 @@ TEST(Convert, takesNoTargetThatHoldsSomething) {
     EXPECT_EQ(target.model().count(), 1u);
 }
 
-TEST(Convert, cancelsWithoutLeavingAnything) {
+TEST(Convert, CancelsWithoutLeavingAnything) {
     const Converted first(fileOf("#1=IFCCARTESIANPOINT((0.,0.));\n"), builtReleases().front(), builtReleases().back());
     VN_SDAI::VnIfcFile target = VN_SDAI::vnCreateFile(builtReleases().back());
     ConvertOptions options;
@@ -339,7 +339,7 @@ TEST(Convert, cancelsWithoutLeavingAnything) {
     EXPECT_EQ(target.model().count(), 0u);
 }
 
-TEST(Convert, carriesTextsAsTheyAreWritten) {
+TEST(Convert, CarriesTextsAsTheyAreWritten) {
     if (!isBuilt("IFC2X3") || !isBuilt("IFC4X3_ADD2"))
         GTEST_SKIP() << "a module is not built";
     // A directive that takes an apostrophe, one doubled, and what looks like a reference and an end.
@@ -351,7 +351,7 @@ TEST(Convert, carriesTextsAsTheyAreWritten) {
         << converted.text;
 }
 
-TEST(Convert, keepsAndTellsWhatTheFileCouldNotTypeEither) {
+TEST(Convert, KeepsAndTellsWhatTheFileCouldNotTypeEither) {
     if (!isBuilt("IFC4") || !isBuilt("IFC4X3_ADD2"))
         GTEST_SKIP() << "a module is not built";
     const Converted converted(fileOf("#1=IFCNOSUCHENTITY('x',#2);\n#2=IFCCARTESIANPOINT(('no',2.));\n"
@@ -365,7 +365,7 @@ TEST(Convert, keepsAndTellsWhatTheFileCouldNotTypeEither) {
     EXPECT_EQ(added(converted.before, converted.after), "");
 }
 
-TEST(Convert, survivesInstancesThatStandInEachOther) {
+TEST(Convert, SurvivesInstancesThatStandInEachOther) {
     if (!isBuilt("IFC4") || !isBuilt("IFC2X3"))
         GTEST_SKIP() << "a module is not built";
     std::string nested = "#1=IFCSEAMCURVE(#2,(#1),.CURVE3D.);\n#2=IFCSEAMCURVE(#1,(#2),.CURVE3D.);\n"

@@ -13,13 +13,6 @@ using namespace vnifc::test;
 
 namespace {
 
-std::string contents(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
-
 std::set<std::string> globalIds(const VN_SDAI::VnIfcModel& model) {
     std::set<std::string> all;
     model.forEach([&](VN_SDAI::VnIfcEntityBase& each) {
@@ -42,7 +35,7 @@ std::string dataOf(const std::string& file) { return file.substr(file.find("\nDA
 
 } // namespace
 
-TEST(Corpus, resultHasNoFaultThatTheFileDoesNotHave) {
+TEST(Corpus, ResultHasNoFaultThatTheFileDoesNotHave) {
     const std::vector<std::filesystem::path> files = readableFiles();
     if (files.empty())
         GTEST_SKIP() << "the files are not there";
@@ -56,7 +49,7 @@ TEST(Corpus, resultHasNoFaultThatTheFileDoesNotHave) {
         }
 }
 
-TEST(Corpus, upwardsKeepsEveryObject) {
+TEST(Corpus, UpwardsKeepsEveryObject) {
     const std::vector<std::filesystem::path> files = readableFiles();
     if (files.empty())
         GTEST_SKIP() << "the files are not there";
@@ -67,13 +60,12 @@ TEST(Corpus, upwardsKeepsEveryObject) {
         const std::set<std::string> after = globalIds(converted.target.model());
         EXPECT_TRUE(std::includes(after.begin(), after.end(), before.begin(), before.end()));
         for (const vnifc::ConvertFinding& each : converted.findings)
-            if (each.kind == vnifc::ConvertKind::kLostInstance) {
+            if (each.kind == vnifc::ConvertKind::kLostInstance)
                 EXPECT_EQ(each.entity, "IfcStyledItem") << "not one that says that there is no style: " << each.text();
-            }
     }
 }
 
-TEST(Corpus, thereAndBackAgainGivesTheSame) {
+TEST(Corpus, ThereAndBackAgainGivesTheSame) {
     const std::vector<std::filesystem::path> files = readableFiles();
     if (files.empty())
         GTEST_SKIP() << "the files are not there";

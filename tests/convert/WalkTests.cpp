@@ -204,7 +204,7 @@ std::vector<Pair> pairs() {
 
 class WalkTest : public testing::TestWithParam<Pair> {};
 
-TEST_P(WalkTest, bringsEverythingOrTellsWhy) {
+TEST_P(WalkTest, BringsEverythingOrTellsWhy) {
     const Schema& from = schemaNamed(GetParam().from);
     const Schema& to = schemaNamed(GetParam().to);
     for (const double optionals : {1.0, 0.5, 0.0}) {
@@ -216,9 +216,8 @@ TEST_P(WalkTest, bringsEverythingOrTellsWhy) {
         EXPECT_EQ(converted.target.model().count(), source.instances.size() + result.added - goneOf(converted));
         EXPECT_EQ(silent(converted, source, from, to), "");
         EXPECT_EQ(added(converted.before, converted.after), "") << converted.said;
-        if (GetParam().from == GetParam().to) {
+        if (GetParam().from == GetParam().to)
             EXPECT_EQ(result.carried, source.instances.size());
-        }
     }
 }
 

@@ -20,7 +20,7 @@ std::string fileOf(const VnModule& module) {
 
 } // namespace
 
-TEST(Module, isLoadedByNameAndByPathAndInitialisedForItsLifetime) {
+TEST(Module, IsLoadedByNameAndByPathAndInitialisedForItsLifetime) {
     std::string file;
     {
         const VnModule module = VnModule::load("VnIfc4x3");
@@ -72,7 +72,7 @@ TEST(Module, LastsUntilItsLastUseEnds) {
     EXPECT_EQ(&again.lifeCycle(), &app) << "the module stayed at its place";
 }
 
-TEST(Module, tellsWhyItCannotBeLoaded) {
+TEST(Module, TellsWhyItCannotBeLoaded) {
     struct Case {
         const char* name;
         const char* reason;

@@ -30,7 +30,7 @@ void expectDecoded(const std::string& exchange, const std::string& text, const s
 
 } // namespace
 
-TEST(Text, decodesDirectivesWholeFromTheLeft) {
+TEST(Text, DecodesDirectivesWholeFromTheLeft) {
     const struct {
         std::string exchange, text;
     } cases[] = {
@@ -55,7 +55,7 @@ TEST(Text, decodesDirectivesWholeFromTheLeft) {
         expectDecoded(exchange, text);
 }
 
-TEST(Text, keepsWhatIsMalformedAndReportsIt) {
+TEST(Text, KeepsWhatIsMalformedAndReportsIt) {
     const struct {
         std::string exchange, text;
         std::vector<Fault> faults;
@@ -94,7 +94,7 @@ TEST(Text, keepsWhatIsMalformedAndReportsIt) {
 }
 
 // The C library's own tables are the witness.
-TEST(Text, knowsThePartsOfIso8859) {
+TEST(Text, KnowsThePartsOfIso8859) {
     for (char part = 1; part <= 9; ++part) {
         const std::string name = "ISO-8859-" + std::to_string(part);
         const iconv_t converter = iconv_open("UTF-8", name.c_str());
@@ -115,7 +115,7 @@ TEST(Text, knowsThePartsOfIso8859) {
     }
 }
 
-TEST(Text, encodesWithAsFewDirectivesAsTheTextAllows) {
+TEST(Text, EncodesWithAsFewDirectivesAsTheTextAllows) {
     const struct {
         std::string text, exchange;
     } cases[] = {
@@ -134,7 +134,7 @@ TEST(Text, encodesWithAsFewDirectivesAsTheTextAllows) {
     }
 }
 
-TEST(Text, copiesNothingWhereNothingIsToBeDone) {
+TEST(Text, CopiesNothingWhereNothingIsToBeDone) {
     const std::string plain = "plain ASCII, and long enough to be on the heap", latin = "a\xE9", accented = "\u00E9";
     std::string buffer;
     std::vector<Fault> faults;
@@ -147,7 +147,7 @@ TEST(Text, copiesNothingWhereNothingIsToBeDone) {
     EXPECT_EQ(faults.size(), 1u);
 }
 
-TEST(Text, bringsBackEveryCharacterInAnyOrder) {
+TEST(Text, BringsBackEveryCharacterInAnyOrder) {
     std::mt19937 random(1);
     std::u32string all;
     for (char32_t character = 0; character <= 0x10FFFF; ++character)

@@ -15,7 +15,7 @@ using namespace VN_SDAI;
 using namespace IFC4X3;
 using namespace exchange;
 
-TEST(Kept, parametersComeBackAsTheyWere) {
+TEST(Kept, ParametersComeBackAsTheyWere) {
     const struct {
         const char* instance;
         const char* codes;
@@ -140,7 +140,7 @@ TEST(Kept, parametersComeBackAsTheyWere) {
     EXPECT_EQ(rewritten(withNul), withNul) << "a NUL would end the GlobalId in memory";
 }
 
-TEST(Kept, valuesAreUnsetInMemoryAndListsHoldWhatWasReadBeforeTheFault) {
+TEST(Kept, ValuesAreUnsetInMemoryAndListsHoldWhatWasReadBeforeTheFault) {
     Reading reading(fileOf("#1=IFCMATERIALLAYER('x','x','x',5,$$,2147483647);\n#2=IFCCARTESIANPOINT((x,2.,'a',4.));\n"
                            "#3=IFCCARTESIANPOINT(7.5);\n#4=IFCWALL(5,$,$,$,$,$,$,$,.WAVY.);\n#5=IFCPERSON('p');\n"
                            "#6=IFCPROPERTYSINGLEVALUE('',$,IFCFOO(1.),IFCLABEL($));\n"));
@@ -161,7 +161,7 @@ TEST(Kept, valuesAreUnsetInMemoryAndListsHoldWhatWasReadBeforeTheFault) {
     EXPECT_FALSE(reading.as<IfcPropertySingleValue>(6).getNominalValue().isSet());
 }
 
-TEST(Kept, textGivesWayToTheFirstChangeOfItsAttributeAndToNoOther) {
+TEST(Kept, TextGivesWayToTheFirstChangeOfItsAttributeAndToNoOther) {
     Reading reading(fileOf("#1=IFCMATERIALLAYER('m','t',5,6,7,8,'p',9);\n"));
     auto& own = reading.as<IfcMaterialLayer>(1);
     own.setLayerThickness(0.25);
@@ -178,7 +178,7 @@ TEST(Kept, textGivesWayToTheFirstChangeOfItsAttributeAndToNoOther) {
     EXPECT_EQ(reading.data(), "#1=IFCMATERIALLAYER($,$,$,$,'d','',$,9);\n") << "the surplus stays";
 }
 
-TEST(Kept, absentParametersStayAbsentUntilTheyAreSet) {
+TEST(Kept, AbsentParametersStayAbsentUntilTheyAreSet) {
     Reading reading(fileOf("#1=IFCPERSON('p',$);\n#2=IFCPERSON('q');\n"));
     auto& first = reading.as<IfcPerson>(1);
     first.setIdentification("i");
@@ -188,7 +188,7 @@ TEST(Kept, absentParametersStayAbsentUntilTheyAreSet) {
     EXPECT_EQ(reading.data(), "#1=IFCPERSON('i',$,$,('m'));\n#2=IFCPERSON('q',$,$);\n");
 }
 
-TEST(Kept, textBesideAnAggregateASelectAndADerivedPosition) {
+TEST(Kept, TextBesideAnAggregateASelectAndADerivedPosition) {
     Reading reading(fileOf("#1=IFCSIUNIT($,.LENGTHUNIT.,.HUGE.,.METRE.);\n#2=IFCCARTESIANPOINT((1.,'x'));\n"
                            "#3=IFCPROPERTYSINGLEVALUE('',$,IFCFOO(1.),$);\n#4=IFCCARTESIANPOINT(5.);\n"));
     reading.as<IfcSIUnit>(1).setPrefix(kIfcSIPrefix_MILLI);
@@ -201,7 +201,7 @@ TEST(Kept, textBesideAnAggregateASelectAndADerivedPosition) {
                               "#3=IFCPROPERTYSINGLEVALUE('',$,IFCREAL(2.),$);\n#4=IFCCARTESIANPOINT((5.));\n");
 }
 
-TEST(Kept, brokenTextIsClosedSoThatItEndsWhereItsInstanceEnds) {
+TEST(Kept, BrokenTextIsClosedSoThatItEndsWhereItsInstanceEnds) {
     const struct {
         std::string_view data;
         std::string_view written;
@@ -237,7 +237,7 @@ TEST(Kept, brokenTextIsClosedSoThatItEndsWhereItsInstanceEnds) {
     }
 }
 
-TEST(Kept, numbersThatAreTakenOrDoNotFitGetOnesThatNobodyRefersTo) {
+TEST(Kept, NumbersThatAreTakenOrDoNotFitGetOnesThatNobodyRefersTo) {
     // #8 stands nowhere, but is referred to: a second #1 under that number would become what #3 refers to.
     Reading reading(
         fileOf("#1=IFCWALL('first',$,$,$,$,$,$,$,$);\n#1=IFCWALL('second',$,$,$,$,$,$,$,$);\n"
@@ -251,7 +251,7 @@ TEST(Kept, numbersThatAreTakenOrDoNotFitGetOnesThatNobodyRefersTo) {
     EXPECT_EQ(reading.as<IfcRelAggregates>(3).getRelatedObjects()[0].number(), 8u);
 }
 
-TEST(Kept, aNewInstanceTakesNoNumberThatIsReferredTo) {
+TEST(Kept, ANewInstanceTakesNoNumberThatIsReferredTo) {
     Reading reading(fileOf("#1=IFCFACEBOUND(#7,.T.);\n#18446744073709551615=IFCFACEBOUND(#2,.T.);\n"));
     EXPECT_EQ(reading.model.create("IfcWall").number(), 3u);
     EXPECT_EQ(reading.model.find(18446744073709551615u).number(), 18446744073709551615u);
@@ -263,7 +263,7 @@ TEST(Kept, aNewInstanceTakesNoNumberThatIsReferredTo) {
     }
 }
 
-TEST(Kept, foreignInstancesAreReachableWithKeywordAndText) {
+TEST(Kept, ForeignInstancesAreReachableWithKeywordAndText) {
     Reading reading(fileOf("#1=IfcFoo('a', 2);\n#2=(A(1)B());\n"));
     const auto* foreign = dynamic_cast<const VnIfcForeignInstance*>(reading.model.find(1).openObject());
     ASSERT_TRUE(foreign);

@@ -1,5 +1,6 @@
 // A file that is written is complete, or as it was, and nothing lies beside it.
 #include "Support.h"
+#include "support/Files.h"
 
 #include <VnIfcCore/VnSafeFile.h>
 
@@ -13,6 +14,7 @@
 
 using namespace VN_SDAI;
 using namespace exchange;
+using vnifc::test::contents;
 namespace fs = std::filesystem;
 
 #if defined(__linux__)
@@ -46,10 +48,6 @@ protected:
             all += name + ' ';
         return all;
     }
-    static std::string contents(const fs::path& file) {
-        std::ifstream in(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
     void put(const std::string& text) const { std::ofstream(target, std::ios::binary) << text; }
 
     fs::path directory = fs::temp_directory_path() / ("vnifc_safe_file_" + std::to_string(::getpid()));
@@ -58,7 +56,7 @@ protected:
 
 } // namespace
 
-TEST_F(SafeFile, takesItsNameWithCommitOnly) {
+TEST_F(SafeFile, TakesItsNameWithCommitOnly) {
     put("before");
     {
         VnSafeFile file(target);
@@ -73,7 +71,7 @@ TEST_F(SafeFile, takesItsNameWithCommitOnly) {
     EXPECT_EQ(namesThere(), "file.ifc ");
 }
 
-TEST_F(SafeFile, keepsPermissionsAndLinks) {
+TEST_F(SafeFile, KeepsPermissionsAndLinks) {
     put("before");
     fs::permissions(target, fs::perms::owner_read | fs::perms::owner_write);
     fs::create_symlink("file.ifc", directory / "link");
@@ -84,7 +82,7 @@ TEST_F(SafeFile, keepsPermissionsAndLinks) {
     EXPECT_EQ(fs::status(target).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 }
 
-TEST_F(SafeFile, tellsWhyItCannotBeWritten) {
+TEST_F(SafeFile, TellsWhyItCannotBeWritten) {
     VnSafeFile nowhere(directory / "missing" / "file");
     EXPECT_TRUE(!nowhere.stream() && nowhere.error() == ENOENT && !nowhere.write("x") && !nowhere.commit());
     VnSafeFile overDirectory(directory);
@@ -100,7 +98,7 @@ TEST_F(SafeFile, tellsWhyItCannotBeWritten) {
 }
 
 #if defined(__linux__)
-TEST_F(SafeFile, isOnTheDiskBeforeItHasAName) {
+TEST_F(SafeFile, IsOnTheDiskBeforeItHasAName) {
     calls.clear();
     VnSafeFile file(target);
     EXPECT_TRUE(file.write("text"));
@@ -109,7 +107,7 @@ TEST_F(SafeFile, isOnTheDiskBeforeItHasAName) {
     EXPECT_TRUE(calls == "fsync link " || calls == "fsync ") << calls; // where there are no files without a name
 }
 
-TEST_F(SafeFile, aKilledWriterLeavesNothing) {
+TEST_F(SafeFile, AKilledWriterLeavesNothing) {
     put("before");
     const pid_t child = ::fork();
     ASSERT_GE(child, 0);
@@ -128,7 +126,7 @@ TEST_F(SafeFile, aKilledWriterLeavesNothing) {
 
 // ---- numbers of instances, which two ways of writing share
 
-TEST(InstanceNumbers, areWrittenWhole) {
+TEST(InstanceNumbers, AreWrittenWhole) {
     for (const std::uint64_t number : {1ull, 9ull, 10ull, 99'999'999ull, 100'000'000ull, 100'000'001ull, 999'999'999ull,
                                        1'000'000'000ull, 18'446'744'073'709'551'615ull}) {
         const std::string data =

@@ -43,7 +43,7 @@ std::string headerOf(std::string_view file) {
 
 } // namespace
 
-TEST(Structure, instancesAreFoundWhateverTheFileAroundThemLooksLike) {
+TEST(Structure, InstancesAreFoundWhateverTheFileAroundThemLooksLike) {
     const std::string file = fileOf(kPoint);
     const std::string head(kHead), tail(kTail), point(kPoint);
     const std::string schemaLine = "FILE_SCHEMA(('IFC4X3'));";
@@ -107,7 +107,7 @@ TEST(Structure, instancesAreFoundWhateverTheFileAroundThemLooksLike) {
     }
 }
 
-TEST(Structure, theHeaderIsWrittenAsItWasRead) {
+TEST(Structure, TheHeaderIsWrittenAsItWasRead) {
     for (const std::string_view header : {
              "FILE_DESCRIPTION(('ViewDefinition\r\n[X]','it''s "
              "\\X\\C4'),'2;1');\nFILE_NAME($,'2020',$,(),'','a\\S\\'b','');\n"
@@ -127,7 +127,7 @@ TEST(Structure, theHeaderIsWrittenAsItWasRead) {
               std::vector<std::string>{"IFC4X3"});
 }
 
-TEST(Structure, headerStringsAreTakenApart) {
+TEST(Structure, HeaderStringsAreTakenApart) {
     VnIfcHeader header;
     header.set("FILE_NAME", "'it''s', ( 'a' , 'b\\S\\'c' /* 'no' */ ), $, 'd\\\\''e'");
     EXPECT_EQ(header.strings("file_name", 0), std::vector<std::string>{"it's"});
@@ -141,7 +141,7 @@ TEST(Structure, headerStringsAreTakenApart) {
     EXPECT_EQ(fresh.strings("FILE_NAME", 0), std::vector<std::string>{"it's\\\\x"});
 }
 
-TEST(Structure, whatIsNoExchangeFileIsRefusedWithTheReason) {
+TEST(Structure, WhatIsNoExchangeFileIsRefusedWithTheReason) {
     const std::string file = fileOf(kPoint);
     const struct {
         std::string text;
@@ -167,7 +167,7 @@ TEST(Structure, whatIsNoExchangeFileIsRefusedWithTheReason) {
     }
 }
 
-TEST(Structure, whatIsNoReadableFileIsToldApart) {
+TEST(Structure, WhatIsNoReadableFileIsToldApart) {
     VnIfcModel model(schema());
     const std::filesystem::path directory =
         std::filesystem::temp_directory_path() / ("vnifc_structure_" + std::to_string(::getpid()));
@@ -186,14 +186,14 @@ TEST(Structure, whatIsNoReadableFileIsToldApart) {
     std::filesystem::remove_all(directory);
 }
 
-TEST(Structure, aReadThatFailsIsNoEmptyFile) {
+TEST(Structure, AReadThatFailsIsNoEmptyFile) {
     VnIfcModel model(schema());
     const VnIfcFileResult result = model.readFile("/proc/self/mem"); // opens, and has nothing at its beginning
     EXPECT_EQ(result.status, VN::eCannotRead);
     EXPECT_EQ(result.message, std::strerror(EIO));
 }
 
-TEST(Structure, findingsAndPlacesComeInTheOrderOfTheFile) {
+TEST(Structure, FindingsAndPlacesComeInTheOrderOfTheFile) {
     const struct {
         std::string data;
         const char* told;
@@ -230,7 +230,7 @@ TEST(Structure, findingsAndPlacesComeInTheOrderOfTheFile) {
         }
 }
 
-TEST(Structure, aPipeIsReadToItsEnd) {
+TEST(Structure, APipeIsReadToItsEnd) {
     int ends[2];
     ASSERT_EQ(::pipe(ends), 0);
     const std::string file = fileOf("#1=IFCFOO();\n");
@@ -247,7 +247,7 @@ TEST(Structure, aPipeIsReadToItsEnd) {
     EXPECT_TRUE(said.starts_with("the pipe:8:4: warning")) << said;
 }
 
-TEST(Structure, diagnosticsPointToTheTokenAndSayWhatWasExpected) {
+TEST(Structure, DiagnosticsPointToTheTokenAndSayWhatWasExpected) {
     const std::string file(fileOf("#1=IFCWALL('guid',#9,5,$,$,$,$,$,.WAVY.);\r"
                                   "#2 = IFCPERSON ( $,$ ,\r\n\t 'x' 'y',\n  .A. ,$,$,$,$);\n"
                                   "#3=IFCFOO(1);  #4=IFCPERSON($);\n"

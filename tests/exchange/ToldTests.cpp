@@ -51,7 +51,7 @@ std::string codesOfCheck(const VnIfcModel& model) {
 
 } // namespace
 
-TEST(Told, aHandleOfAnotherModelIsNoNumberOfThisOne) {
+TEST(Told, AHandleOfAnotherModelIsNoNumberOfThisOne) {
     VnIfcModel model(schema()), other(schema());
     const VnDbObjectId stranger = other.create("IfcWall");
     auto* relation = model.create<IfcRelAggregates>();
@@ -71,7 +71,7 @@ TEST(Told, aHandleOfAnotherModelIsNoNumberOfThisOne) {
     EXPECT_TRUE(placement->putAttr("RelativePlacement", model.create("IfcAxis2Placement3D")));
 }
 
-TEST(Told, infiniteNumbersAreNotSilentlyUnset) {
+TEST(Told, InfiniteNumbersAreNotSilentlyUnset) {
     VnIfcModel model(schema());
     auto* point = model.create<IfcCartesianPoint>();
     point->setCoordinates({1.0, HUGE_VAL});
@@ -87,7 +87,7 @@ TEST(Told, infiniteNumbersAreNotSilentlyUnset) {
     EXPECT_NE(codesOfCheck(model).find("not-finite not-finite"), std::string::npos);
 }
 
-TEST(Told, bytesThatAreNoExchangeTextAreToldAndEncodedOnRequest) {
+TEST(Told, BytesThatAreNoExchangeTextAreToldAndEncodedOnRequest) {
     const struct {
         const char* text;
         const char* asItIs;
@@ -118,7 +118,7 @@ TEST(Told, bytesThatAreNoExchangeTextAreToldAndEncodedOnRequest) {
     }
 }
 
-TEST(Told, mandatoryAttributesThatAreUnsetWhenReadingStrictly) {
+TEST(Told, MandatoryAttributesThatAreUnsetWhenReadingStrictly) {
     const std::string file = fileOf("#1=IFCWALL('0YvctVUKr0kugbFTf53O9L',$,$,$,$,$,$,$,$);\n"
                                     "#2=IFCRELAGGREGATES($,$,$,$,$,$);\n#3=IFCORGANIZATION($,$,$,$,$);\n");
     for (const bool strict : {false, true}) {
@@ -137,7 +137,7 @@ TEST(Told, mandatoryAttributesThatAreUnsetWhenReadingStrictly) {
     }
 }
 
-TEST(Told, listsInListsTakeUnsetAndBareOnes) {
+TEST(Told, ListsInListsTakeUnsetAndBareOnes) {
     const struct {
         const char* list;
         std::vector<std::size_t> counts;
@@ -159,7 +159,7 @@ TEST(Told, listsInListsTakeUnsetAndBareOnes) {
     }
 }
 
-TEST(Told, aTypedListKeepsWhatComesBeforeAFaultyElement) {
+TEST(Told, ATypedListKeepsWhatComesBeforeAFaultyElement) {
     const std::string data = "#1=IFCPROPERTYSINGLEVALUE('a',$,IFCCOMPLEXNUMBER((1.,2.,'x',4.)),$);\n";
     Reading reading(fileOf(data));
     const IfcValue& value = reading.as<IfcPropertySingleValue>(1).getNominalValue();
@@ -172,7 +172,7 @@ TEST(Told, aTypedListKeepsWhatComesBeforeAFaultyElement) {
     EXPECT_FALSE(first.as<IfcPropertySingleValue>(1).getNominalValue().isSet());
 }
 
-TEST(Told, anOptionalListWhoseElementsWereErasedIsUnset) {
+TEST(Told, AnOptionalListWhoseElementsWereErasedIsUnset) {
     Reading reading(fileOf("#1=IFCACTORROLE(.ARCHITECT.,$,$);\n#2=IFCACTORROLE(.CLIENT.,$,$);\n"
                            "#3=IFCORGANIZATION($,'a',$,(#1,#2),$);\n"));
     reading.model.erase(reading.model.find(1));
@@ -181,7 +181,7 @@ TEST(Told, anOptionalListWhoseElementsWereErasedIsUnset) {
     EXPECT_EQ(reading.data(), "#3=IFCORGANIZATION($,'a',$,$,$);\n");
 }
 
-TEST(Told, whatIsErasedIsNamedNowhere) {
+TEST(Told, WhatIsErasedIsNamedNowhere) {
     // In a list of selects; and in a text, where it keeps the check from missing somebody.
     Reading selects(fileOf("#1=IFCSURFACESTYLERENDERING($,$,$,$,$,$,$,$,.FLAT.);\n"
                            "#2=IFCSURFACESTYLE($,.BOTH.,(#1,#3));\n#3=IFCSURFACESTYLELIGHTING($,$,$,$);\n"));
@@ -198,7 +198,7 @@ TEST(Told, whatIsErasedIsNamedNowhere) {
     EXPECT_EQ(codesOfCheck(opening.model), "inverse-bounds ");
 }
 
-TEST(Told, theCheckCountsAndFindsBrokenTextsWhereverTheyStand) {
+TEST(Told, TheCheckCountsAndFindsBrokenTextsWhereverTheyStand) {
     Reading reading(fileOf("#1=IFCPROPERTYSINGLEVALUE('a\\',$,IFCLABEL('b\\'),$);\n"
                            "#2=IFCPROPERTYENUMERATEDVALUE('a',$,(IFCLABEL('c'),IFCLABEL('d\\')),$);\n"
                            "#3=IFCPERSON('p',$,$,('e\\','f'),$,$,$,$);\n#4=IFCPERSON($,$,$,$,$,$,$,$);\n"
@@ -212,7 +212,7 @@ TEST(Told, theCheckCountsAndFindsBrokenTextsWhereverTheyStand) {
     EXPECT_EQ(check.errors(), 1u);
 }
 
-TEST(Told, keptTextsAreReadableUntilTheirAttributeIsAssigned) {
+TEST(Told, KeptTextsAreReadableUntilTheirAttributeIsAssigned) {
     const std::string_view data = "#1=IFCWALL('0YvctVUKr0kugbFTf53O9L',$,42,.X.,$,$,$,$,.NONSENSE.,'more');\n";
     Reading reading(fileOf(data));
     auto& wall = reading.as<IfcWall>(1);

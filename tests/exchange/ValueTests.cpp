@@ -34,7 +34,7 @@ std::string property(std::string_view name, std::string_view value) {
 
 } // namespace
 
-TEST(Values, realsAreTheNearestDoubleOfTheirText) {
+TEST(Values, RealsAreTheNearestDoubleOfTheirText) {
     const struct {
         std::string text;
         double value;
@@ -71,7 +71,7 @@ TEST(Values, realsAreTheNearestDoubleOfTheirText) {
     EXPECT_TRUE(std::signbit(Reading(fileOf(layer("-0."))).as<IfcMaterialLayer>(1).getLayerThickness()));
 }
 
-TEST(Values, realsComeBackBitByBitInTheirShortestForm) {
+TEST(Values, RealsComeBackBitByBitInTheirShortestForm) {
     const struct {
         double value;
         const char* text;
@@ -117,7 +117,7 @@ TEST(Values, realsComeBackBitByBitInTheirShortestForm) {
     }
 }
 
-TEST(Values, integersFillTheirRangeAndNoMore) {
+TEST(Values, IntegersFillTheirRangeAndNoMore) {
     const struct {
         const char* text;
         int value;
@@ -143,7 +143,7 @@ TEST(Values, integersFillTheirRangeAndNoMore) {
     }
 }
 
-TEST(Values, stringsKeepTheirBytesButForDoubledApostrophes) {
+TEST(Values, StringsKeepTheirBytesButForDoubledApostrophes) {
     const struct {
         std::string_view file;
         std::string_view memory;
@@ -177,7 +177,7 @@ TEST(Values, stringsKeepTheirBytesButForDoubledApostrophes) {
     EXPECT_EQ(rewritten(withNul), withNul);
 }
 
-TEST(Values, stringsThatAHostMakesCannotBreakTheFile) {
+TEST(Values, StringsThatAHostMakesCannotBreakTheFile) {
     // A directive that is cut off at the end would take the closing apostrophe with it.
     for (const std::string_view text : {"\\S\\", "a\\S\\", "\\\\S\\", "\\", "'", "\\'", "\\S\\\\S\\", "\\S",
                                         "\\X0\\S\\", "\\X\\S\\'x", "\xE9\\X\\S\\'x"}) {
@@ -190,7 +190,7 @@ TEST(Values, stringsThatAHostMakesCannotBreakTheFile) {
     }
 }
 
-TEST(Values, logicalsEnumerationsAndKeywordsAreReadInAnyCase) {
+TEST(Values, LogicalsEnumerationsAndKeywordsAreReadInAnyCase) {
     Reading reading(fileOf("#1=IfcFaceBound(#1,.t.);\n#2=IFCMATERIALLAYER($,$,.U.,$,$,$,$);\n"
                            "#3=ifcwall('',$,$,$,$,$,$,$,.standard.);\n#4=IFCSIUNIT(*,.LENGTHUNIT.,$,.Metre.);\n"
                            "#5=IFCPROPERTYSINGLEVALUE($,$,IfcBoolean(.f.),$);\n"));
@@ -206,7 +206,7 @@ TEST(Values, logicalsEnumerationsAndKeywordsAreReadInAnyCase) {
                               "#5=IFCPROPERTYSINGLEVALUE($,$,IFCBOOLEAN(.F.),$);\n");
 }
 
-TEST(Values, aggregatesAreReadAtEveryLevelAndInEveryElementKind) {
+TEST(Values, AggregatesAreReadAtEveryLevelAndInEveryElementKind) {
     const std::string_view data =
         "#1=IFCCARTESIANPOINT((1.,2.,3.));\n"
         "#2=IFCCARTESIANPOINTLIST3D(((0.,0.,0.),(),(1.,$,3.)),('a','b'));\n"
@@ -226,7 +226,7 @@ TEST(Values, aggregatesAreReadAtEveryLevelAndInEveryElementKind) {
     EXPECT_EQ(segments[1].getAggr()->count(), 3u);
 }
 
-TEST(Values, unsetAndEmptyAggregatesAreNilAndComeBackAsTheyWere) {
+TEST(Values, UnsetAndEmptyAggregatesAreNilAndComeBackAsTheyWere) {
     const std::string data = "#1=IFCPERSON($,$,$,(),$,$,(),$);\n#2=IFCCARTESIANPOINT($);\n#3=IFCPOLYLOOP(());\n"
                              "#4=IFCRELAGGREGATES('',$,$,$,$,());\n#5=IFCRELAGGREGATES('',$,$,$,$,$);\n";
     Reading reading(fileOf(data));
@@ -241,7 +241,7 @@ TEST(Values, unsetAndEmptyAggregatesAreNilAndComeBackAsTheyWere) {
               "#4=IFCRELAGGREGATES('',$,$,$,$,());\n#5=IFCRELAGGREGATES('',$,$,$,$,());\n");
 }
 
-TEST(Values, aSetIsWrittenInOrderAndDoublesOnlyUntilItIsSet) {
+TEST(Values, ASetIsWrittenInOrderAndDoublesOnlyUntilItIsSet) {
     const std::string walls = "#3=IFCWALL('',$,$,$,$,$,$,$,$);\n#9=IFCWALL('',$,$,$,$,$,$,$,$);\n";
     EXPECT_EQ(rewritten("#1=IFCRELAGGREGATES('',$,$,$,#3,(#9,#3));\n" + walls),
               "#1=IFCRELAGGREGATES('',$,$,$,#3,(#3,#9));\n" + walls);
@@ -253,7 +253,7 @@ TEST(Values, aSetIsWrittenInOrderAndDoublesOnlyUntilItIsSet) {
     EXPECT_EQ(doubles.data(), "#1=IFCRELAGGREGATES('',$,$,$,#3,(#3,#9));\n" + walls);
 }
 
-TEST(Values, tokensMayHaveBlanksAndCommentsBetweenThem) {
+TEST(Values, TokensMayHaveBlanksAndCommentsBetweenThem) {
     const std::vector<std::string_view> tokens = {"#1",
                                                   "=",
                                                   "IFCPROPERTYENUMERATEDVALUE",
@@ -315,7 +315,7 @@ TEST(Values, tokensMayHaveBlanksAndCommentsBetweenThem) {
     EXPECT_EQ(rewritten(written), written);
 }
 
-TEST(Values, aSelectTakesTheMemberThatItsTypeNames) {
+TEST(Values, ASelectTakesTheMemberThatItsTypeNames) {
     Reading reading(fileOf(property("''", "IFCINTEGER(2147483647)")));
     const IfcValue& value = reading.as<IfcPropertySingleValue>(1).getNominalValue();
     int number = 0;

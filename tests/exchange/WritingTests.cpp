@@ -1,5 +1,6 @@
 // Writing to files, and what progress callbacks and threads have to do with the result.
 #include "Support.h"
+#include "support/Files.h"
 
 #include <IFC4X3/IfcCartesianPoint.h>
 
@@ -15,16 +16,10 @@
 using namespace VN_SDAI;
 using namespace IFC4X3;
 using namespace exchange;
+using vnifc::test::contents;
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string contents(const fs::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
 
 /// Instances of many kinds and faults, more than a block of reading or writing holds.
 std::string longFile() {
@@ -65,7 +60,7 @@ protected:
 
 } // namespace
 
-TEST_F(WritingTest, aFileIsReplacedWithWhatWriteTextGives) {
+TEST_F(WritingTest, AFileIsReplacedWithWhatWriteTextGives) {
     const Reading reading(longFile());
     const VnIfcFileResult result = reading.model.writeFile(target);
     ASSERT_TRUE(result) << result.message;
@@ -75,7 +70,7 @@ TEST_F(WritingTest, aFileIsReplacedWithWhatWriteTextGives) {
     EXPECT_EQ(contents(directory / "new.ifc"), contents(target));
 }
 
-TEST_F(WritingTest, theInputMayBeTheTarget) {
+TEST_F(WritingTest, TheInputMayBeTheTarget) {
     std::ofstream(target, std::ios::binary) << longFile();
     VnIfcModel model(schema());
     ASSERT_TRUE(model.readFile(target));
@@ -85,7 +80,7 @@ TEST_F(WritingTest, theInputMayBeTheTarget) {
     EXPECT_EQ(model.writeText(), expected) << "the model must not live in the file";
 }
 
-TEST_F(WritingTest, aLinkStaysALinkAndPermissionsStay) {
+TEST_F(WritingTest, ALinkStaysALinkAndPermissionsStay) {
     fs::permissions(target, fs::perms::owner_read | fs::perms::owner_write);
     fs::create_symlink(target, directory / "link.ifc");
     const Reading reading(fileOf(""));
@@ -95,7 +90,7 @@ TEST_F(WritingTest, aLinkStaysALinkAndPermissionsStay) {
     EXPECT_EQ(fs::status(target).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 }
 
-TEST_F(WritingTest, aFullDiskLeavesTheOldFile) {
+TEST_F(WritingTest, AFullDiskLeavesTheOldFile) {
     const Reading reading(longFile());
     rlimit before{};
     ::getrlimit(RLIMIT_FSIZE, &before);
@@ -112,7 +107,7 @@ TEST_F(WritingTest, aFullDiskLeavesTheOldFile) {
     std::signal(SIGXFSZ, handler);
 }
 
-TEST_F(WritingTest, whereNoFileCanBeTheStatusSaysSo) {
+TEST_F(WritingTest, WhereNoFileCanBeTheStatusSaysSo) {
     const Reading reading(fileOf(""));
     fs::create_directory(directory / "sub");
     EXPECT_EQ(reading.model.writeFile(directory / "sub").status, VN::eCannotWrite);
@@ -125,9 +120,8 @@ TEST_F(WritingTest, whereNoFileCanBeTheStatusSaysSo) {
     const uid_t user = ::geteuid();
     fs::permissions(directory,
                     fs::perms::owner_read | fs::perms::owner_exec | fs::perms::others_read | fs::perms::others_exec);
-    if (user == 0) {
+    if (user == 0)
         ASSERT_EQ(::seteuid(65534), 0);
-    }
     const VnIfcFileResult result = reading.model.writeFile(target);
     ASSERT_EQ(::seteuid(user), 0);
     EXPECT_EQ(result.status, VN::eCannotWrite);
@@ -135,7 +129,7 @@ TEST_F(WritingTest, whereNoFileCanBeTheStatusSaysSo) {
     fs::permissions(directory, fs::perms::owner_all);
 }
 
-TEST_F(WritingTest, aProcessThatDiesHalfWayLeavesTheOldFile) {
+TEST_F(WritingTest, AProcessThatDiesHalfWayLeavesTheOldFile) {
     const Reading reading(longFile());
     const pid_t child = ::fork();
     if (child == 0) {
@@ -151,7 +145,7 @@ TEST_F(WritingTest, aProcessThatDiesHalfWayLeavesTheOldFile) {
     EXPECT_EQ(contents(target), "old");
 }
 
-TEST_F(WritingTest, cancellingWritesNothing) {
+TEST_F(WritingTest, CancellingWritesNothing) {
     const Reading reading(longFile());
     for (const unsigned threads : {1u, 4u}) {
         VnIfcWriteOptions options;
@@ -162,7 +156,7 @@ TEST_F(WritingTest, cancellingWritesNothing) {
     }
 }
 
-TEST(Progress, growsToOneAndCancellingAReadLeavesAnEmptyModel) {
+TEST(Progress, GrowsToOneAndCancellingAReadLeavesAnEmptyModel) {
     const std::string file = longFile();
     VnIfcModel model(schema());
     for (const unsigned threads : {1u, 4u}) {
@@ -190,17 +184,16 @@ TEST(Progress, growsToOneAndCancellingAReadLeavesAnEmptyModel) {
     EXPECT_EQ(model.writeText(), Reading(file).model.writeText());
 }
 
-TEST(Threads, nobodyWaitsForAWorkerThatFailed) {
+TEST(Threads, NobodyWaitsForAWorkerThatFailed) {
     class Failing : public IfcCartesianPoint {
         VN::ErrorStatus outFields(VnSpfFilerBase*) const override { throw std::bad_alloc(); }
     };
     VnIfcModel model(schema());
-    for (int i = 0; i < 70000; ++i) {
+    for (int i = 0; i < 70000; ++i)
         if (i == 20000)
             model.append(std::make_unique<Failing>());
         else
             model.create<IfcCartesianPoint>();
-    }
     VnIfcWriteOptions options;
     for (const unsigned threads : {1u, 4u}) {
         options.threads = threads;
@@ -208,7 +201,7 @@ TEST(Threads, nobodyWaitsForAWorkerThatFailed) {
     }
 }
 
-TEST(Threads, theirNumberChangesNothing) {
+TEST(Threads, TheirNumberChangesNothing) {
     const std::string file = longFile();
     const Reading single(file, 1);
     VnIfcWriteOptions options;

@@ -37,7 +37,7 @@ struct Scene {
 
 } // namespace
 
-TEST(InverseHistory, settingAnewEmptiesFirst) {
+TEST(InverseHistory, SettingAnewEmptiesFirst) {
     Scene scene;
     scene.relation->setRelatingObject(scene.other->objectId());
     scene.relation->setRelatedObjects({});
@@ -47,7 +47,7 @@ TEST(InverseHistory, settingAnewEmptiesFirst) {
     EXPECT_EQ(scene.other->getInvIsDecomposedBy().count(), 1u);
 }
 
-TEST(InverseHistory, erasingLeavesAllThatWasEntered) {
+TEST(InverseHistory, ErasingLeavesAllThatWasEntered) {
     const std::pair<const char*, std::function<void(Scene&)>> histories[] = {
         {"none", [](Scene&) {}},
         {"setters",
@@ -82,7 +82,7 @@ TEST(InverseHistory, erasingLeavesAllThatWasEntered) {
         }
 }
 
-TEST(InverseHistory, theLastOfTwoSetsErasedLeavesTheFirst) {
+TEST(InverseHistory, TheLastOfTwoSetsErasedLeavesTheFirst) {
     VnIfcModel model(schema());
     auto* layer = model.create<IfcMaterialLayer>();
     auto* first = model.create<IfcMaterialLayerSet>();
@@ -97,7 +97,7 @@ TEST(InverseHistory, theLastOfTwoSetsErasedLeavesTheFirst) {
     EXPECT_TRUE(layer->getInvToMaterialLayerSet().isNull());
 }
 
-TEST(InverseHistory, erasingManyAtOnceIsLinear) {
+TEST(InverseHistory, ErasingManyAtOnceIsLinear) {
     constexpr std::size_t kMany = 100000;
     VnIfcModel model(schema());
     auto* whole = model.create<IfcWall>();

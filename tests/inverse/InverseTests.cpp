@@ -53,12 +53,11 @@ std::vector<VnDbObjectId> handlesIn(const VnIfcVariant& value) {
         return {pointee<VnIfcSelect>(value, converted)->getHandle()};
     std::vector<VnDbObjectId> handles;
     if (const VnIfcAggr* elements = pointee<VnIfcAggr>(value, converted))
-        for (VnIfcConstIterator each(*elements); !each.atEnd(); each.next()) {
+        for (VnIfcConstIterator each(*elements); !each.atEnd(); each.next())
             if (each.elementKind() == VnTypeCodeKind::kEntity)
                 handles.push_back(each.currentAs<VnDbObjectId>());
             else if (each.elementKind() == VnTypeCodeKind::kSelect)
                 handles.push_back(each.currentAs<VnIfcSelect>().getHandle());
-        }
     return handles;
 }
 

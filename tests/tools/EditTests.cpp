@@ -72,8 +72,8 @@ TEST(Edit, ValuesAreTakenInEveryForm) {
         EXPECT_EQ(lineOf(outcome.out, before), line) << change;
         // Nothing else has changed.
         std::string restored = outcome.out;
-        restored.replace(restored.find(line), std::string_view(line).size(), lineOf(contentOf(file), before));
-        EXPECT_EQ(restored, contentOf(file)) << change;
+        restored.replace(restored.find(line), std::string_view(line).size(), lineOf(contents(file), before));
+        EXPECT_EQ(restored, contents(file)) << change;
     }
 }
 
@@ -83,8 +83,8 @@ TEST(Edit, SeveralChangesAtOnceMayReplaceTheFile) {
                        "#5.Radius=1"})
                   .exitCode,
               0);
-    EXPECT_EQ(lineOf(contentOf(file), "#9="), "#9=IFCWALL('3vB2YO$MX4xv5uCqZZG0aa',$,'A',$,$,$,$,$,.BRICK.);");
-    EXPECT_EQ(lineOf(contentOf(file), "#5="), "#5=IFCCIRCLE(#6,1.);");
+    EXPECT_EQ(lineOf(contents(file), "#9="), "#9=IFCWALL('3vB2YO$MX4xv5uCqZZG0aa',$,'A',$,$,$,$,$,.BRICK.);");
+    EXPECT_EQ(lineOf(contents(file), "#5="), "#5=IFCCIRCLE(#6,1.);");
 }
 
 TEST(Edit, FilesWithErrorsAreWrittenAndSaidToHaveThem) {

@@ -191,11 +191,10 @@ protected:
     /// Adds values behind the last element; there must be room for them.
     void take(std::span<const T> values, VnIfcTransfer how) {
         T* const end = elements() + count();
-        if (how == VnIfcTransfer::kMove) {
+        if (how == VnIfcTransfer::kMove)
             std::uninitialized_move_n(const_cast<T*>(values.data()), values.size(), end);
-        } else {
+        else
             std::uninitialized_copy_n(values.data(), values.size(), end);
-        }
         setCount(count() + values.size());
     }
     void replace(VnIfcAggrImp*& place, Block block) noexcept {

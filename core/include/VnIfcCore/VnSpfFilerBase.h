@@ -41,8 +41,7 @@ enum class VnSpfUnwritable : std::uint8_t {
     kNoText,           ///< bytes that are no exchange text; they are written as they are
 };
 
-/// Position in the bytes of a parameter list. After the bytes there must be 64 NULs that are not part of them: whole
-/// vectors are read, up to the end of the one that holds the last byte.
+/// Position in the bytes of a parameter list, which NULs follow as kVnSpfPadding says.
 class VNIFC_API VnSpfReadHelper {
 public:
     /// Looks ahead: true, and the character consumed, when it is the next significant one.

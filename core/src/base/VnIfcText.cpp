@@ -131,12 +131,11 @@ public:
 
     void run() {
         m_text.reserve(m_source.size());
-        while (!m_rest.empty()) {
+        while (!m_rest.empty())
             if (m_rest.front() == '\\')
                 readDirective();
             else
                 readBytes();
-        }
     }
 
 private:

@@ -78,10 +78,8 @@ void SpfInstanceReader::readFields(VnIfcEntityBase& instance, const char* begin,
         // A second time as it will be written, so that what is written holds the same values.
         const auto remarks = static_cast<std::ptrdiff_t>(m_remarks.size());
         m_current = {};
-        std::string text = closedList(begin, end);
-        const std::size_t length = text.size();
-        text.append(spf::kPadding, '\0');
-        readList(instance, text.data(), text.data() + length);
+        const VnSpfText text(closedList(begin, end));
+        readList(instance, text.begin(), text.end());
         m_remarks.erase(m_remarks.begin() + remarks, m_remarks.end());
     }
     if (!m_current.isEmpty())

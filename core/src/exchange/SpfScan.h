@@ -1,5 +1,8 @@
 #pragma once
-// The characters of the exchange structure (ISO 10303-21, 5 to 7), for every part that looks at them.
+// The characters of the exchange structure (ISO 10303-21, 5 to 7), for every part that looks at them. kVnSpfPadding
+// NULs follow what they look at.
+#include <VnIfcCore/VnSpfText.h>
+
 #include <array>
 #include <bit>
 #include <cstdint>
@@ -13,9 +16,6 @@
 #endif
 
 namespace VN_SDAI::spf {
-
-/// Bytes past the end of every scanned text which may be read, so that whole vectors can be.
-inline constexpr std::size_t kPadding = 64;
 
 constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 constexpr bool isLetter(char c) noexcept { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'; }
@@ -88,15 +88,13 @@ inline const char* findLineEnd(const char* p, const char* end) noexcept {
 /// before `end`.
 inline const char* stringEnd(const char* open, const char* end) noexcept {
     const char* p = open + 1;
-    while ((p = findInString(p, end)) < end) {
-        if (*p == '\\') {
+    while ((p = findInString(p, end)) < end)
+        if (*p == '\\')
             p += backslashLength(p, end);
-        } else if (p + 1 < end && p[1] == '\'') {
+        else if (p + 1 < end && p[1] == '\'')
             p += 2;
-        } else {
+        else
             return p + 1;
-        }
-    }
     return nullptr;
 }
 
@@ -185,10 +183,8 @@ inline std::string closed(std::string_view text) {
     std::string result = std::string(text) + closing;
     if (closing == "'") {
         // A directive at the end takes the apostrophe as its own.
-        std::string again(result, static_cast<std::size_t>(p - text.data()));
-        const std::size_t length = again.size();
-        again.append(kPadding, '\0');
-        if (!stringEnd(again.data(), again.data() + length))
+        const VnSpfText again(result.substr(static_cast<std::size_t>(p - text.data())));
+        if (!stringEnd(again.begin(), again.end()))
             result += '\'';
     }
     return result.append(depth, ')');

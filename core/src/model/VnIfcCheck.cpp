@@ -19,9 +19,8 @@ namespace {
 std::vector<std::uint64_t> numbersInTexts(const VnIfcModel& model) {
     std::vector<std::uint64_t> numbers;
     const auto collect = [&](std::string_view text) {
-        const std::string padded = std::string(text).append(spf::kPadding, '\0');
         const auto add = [&](const char*, const char*, std::uint64_t number) { numbers.push_back(number); };
-        spf::forEachReference({padded.data(), text.size()}, add);
+        spf::forEachReference(VnSpfText(text).view(), add);
     };
     model.forEach([&](const VnIfcEntityBase& instance) {
         if (!instance.getInstanceType())

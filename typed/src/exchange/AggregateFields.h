@@ -127,18 +127,17 @@ void writeElements(const VnIfcAggr& aggregate, VnSpfFilerBase& filer, bool isBin
         if (separated)
             filer.wrChar(',');
         separated = true;
-        if constexpr (isList<T>) {
+        if constexpr (isList<T>)
             writeElements<typename T::value_type>(element, filer, isBinary);
-        } else if constexpr (std::is_same_v<T, VnAnsiString>) {
+        else if constexpr (std::is_same_v<T, VnAnsiString>)
             if (isBinary)
                 filer.wrBinaryElement(element);
             else
                 filer.wrPrimitive(element);
-        } else if constexpr (std::is_base_of_v<VnIfcSelect, T>) {
+        else if constexpr (std::is_base_of_v<VnIfcSelect, T>)
             filer.wrPrimitive(static_cast<const VnIfcSelect&>(element));
-        } else {
+        else
             filer.wrPrimitive(element);
-        }
     }
     filer.wrChar(')');
 }

@@ -6,10 +6,9 @@ namespace VN_SDAI::typed {
 namespace {
 
 bool equalNoCase(std::string_view left, const char* right) noexcept {
-    for (const char c : left) {
+    for (const char c : left)
         if (vnUpper(c) != *right++)
             return false; // literals are upper-case, and end with a NUL that no text equals
-    }
     return *right == '\0';
 }
 

@@ -24,23 +24,22 @@ Files emitText(std::string_view body, std::string_view order = "") {
 
 bool contains(const std::string& text, std::string_view part) { return text.find(part) != std::string::npos; }
 
-TEST(Emit, givesTheSameBytesForTheSameInput) {
+TEST(Emit, GivesTheSameBytesForTheSameInput) {
     const Files first = emit(test::resolveProjectSchema(), target());
     EXPECT_EQ(first, emit(test::resolveProjectSchema(), target()));
     EXPECT_EQ(first.size(), 880u + 242u + 66u + 5u + 21u);
-    for (const auto& [name, text] : first) {
+    for (const auto& [name, text] : first)
         EXPECT_TRUE(text.starts_with("// Made by expgen from schemas/toy")) << name;
-    }
 }
 
 // The set of files must not depend on how many entities and selects there are: the build names them beforehand.
-TEST(Emit, makesAllUnitsOfASmallSchema) {
+TEST(Emit, MakesAllUnitsOfASmallSchema) {
     const Files files = emitText("ENTITY A; END_ENTITY;");
     EXPECT_TRUE(files.contains("src/Entities_15.cpp"));
     EXPECT_TRUE(files.contains("src/Selects_1.cpp"));
 }
 
-TEST(Emit, holdsEachKindInItsMember) {
+TEST(Emit, HoldsEachKindInItsMember) {
     const Files files = emitText(R"(
 TYPE Id = STRING(22) FIXED; END_TYPE;
 TYPE Colour = ENUMERATION OF (red); END_TYPE;
@@ -89,7 +88,7 @@ ENTITY Other; back : E; END_ENTITY;)",
     EXPECT_TRUE(contains(source, R"("many", "other", "back", 1, kUnbounded, offsetof(E, m_many)))"));
 }
 
-TEST(Emit, keepsDerivedPositionsAndCountsInheritedOnes) {
+TEST(Emit, KeepsDerivedPositionsAndCountsInheritedOnes) {
     const Files files = emitText(R"(
 ENTITY Base; a : REAL; b : OPTIONAL REAL; END_ENTITY;
 ENTITY Middle SUBTYPE OF (Base); END_ENTITY;
@@ -108,7 +107,7 @@ ENTITY Leaf SUBTYPE OF (Middle); c : REAL; DERIVE dim : INTEGER := 3; SELF\Base.
     EXPECT_TRUE(contains(leaf, "    &Leaf::g_pEntityType,\n    &Base::g_pEntityType,\n    &Middle::g_pEntityType,\n"));
 }
 
-TEST(Output, leavesUnchangedFilesAlone) {
+TEST(Output, LeavesUnchangedFilesAlone) {
     const std::filesystem::path directory =
         std::filesystem::temp_directory_path() / ("expgen_output_" + std::to_string(::getpid()));
     std::filesystem::remove_all(directory);
@@ -121,7 +120,7 @@ TEST(Output, leavesUnchangedFilesAlone) {
 }
 
 #if defined(VNIFC_EXPGEN)
-TEST(Program, tellsWrongUseWrongTotalsAndAFullDisk) {
+TEST(Program, TellsWrongUseWrongTotalsAndAFullDisk) {
     namespace fs = std::filesystem;
     const fs::path directory = fs::temp_directory_path() / ("expgen_program_" + std::to_string(::getpid()));
     fs::create_directories(directory / "wrong");
