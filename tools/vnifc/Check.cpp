@@ -122,7 +122,7 @@ ExitCode check(const ReadFlags& flags, const CheckOptions& options) {
             report.add(finding);
     };
     const LoadedFile file(flags, {.inverses = true, .places = true, .strict = true, .diagnostics = reading});
-    VnIfcCheck(file.model(), sink).run();
+    VnIfcCheck(file.model(), sink).run(flags.threads);
     report.end();
     return report.hasErrors() ? kErrorsInFile : kSuccess;
 }

@@ -23,8 +23,9 @@ public:
     VnIfcCheck(const VnIfcCheck&) = delete;
     VnIfcCheck& operator=(const VnIfcCheck&) = delete;
 
-    /// Checks every instance.
-    void run();
+    /// Checks every instance, on several threads; 0: as many as the machine has. Findings do not depend on their number
+    /// and go to the sink on the calling thread.
+    void run(unsigned threads = 0);
     bool checksInverses() const noexcept { return m_inverses; }
     std::uint64_t errors() const noexcept { return m_errors; }
     std::uint64_t warnings() const noexcept { return m_warnings; }
@@ -44,13 +45,20 @@ public:
 
 private:
     struct Seen;
+    struct Part;
+    class Run;
+
+    VnIfcCheck(const VnIfcCheck& whole, Part& part);
+    void emit(VnIfcDiagnostic diagnostic);
+    void reportEqual(const VnIfcEntityBase& instance, std::string_view attributes, std::uint64_t first);
 
     const VnIfcModel& m_model;
     VnIfcDiagnosticSink m_sink;
     bool m_inverses;
     std::uint64_t m_errors = 0;
     std::uint64_t m_warnings = 0;
-    std::unique_ptr<Seen> m_seen;
+    std::shared_ptr<Seen> m_seen;
+    Part* m_part = nullptr; // what is found goes there, until its turn has come
 };
 
 } // namespace VN_SDAI

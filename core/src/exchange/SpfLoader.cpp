@@ -53,10 +53,12 @@ public:
         for (const auto& reader : m_readers)
             for (auto& [slot, kept] : reader->kept())
                 m_data.kept.emplace(slot, std::move(kept));
+        for (const auto& arena : m_data.arenas)
+            arena->forgetTexts();
         m_structure = {}; // inverse attributes take the memory that text and records leave
         m_input.release();
         if (m_options.inverses)
-            m_model.setInverseCounterParts();
+            m_model.setInverseCounterParts(m_options.threads);
     }
 
 private:
@@ -189,6 +191,14 @@ private:
         m_blocks[block].done.store(true, std::memory_order_release);
     }
 
+    /// The "#" of an instance, whose text begins after the "=".
+    const char* beginOf(const SpfInstance& instance) const noexcept {
+        const char* position = m_structure.textOf(instance).data();
+        while (*position != '#')
+            --position;
+        return position;
+    }
+
     /// Reports what is known up to the first block that is not done, in the order of the text, whose part before is
     /// then given back. Called by the first worker only.
     void report() {
@@ -203,7 +213,7 @@ private:
         }
         if (m_reported == m_blocks.size())
             return;
-        const char* const position = m_structure.textOf(*m_structure.blocks[m_reported].begin()).data();
+        const char* const position = beginOf(*m_structure.blocks[m_reported].begin());
         reportFindings(position);
         if (m_options.diagnostics || m_options.places)
             m_diagnostics.pass(position);
@@ -220,9 +230,7 @@ private:
     void takePlaces(std::size_t block, std::vector<SpfRemark>& remarks) {
         auto remark = remarks.begin();
         for (const SpfInstance& instance : m_structure.blocks[block]) {
-            const char* position = m_structure.textOf(instance).data();
-            while (*position != '#')
-                --position;
+            const char* const position = beginOf(instance);
             for (; remark != remarks.end() && remark->begin < position; ++remark)
                 reportRemark(*remark);
             reportFindings(position);

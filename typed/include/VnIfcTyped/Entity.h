@@ -118,6 +118,8 @@ public:
     VN::ErrorStatus inFields(VnSpfFilerBase* filer) override;
     VN::ErrorStatus outFields(VnSpfFilerBase* filer) const override;
     void setInverseCounterParts() override;
+    bool listInverseCounterParts(VnIfcInverseList& list) const override;
+    void enterInverse(const void* inverse, const VnDbObjectId& referrer) override;
     /// Leaves inverse attributes as they are; what removes entries is the model.
     void resetInverseCounterParts() override;
     void leaveInverseCounterParts() override;
