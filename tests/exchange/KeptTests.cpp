@@ -38,6 +38,7 @@ TEST(Kept, parametersComeBackAsTheyWere) {
         // numbers that no double and no integer holds, and values that mean unset
         {"IFCMATERIALLAYER($,1.E400,$,'\xFF',$,$,2147483647)", "out-of-range reserved-value reserved-value"},
         {"IFCMATERIALLAYER($,1.#INF,$,$,$,$,99999999999)", "wrong-kind out-of-range"},
+        {"IFCPERSON(\"0FF\",'b',$,$,$,$,$,$)", "wrong-kind"},
         {"IFCMATERIALLAYER($,1.E,$,$,$,$,$)", "wrong-kind"},
         {"IFCCARTESIANPOINT((1.,1.5E+))", "wrong-kind"},
         {"IFCCARTESIANPOINT((1.,1.E999))", "out-of-range"},
