@@ -95,6 +95,9 @@ TEST(Kept, parametersComeBackAsTheyWere) {
         // too few, too many, none
         {"IFCPERSON()", "too-few-parameters"},
         {"IFCPERSON('a',$)", "too-few-parameters"},
+        {"IFCRELAGGREGATES('',$,$,$)", "too-few-parameters"},
+        {"IFCBLOBTEXTURE(.T.)", "too-few-parameters"},
+        {"IFCORIENTEDEDGE()", "too-few-parameters"},
         {"IFCPERSON($,$,$,$,$,$,$,$,$)", "too-many-parameters"},
         {"IFCPERSON($,$,$,$,$,$,$,$,'x',(1,2),#9,IFCFOO('a'))", "too-many-parameters dangling-reference"},
         {"IFCPERSON($,$,$,$,$,$,$,$,)", "too-many-parameters"},

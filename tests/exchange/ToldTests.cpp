@@ -118,6 +118,14 @@ TEST(Told, bytesThatAreNoExchangeTextAreToldAndEncodedOnRequest) {
     }
 }
 
+TEST(Told, nothingOfWhatIsWrittenAsItCame) {
+    const std::string data = "#1=IFCPERSON($,$,$,('\xE4',5),$,$,$,$);\n";
+    Reading reading(fileOf(data));
+    const Written written(reading.model);
+    EXPECT_EQ(written.data, data);
+    EXPECT_EQ(written.told, "");
+}
+
 TEST(Told, mandatoryAttributesThatAreUnsetWhenReadingStrictly) {
     const std::string file = fileOf("#1=IFCWALL('0YvctVUKr0kugbFTf53O9L',$,$,$,$,$,$,$,$);\n"
                                     "#2=IFCRELAGGREGATES($,$,$,$,$,$);\n#3=IFCORGANIZATION($,$,$,$,$);\n");
