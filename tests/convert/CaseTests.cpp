@@ -339,6 +339,75 @@ TEST(Convert, CancelsWithoutLeavingAnything) {
     EXPECT_EQ(target.model().count(), 0u);
 }
 
+TEST(Convert, ReadsAndWritesTimesInAllTheirForms) {
+    if (!isBuilt("IFC2X3") || !isBuilt("IFC4"))
+        GTEST_SKIP() << "a module is not built";
+    const std::string tasks =
+        "#2=IFCTASK(" GUID("2") ",$,$,$,$,'a',$,$,.F.,$);\n#3=IFCTASK(" GUID("3") ",$,$,$,$,'b',$,$,.F.,$);\n";
+    const struct {
+        const char* number;
+        const char* duration;
+        const char* back = nullptr; ///< when the duration has other forms
+    } lags[] = {
+        {"0.", "PT0S"},       {"86400.", "P1D"},         {"-90.5", "-PT1M30.5S"},   {"3661.", "PT1H1M1S"},
+        {"604800.", "P7D"},   {"604800.", "P7D", "P1W"}, {"60.", "PT1M", "PT60S"},  {"-86400.", "-P1D"},
+        {"90000.", "P1DT1H"}, {nullptr, nullptr, "P1M"}, {nullptr, nullptr, "P1Y"}, {nullptr, nullptr, "soon"},
+    };
+    for (const auto& [number, duration, back] : lags) {
+        if (!back) {
+            const Converted text(
+                fileOf(tasks + "#1=IFCRELSEQUENCE(" GUID("1") ",$,$,$,#2,#3," + number + ",.FINISH_START.);\n"),
+                "IFC2X3", "IFC4");
+            EXPECT_NE(text.text.find(std::string("IFCLAGTIME($,$,$,IFCDURATION('") + duration + "'),"),
+                      std::string::npos)
+                << number << text.text;
+        }
+        const std::string from = back ? back : duration;
+        const Converted value(fileOf(tasks +
+                                     "#1=IFCRELSEQUENCE(" GUID("1") ",$,$,$,#2,#3,#4,.FINISH_START.,$);\n"
+                                                                    "#4=IFCLAGTIME($,$,$,IFCDURATION('" +
+                                     from + "'),.NOTDEFINED.);\n"),
+                              "IFC4", "IFC2X3");
+        if (number) {
+            EXPECT_NE(value.line(1).find(",#2,#3," + std::string(number) + ",.FINISH_START.)"), std::string::npos)
+                << from << value.line(1);
+        } else {
+            EXPECT_TRUE(value.told(1).contains("lost-value TimeLag")) << from << value.line(1);
+        }
+    }
+    const struct {
+        const char* text;
+        const char* time;
+        const char* zone; ///< null when there is none
+    } moments[] = {
+        {"07:05:03", "7,5,3.", nullptr},
+        {"07:05:10", "7,5,10.", nullptr},
+        {"23:59:09.5", "23,59,9.5", nullptr},
+        {"00:00:10.25-03:30", "0,0,10.25", "3,30,.BEHIND."},
+        {"12:00:00+01:00", "12,0,0.", "1,0,.AHEAD."},
+    };
+    const auto document = [](const std::string& time) {
+        return "#1=IFCDOCUMENTINFORMATION('D','Doc',$,$,$,$,$,$,$,$," + time + ",$,$,$,$,$,$);\n";
+    };
+    for (const auto& [text, time, zone] : moments) {
+        const std::string moment = std::string("'2007-08-09T") + text + "'";
+        const Converted instances(fileOf(document(moment)), "IFC4", "IFC2X3");
+        EXPECT_NE(instances.text.find(std::string("=IFCLOCALTIME(") + time + (zone ? ",#" : ",$,$);")),
+                  std::string::npos)
+            << text << instances.text;
+        if (zone) {
+            EXPECT_NE(instances.text.find(std::string("OFFSET(") + zone + ");"), std::string::npos) << text;
+        }
+        const Converted texts(fileOf(document("#2") +
+                                     "#2=IFCDATEANDTIME(#3,#4);\n#3=IFCCALENDARDATE(9,8,2007);\n"
+                                     "#4=IFCLOCALTIME(" +
+                                     time + (zone ? ",#5,$);\n#5=IFCCOORDINATEDUNIVERSALTIMEOFFSET(" : ",$,$);\n") +
+                                     (zone ? std::string(zone) + ");\n" : "")),
+                              "IFC2X3", "IFC4");
+        EXPECT_NE(texts.line(1).find(moment), std::string::npos) << texts.line(1);
+    }
+}
+
 TEST(Convert, CarriesTextsAsTheyAreWritten) {
     if (!isBuilt("IFC2X3") || !isBuilt("IFC4X3_ADD2"))
         GTEST_SKIP() << "a module is not built";

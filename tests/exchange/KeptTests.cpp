@@ -38,6 +38,7 @@ TEST(Kept, ParametersComeBackAsTheyWere) {
         // numbers that no double and no integer holds, and values that mean unset
         {"IFCMATERIALLAYER($,1.E400,$,'\xFF',$,$,2147483647)", "out-of-range reserved-value reserved-value"},
         {"IFCMATERIALLAYER($,1.#INF,$,$,$,$,99999999999)", "wrong-kind out-of-range"},
+        {"IFCPERSON(\"0FF\",'b',$,$,$,$,$,$)", "wrong-kind"},
         {"IFCMATERIALLAYER($,1.E,$,$,$,$,$)", "wrong-kind"},
         {"IFCCARTESIANPOINT((1.,1.5E+))", "wrong-kind"},
         {"IFCCARTESIANPOINT((1.,1.E999))", "out-of-range"},
@@ -94,6 +95,9 @@ TEST(Kept, ParametersComeBackAsTheyWere) {
         // too few, too many, none
         {"IFCPERSON()", "too-few-parameters"},
         {"IFCPERSON('a',$)", "too-few-parameters"},
+        {"IFCRELAGGREGATES('',$,$,$)", "too-few-parameters"},
+        {"IFCBLOBTEXTURE(.T.)", "too-few-parameters"},
+        {"IFCORIENTEDEDGE()", "too-few-parameters"},
         {"IFCPERSON($,$,$,$,$,$,$,$,$)", "too-many-parameters"},
         {"IFCPERSON($,$,$,$,$,$,$,$,'x',(1,2),#9,IFCFOO('a'))", "too-many-parameters dangling-reference"},
         {"IFCPERSON($,$,$,$,$,$,$,$,)", "too-many-parameters"},

@@ -1,5 +1,6 @@
 // The number of threads and the pieces in which they look through a text change nothing that anybody can see.
 #include "Support.h"
+#include "support/Corpus.h"
 
 #include <IFC4X3/IfcPropertySingleValue.h>
 #include <VnIfcCore/VnIfcCheck.h>
@@ -8,14 +9,12 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <random>
-#include <sstream>
 
 using namespace VN_SDAI;
 using namespace exchange;
-namespace fs = std::filesystem;
+using vnifc::test::contents;
+using vnifc::test::corpusFiles;
 
 namespace {
 
@@ -90,36 +89,42 @@ void expectSame(std::string_view text, std::initializer_list<std::size_t> pieces
 
 /// Instances whose borders are hard to find from the middle of them.
 std::string sample() {
-    return fileOf("#1=IFCPERSON('a',$,$,$,$,$,$,$);\n"
-                  "#2=IFCPERSON('x;\n#3=IFCPERSON(''y'',$);\n#4 = ',$,$,$,$,$,$,$);#5=IFCPERSON($,'\\S\\'',$,$,$,$,$,$);\n"
-                  "/* ;\n#6=IFCPERSON('z',$,$,$,$,$,$,$); ' */#7=/*;#7=/* */IFCPERSON('b',$,$,$,$,$,$,$);\n"
-                  "#8/**/=/*;\n#9=*/IFCORGANIZATION($,'o','\\X2\\00E4\\X0\\',$,$);#10\n=\nIFCPERSON($,$,$,$,$,$,$,$)\n;\n"
-                  "#11=IFCPROPERTYSINGLEVALUE('=#1=',$,IFCLABEL('#1=;'),$);#12=IFCPERSONANDORGANIZATION(#1,#8,$);\n"
-                  "#13=IFCRELAGGREGATES('0YvctVUKr0kugbFTf53O9L',$,$,$,#14,(#15,#16));\n"
-                  "#14=IFCWALL('0YvctVUKr0kugbFTf53O9L',$,$,$,$,$,$,$,$);#15=IFCWALL('',$,$,$,$,$,$,$,$);\n"
-                  "#16=IFCWALL('0YvctVUKr0kugbFTf53O9M',$,$,$,$,$,$,$,$);\n");
+    return fileOf(
+        "#1=IFCPERSON('a',$,$,$,$,$,$,$);\n"
+        "#2=IFCPERSON('x;\n#3=IFCPERSON(''y'',$);\n#4 = ',$,$,$,$,$,$,$);#5=IFCPERSON($,'\\S\\'',$,$,$,$,$,$);\n"
+        "/* ;\n#6=IFCPERSON('z',$,$,$,$,$,$,$); ' */#7=/*;#7=/* */IFCPERSON('b',$,$,$,$,$,$,$);\n"
+        "#8/**/=/*;\n#9=*/IFCORGANIZATION($,'o','\\X2\\00E4\\X0\\',$,$);#10\n=\nIFCPERSON($,$,$,$,$,$,$,$)\n;\n"
+        "#11=IFCPROPERTYSINGLEVALUE('=#1=',$,IFCLABEL('#1=;'),$);#12=IFCPERSONANDORGANIZATION(#1,#8,$);\n"
+        "#13=IFCRELAGGREGATES('0YvctVUKr0kugbFTf53O9L',$,$,$,#14,(#15,#16));\n"
+        "#14=IFCWALL('0YvctVUKr0kugbFTf53O9L',$,$,$,$,$,$,$,$);#15=IFCWALL('',$,$,$,$,$,$,$,$);\n"
+        "#16=IFCWALL('0YvctVUKr0kugbFTf53O9M',$,$,$,$,$,$,$,$);\n");
 }
 
 } // namespace
 
-TEST(Pieces, bordersMayFallAnywhere) {
+TEST(Pieces, BordersMayFallAnywhere) {
     const std::string file = sample();
     for (std::size_t piece = 1; piece < 80; ++piece)
         ASSERT_TRUE(see(file, 2, piece) == see(file, 1, 0)) << piece;
     for (const std::string_view data : {
              "#1=IFCPERSON('a',$,$,$,$,$,$,$);\n#2=IFCPERSON('open,$,$,$,$,$,$,$);\n#3=IFCPERSON('b',$,$,$,$,$,$,$);\n",
-             "#1=IFCPERSON('a',$,$,$,$,$,$,$);\n/* open\n#2=IFCPERSON('b',$,$,$,$,$,$,$);\n/* closed */\n#3=IFCWALL();\n",
+             "#1=IFCPERSON('a',$,$,$,$,$,$,$);\n/* open\n#2=IFCPERSON('b',$,$,$,$,$,$,$);\n/* closed "
+             "*/\n#3=IFCWALL();\n",
              "#1=IFCPERSON('a',$,$,(($,$,$,$);\n#2=IFCPERSON('b',$,$,$,$,$,$,$);\n#3=IFCPERSON('c',$,$,),$,$,$,$);\n",
-             "#1=IFCPERSON('a')\n#2=IFCPERSON('b',\n#3=IFCPERSON('c'\n;#4=\n#5=;#6=IFCPERSON('d');;;\n#7;#8=#9=IFCWALL();\n",
-             "#1=IFCWALL();#1=IFCPERSON();#2=IFCWALL();#1=IFCWALL();#0=IFCWALL();#99999999999999999999999=IFCWALL();#3=IFCPERSON(#4,#1);\n",
-             "#1=&SCOPE #2=IFCWALL();#3=IFCWALL();ENDSCOPE/#2/ IFCWALL();#4=IFCWALL();\n#5=IFCPERSON('x;#6=IFCWALL();\n",
+             "#1=IFCPERSON('a')\n#2=IFCPERSON('b',\n#3=IFCPERSON('c'\n;#4=\n#5=;#6=IFCPERSON('d');;;\n#7;#8=#9=IFCWALL("
+             ");\n",
+             "#1=IFCWALL();#1=IFCPERSON();#2=IFCWALL();#1=IFCWALL();#0=IFCWALL();#99999999999999999999999=IFCWALL();#3="
+             "IFCPERSON(#4,#1);\n",
+             "#1=&SCOPE #2=IFCWALL();#3=IFCWALL();ENDSCOPE/#2/ "
+             "IFCWALL();#4=IFCWALL();\n#5=IFCPERSON('x;#6=IFCWALL();\n",
              "#1=IFCWALL();ENDSEC;DATA;#2=IFCWALL();\nENDSEC;\nDATA('x',('y'));\n#3=IFCWALL();#4=IFCWALL();\n",
-             "#1=IFCWALL();\nENDSEC;\nANCHOR;<a>=#1;ENDSEC;DATA;#18446744073709551615=IFCWALL();#7=IFCWALL();#7=IFCWALL();",
+             "#1=IFCWALL();\nENDSEC;\nANCHOR;<a>=#1;ENDSEC;DATA;#18446744073709551615=IFCWALL();#7=IFCWALL();#7="
+             "IFCWALL();",
          })
         expectSame(fileOf(data), {1, 3, 7, 16, 64});
 }
 
-TEST(Pieces, damageAnywhereIsFoundTheSameWay) {
+TEST(Pieces, DamageAnywhereIsFoundTheSameWay) {
     std::mt19937 random(20260101);
     const std::string file = sample();
     constexpr std::string_view kBytes = "'()/*;#=\\ \n,1\0";
@@ -132,30 +137,23 @@ TEST(Pieces, damageAnywhereIsFoundTheSameWay) {
     }
 }
 
-TEST(Pieces, realFilesGiveTheSameModel) {
-    const char* place = std::getenv("VNIFC_CORPUS");
-    const fs::path corpus = place ? fs::path(place) : fs::path(VNIFC_TEST_DATA "/../../../shared/corpus");
-    if (!fs::exists(corpus))
+TEST(Pieces, RealFilesGiveTheSameModel) {
+    if (corpusFiles().empty())
         GTEST_SKIP() << "no files of other programs here";
-    std::size_t files = 0;
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(corpus)) {
-        if (entry.path().extension() != ".ifc")
-            continue;
-        SCOPED_TRACE(entry.path().filename());
-        std::ostringstream text;
-        text << std::ifstream(entry.path(), std::ios::binary).rdbuf();
-        ASSERT_TRUE(see(text.view(), 3, 64) == see(text.view(), 1, 0));
-        ++files;
+    for (const std::filesystem::path& path : corpusFiles()) {
+        SCOPED_TRACE(path.filename());
+        const std::string text = contents(path);
+        ASSERT_TRUE(see(text, 3, 64) == see(text, 1, 0));
     }
-    EXPECT_GT(files, 0u);
 }
 
-TEST(Threads, numbersOfAllKindsGetTheSameSlots) {
+TEST(Threads, NumbersOfAllKindsGetTheSameSlots) {
     const auto file = [](auto number) {
         std::string data;
         for (std::uint64_t i = 1; i <= 20'000; ++i)
-            data += '#' + std::to_string(number(i)) + "=IFCRELAGGREGATES('',$,$,$,#" + std::to_string(number(i / 2 + 1)) +
-                    ",(#" + std::to_string(number(20'001 - i)) + ",#" + std::to_string(number(i) + 1) + "));\n";
+            data += '#' + std::to_string(number(i)) + "=IFCRELAGGREGATES('',$,$,$,#" +
+                    std::to_string(number(i / 2 + 1)) + ",(#" + std::to_string(number(20'001 - i)) + ",#" +
+                    std::to_string(number(i) + 1) + "));\n";
         return fileOf(data);
     };
     // Dense, in reverse, with gaps, far apart in both directions, one number for many, all of which may meet in a cell.
@@ -168,7 +166,7 @@ TEST(Threads, numbersOfAllKindsGetTheSameSlots) {
     expectSame(file([](std::uint64_t i) { return i % 2 == 0 ? i << 40 : (std::uint64_t{1} << 63) + i; }), {5000});
 }
 
-TEST(Threads, inversesAndFindingsAreThoseOfOne) {
+TEST(Threads, InversesAndFindingsAreThoseOfOne) {
     // One target of many, many of one, single inverse attributes with rivals, equal identifiers all over the file.
     std::string data;
     for (std::size_t i = 1; i <= 30'000; ++i) {
@@ -193,7 +191,7 @@ TEST(Threads, inversesAndFindingsAreThoseOfOne) {
     expectSame(fileOf(data), {100'000});
 }
 
-TEST(Threads, stringsThatShareATextChangeOnTheirOwn) {
+TEST(Threads, StringsThatShareATextChangeOnTheirOwn) {
     Reading reading(fileOf("#1=IFCPROPERTYSINGLEVALUE('Same name',$,IFCLABEL('Same name'),$);\n"
                            "#2=IFCPROPERTYSINGLEVALUE('Same name',$,IFCLABEL('Same name'),$);\n"
                            "#3=IFCPROPERTYSINGLEVALUE('Same nam',$,$,$);\n"));

@@ -249,6 +249,9 @@ TEST(Values, ASetIsWrittenInOrderAndDoublesOnlyUntilItIsSet) {
     auto& relation = doubles.as<IfcRelAggregates>(1);
     EXPECT_EQ(relation.getRelatedObjects().count(), 2u);
     EXPECT_EQ(doubles.data(), "#1=IFCRELAGGREGATES('',$,$,$,#3,(#9,#3,#9));\n" + walls);
+    Reading gone(fileOf("#1=IFCRELAGGREGATES('',$,$,$,#3,(#9,#3,#9));\n" + walls));
+    gone.model.erase(gone.model.find(9));
+    EXPECT_EQ(gone.data(), "#1=IFCRELAGGREGATES('',$,$,$,#3,(#3));\n" + walls.substr(0, walls.find('\n') + 1));
     relation.setRelatedObjects({doubles.model.find(9), doubles.model.find(3), doubles.model.find(9)});
     EXPECT_EQ(doubles.data(), "#1=IFCRELAGGREGATES('',$,$,$,#3,(#3,#9));\n" + walls);
 }

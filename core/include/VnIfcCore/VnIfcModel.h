@@ -138,9 +138,9 @@ public:
     bool place(const VnDbObjectId& handle, std::uint64_t& line, std::uint64_t& column) const noexcept;
 
     /// Sets the inverse attributes of all instances: empties them, and enters every instance, in ascending order of
-    /// numbers, into those of the instances that it refers to. Setters do not touch inverse attributes, so that they are
-    /// to be set anew after changes. Several threads ask instances for VnIfcEntityBase::listInverseCounterParts, one
-    /// alone for setInverseCounterParts; the result is the same. `threads` 0: as many as the machine has.
+    /// numbers, into those of the instances that it refers to. Setters do not touch inverse attributes, so that they
+    /// are to be set anew after changes. Several threads ask instances for VnIfcEntityBase::listInverseCounterParts,
+    /// one alone for setInverseCounterParts; the result is the same. `threads` 0: as many as the machine has.
     void setInverseCounterParts(unsigned threads = 0);
 
     /// Reads an exchange file (ISO 10303-21) into this model, which must be empty.

@@ -15,7 +15,8 @@ constexpr std::size_t kPartsPerThread = 8;
 constexpr std::size_t kBlock = 1000; // slots
 
 /// Lists what instances are to enter, block by block, and then enters it, target by target in the order of the lists.
-/// Each target's attributes thus get the same entries in the same order as if one instance after another entered its own.
+/// Each target's attributes thus get the same entries in the same order as if one instance after another entered its
+/// own.
 class InverseCounterParts {
 public:
     InverseCounterParts(const SlotRuns& runs, unsigned threads)

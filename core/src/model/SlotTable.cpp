@@ -346,8 +346,8 @@ std::vector<std::span<VnIfcInstanceSlot>> SlotTable::runs() {
     std::vector<std::span<VnIfcInstanceSlot>> runs;
     if (!isInOrder()) {
         for (VnIfcInstanceSlot* const slot : sorted()) {
-            const bool continues = !runs.empty() && runs.back().data() + runs.back().size() == slot &&
-                                runs.back().size() < kSlotsPerPage;
+            const bool continues =
+                !runs.empty() && runs.back().data() + runs.back().size() == slot && runs.back().size() < kSlotsPerPage;
             if (continues)
                 runs.back() = {runs.back().data(), runs.back().size() + 1};
             else

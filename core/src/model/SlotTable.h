@@ -38,8 +38,8 @@ public:
     /// Takes over what makers made, when all are done. Contested slots in ascending order of their places in memory.
     std::vector<Contested> finish(std::span<Maker> makers);
 
-    /// All slots in ascending order of numbers, as runs of neighbours in memory. Slots with the number 0 among them were
-    /// never made.
+    /// All slots in ascending order of numbers, as runs of neighbours in memory. Slots with the number 0 among them
+    /// were never made.
     std::vector<std::span<VnIfcInstanceSlot>> runs();
     /// Calls `visit` for all slots.
     template <class Visit>

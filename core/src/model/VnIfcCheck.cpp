@@ -92,7 +92,7 @@ struct VnIfcCheck::Part {
     std::vector<VnIfcDiagnostic> findings;
     std::array<std::vector<Value>, kSeenParts> values;
     std::array<std::vector<Conflict>, kSeenParts> conflicts;
-    std::size_t count = 0;                                      // of values
+    std::size_t count = 0;                                       // of values
     std::vector<std::pair<const void*, std::string>> attributes; // of the rules that occurred
 };
 
@@ -209,8 +209,7 @@ void VnIfcCheck::unique(const VnIfcEntityBase& instance, const void* rule, std::
         auto& known = m_part->attributes;
         if (std::ranges::find(known, rule, &std::pair<const void*, std::string>::first) == known.end())
             known.emplace_back(rule, attributes);
-        m_part->values[seen].push_back(
-            {rule, &instance, std::move(values), m_part->count++, m_part->findings.size()});
+        m_part->values[seen].push_back({rule, &instance, std::move(values), m_part->count++, m_part->findings.size()});
         return;
     }
     const std::uint64_t number = instance.objectId().number();
