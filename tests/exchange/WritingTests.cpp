@@ -125,8 +125,9 @@ TEST_F(WritingTest, WhereNoFileCanBeTheStatusSaysSo) {
     const uid_t user = ::geteuid();
     fs::permissions(directory,
                     fs::perms::owner_read | fs::perms::owner_exec | fs::perms::others_read | fs::perms::others_exec);
-    if (user == 0)
-        ASSERT_EQ(::seteuid(65534), 0);
+    if (user == 0) {
+        ASSERT_EQ(::seteuid(65534), 0); // a macro with an if of its own
+    }
     const VnIfcFileResult result = reading.model.writeFile(target);
     ASSERT_EQ(::seteuid(user), 0);
     EXPECT_EQ(result.status, VN::eCannotWrite);
