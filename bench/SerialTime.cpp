@@ -56,15 +56,15 @@ ProcessorTime processorTime() {
 
 } // namespace bench
 
-// These stand before the system's own.
-extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*start)(void*),
-                              void* argument) {
+// These stand before the system's own, for all libraries.
+extern "C" __attribute__((visibility("default"))) int
+pthread_create(pthread_t* thread, const pthread_attr_t* attributes, void* (*start)(void*), void* argument) {
     static auto* const real = bench::next<decltype(pthread_create)>("pthread_create");
     bench::made();
     return real(thread, attributes, start, argument);
 }
 
-extern "C" int pthread_join(pthread_t thread, void** result) {
+extern "C" __attribute__((visibility("default"))) int pthread_join(pthread_t thread, void** result) {
     static auto* const real = bench::next<decltype(pthread_join)>("pthread_join");
     const int status = real(thread, result);
     bench::joined();
