@@ -52,12 +52,13 @@ std::vector<VnDbObjectId> handlesIn(const VnIfcVariant& value) {
     if (value.type()->isSelect())
         return {pointee<VnIfcSelect>(value, converted)->getHandle()};
     std::vector<VnDbObjectId> handles;
-    if (const VnIfcAggr* elements = pointee<VnIfcAggr>(value, converted))
+    if (const VnIfcAggr* elements = pointee<VnIfcAggr>(value, converted)) {
         for (VnIfcConstIterator each(*elements); !each.atEnd(); each.next())
             if (each.elementKind() == VnTypeCodeKind::kEntity)
                 handles.push_back(each.currentAs<VnDbObjectId>());
             else if (each.elementKind() == VnTypeCodeKind::kSelect)
                 handles.push_back(each.currentAs<VnIfcSelect>().getHandle());
+    }
     return handles;
 }
 
