@@ -318,6 +318,9 @@ TEST(Props, MeasuresFindTheUnitsOfTheProject) {
         "#20=IFCPROPERTYSINGLEVALUE('p',$,IFCREAL(1.),#22);\n#22=IFCSIUNIT(*,.MASSUNIT.,.KILO.,.GRAM.);\n";
     EXPECT_EQ(signsOf("#10=IFCPROFILEDEF(.AREA.,'P');\n#11=IFCPROFILEPROPERTIES('S',$,(#20),#10);\n" + plain),
               (std::map<std::string, std::string>{{"p", "kg"}}));
+    EXPECT_EQ(signsOf("#10=IFCPROFILEDEF(.AREA.,'P');\n#11=IFCPROFILEPROPERTIES('S',$,(#20),#10);\n" + plain, "11"),
+              (std::map<std::string, std::string>{{"p", "kg"}}))
+        << "a set that is asked itself";
     EXPECT_EQ(signsOf("#10=IFCMATERIAL('M',$,$);\n#11=IFCMATERIALPROPERTIES('S',$,(#20),#10);\n" + plain),
               (std::map<std::string, std::string>{{"p", "kg"}}));
 }

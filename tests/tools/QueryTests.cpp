@@ -210,6 +210,8 @@ TEST(Find, ConditionsCompareValuesNotTexts) {
             found.push_back(json::parse(line)["id"]);
         EXPECT_EQ(found, expected) << arguments.back();
     }
+    EXPECT_EQ(runTool({"find", "--quiet", makeModel("bare.ifc", "#1=IFCWALL($,$,$,$,$,$,$,$,$);\n"), "IfcWall"}).out,
+              "#1 IFCWALL\n");
     EXPECT_EQ(runTool({"find", "--quiet", file, "IfcWall", "--exact"}).out,
               "#1 IFCWALL 3vB2YO$MX4xv5uCqZZG0aa 'Gr\xC3\xBCn'\n#2 IFCWALL 3vB2YO$MX4xv5uCqZZG0ab 'Gr\xC3\xBCn'\n");
 }

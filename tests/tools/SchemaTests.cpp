@@ -117,6 +117,7 @@ TEST(Schema, TextShowsWhatIsInherited) {
         {"ifcwall", "subtypes\n  IFCWALLELEMENTEDCASE\n  IFCWALLSTANDARDCASE\n"},
         {"ifcroot", "abstract entity IFCROOT\n"},
         {"ifcorientededge", "  EdgeStart: IFCVERTEX (derived, redeclared)\n"},
+        {"ifccartesianpointlist", "  Dim: IFCDIMENSIONCOUNT (derived)\n"},
         {"ifccomplexnumber", "aggregation IFCCOMPLEXNUMBER\n  array [1:2] of real\n"},
         {"ifclabel", "defined IFCLABEL\n  string\n"},
         {"ifcpositiveinteger", "defined IFCPOSITIVEINTEGER\n  IFCINTEGER\n"},
