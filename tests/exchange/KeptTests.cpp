@@ -57,6 +57,8 @@ TEST(Kept, parametersComeBackAsTheyWere) {
         {"IFCPROPERTYSINGLEVALUE('',$,0.5,.METRE.)", "wrong-kind wrong-kind"},
         {"IFCPROPERTYSINGLEVALUE('',$,IFCINTEGER(3000000000),$)", "out-of-range"},
         {"IFCPROPERTYSINGLEVALUE('',$,IFCINTEGER(1.5),$)", "wrong-kind"},
+        {"IFCPROPERTYSINGLEVALUE('',$,IFCBINARY(\"0-F\"),$)", "wrong-kind"},
+        {"IFCPIXELTEXTURE(.T.,.T.,$,$,$,1,1,3,(\"0FF,\"1\"))", "wrong-kind"},
         {"IFCPROPERTYSINGLEVALUE('',$,IFCBOOLEAN(.U.),$)", "wrong-kind"},
         {"IFCPROPERTYENUMERATEDVALUE('',$,(IFCLOGICAL(.U.),IFCBOOLEAN(.U.)),$)", "wrong-kind"},
         {"IFCTRIANGULATEDFACESET(#1,$,$,((1,2,4294967299)),$)", "out-of-range"},
