@@ -183,10 +183,11 @@ TEST(Values, stringsThatAHostMakesCannotBreakTheFile) {
                                         "\\X0\\S\\", "\\X\\S\\'x", "\xE9\\X\\S\\'x"}) {
         VnIfcModel model(schema());
         model.create<IfcPropertySingleValue>()->setName(text);
-        Reading reading(model.writeText());
+        const std::string written = model.writeText(); // once, because its time stamp is that of now
+        Reading reading(written);
         EXPECT_EQ(reading.codes(), "") << text;
         EXPECT_EQ(reading.model.count(), 1u);
-        EXPECT_EQ(reading.model.writeText(), model.writeText()) << text;
+        EXPECT_EQ(reading.model.writeText(), written) << text;
     }
 }
 

@@ -79,6 +79,14 @@ TEST(Tree, CountsPartsOfAllRelations) {
               "#1 IFCSITE\n  1 IFCFLOWCONTROLLER\n  1 IFCFLOWFITTING\n  1 IFCFLOWSEGMENT\n");
 }
 
+TEST(Tree, BeginsAtTheTopWhateverTheOrderOfTheFile) {
+    EXPECT_EQ(runTool({"tree", makeModel("order.ifc", "#1=IFCSITE('1',$,$,$,$,$,$,$,$,$,$,$,$,$);\n"
+                                                      "#2=IFCSITE('2',$,$,$,$,$,$,$,$,$,$,$,$,$);\n"
+                                                      "#3=IFCRELAGGREGATES('3',$,$,$,#2,(#1));\n")})
+                  .out,
+              "#2 IFCSITE\n  #1 IFCSITE\n");
+}
+
 TEST(Tree, JsonNests) {
     const json tree = json::parse(runTool({"tree", "--json", building()}).out);
     EXPECT_EQ(tree["outside"], json({{"IFCCOLUMN", 1}}));
