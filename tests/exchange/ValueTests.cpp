@@ -249,6 +249,7 @@ TEST(Values, aSetIsWrittenInOrderAndDoublesOnlyUntilItIsSet) {
     Reading doubles(fileOf("#1=IFCRELAGGREGATES('',$,$,$,#3,(#9,#3,#9));\n" + walls));
     auto& relation = doubles.as<IfcRelAggregates>(1);
     EXPECT_EQ(relation.getRelatedObjects().count(), 2u);
+    EXPECT_EQ(doubles.diagnostics.at(0).attribute, "RelatedObjects");
     EXPECT_EQ(doubles.data(), "#1=IFCRELAGGREGATES('',$,$,$,#3,(#9,#3,#9));\n" + walls);
     Reading gone(fileOf("#1=IFCRELAGGREGATES('',$,$,$,#3,(#9,#3,#9));\n" + walls));
     gone.model.erase(gone.model.find(9));
