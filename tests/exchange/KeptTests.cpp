@@ -127,6 +127,7 @@ TEST(Kept, parametersComeBackAsTheyWere) {
         {"(IFCLENGTHUNIT()IFCSIUNIT(.MILLI.,.METRE.))", "complex-instance"},
         {"()", "complex-instance"},
         {"IFCFOO", "no-keyword"},
+        {"IFCFOOENDSEC", "no-keyword"},
         {"", "no-keyword"},
         {"'text'", "no-keyword"},
         {"&SCOPE #2=IFCWALL(); ENDSCOPE /#2/ IFCFOO(#2)", "scope no-keyword"},

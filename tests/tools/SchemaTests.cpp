@@ -123,6 +123,7 @@ TEST(Schema, TextShowsWhatIsInherited) {
         {"ifcpositiveinteger", "defined IFCPOSITIVEINTEGER\n  IFCINTEGER\n"},
         {"ifcpolyline", "  Points: list [2:?] of IFCCARTESIANPOINT\n"},
         {"ifcwall", "  PredefinedType: OPTIONAL IFCWALLTYPEENUM\n"},
+        {"list [1:?] of ifcactorrole", "aggregation list [1:?] of IFCACTORROLE\n"},
         {"list [1:?] of ifcactorrole", "  list [1:?] of IFCACTORROLE\n"},
         {"ifcunit", "select IFCUNIT\n  IFCDERIVEDUNIT\n  IFCMONETARYUNIT\n  IFCNAMEDUNIT\n"},
     };
