@@ -273,14 +273,24 @@ const std::vector<Case> kCases{
      "IFC4X3_ADD2",
      "#1=IFCALIGNMENT(" GUID(
          "1") ",$,'A',$,$,$,$,#2,$);\n#2=IFCALIGNMENTCURVE(#3,#8,$);\n"
-              "#3=IFCALIGNMENT2DHORIZONTAL(0.,(#4));\n#4=IFCALIGNMENT2DHORIZONTALSEGMENT(.T.,$,$,#5);\n"
+              "#3=IFCALIGNMENT2DHORIZONTAL(0.,(#4,#14));\n#4=IFCALIGNMENT2DHORIZONTALSEGMENT(.T.,$,$,#5);\n"
+              "#14=IFCALIGNMENT2DHORIZONTALSEGMENT(.T.,$,$,#15);\n"
+              "#15=IFCTRANSITIONCURVESEGMENT2D(#6,0.,80.,500.,$,.T.,.F.,.CLOTHOIDCURVE.);\n"
+              "#10=IFCALIGNMENT2DVERSEGCIRCULARARC(.T.,$,$,100.,100.,7.,0.,500.,.F.);\n"
               "#5=IFCCIRCULARARCSEGMENT2D(#6,0.,100.,500.,.F.);\n#6=IFCCARTESIANPOINT((0.,0.));\n"
-              "#8=IFCALIGNMENT2DVERTICAL((#9));\n#9=IFCALIGNMENT2DVERSEGPARABOLICARC(.T.,'s',$,0.,100.,7.,0.02,2000.,."
+              "#8=IFCALIGNMENT2DVERTICAL((#9,#10));\n#9=IFCALIGNMENT2DVERSEGPARABOLICARC(.T.,'s',$,0.,100.,7.,0.02,"
+              "2000.,."
               "T.);\n",
      9,
      "",
      {"absorbed"},
      {"IFCALIGNMENTHORIZONTALSEGMENT($,$,#6,0.,-500.,-500.,100.,$,.CIRCULARARC.)",
+      "IFCCURVESEGMENT(.CONTSAMEGRADIENT.,#*,IFCLENGTHMEASURE(0.),IFCLENGTHMEASURE(-100.),#*)",
+      "IFCALIGNMENTHORIZONTALSEGMENT($,$,#6,0.,500.,0.,80.,$,.CLOTHOID.)",
+      "IFCCURVESEGMENT(.DISCONTINUOUS.,#*,IFCLENGTHMEASURE(-80.),IFCLENGTHMEASURE(80.),#*)", "IFCCLOTHOID(#*,-200.)",
+      "IFCPOLYNOMIALCURVE(#*,(0.,1.),(0.,0.02,-0.00025),$)",
+      "IFCALIGNMENTVERTICALSEGMENT($,$,100.,100.,7.,0.,0.2041241452319315,500.,.CIRCULARARC.)",
+      "IFCCURVESEGMENT(.DISCONTINUOUS.,#*,IFCLENGTHMEASURE(0.),IFCLENGTHMEASURE(100.6789603951654),#*)",
       "IFCALIGNMENTVERTICALSEGMENT('s',$,0.,100.,7.,0.02,-0.030000000000000002,-2000.,.PARABOLICARC.)"}},
     {"lostWithItsReferrers",
      "IFC4",
@@ -349,9 +359,19 @@ TEST(Convert, ReadsAndWritesTimesInAllTheirForms) {
         const char* duration;
         const char* back = nullptr; ///< when the duration has other forms
     } lags[] = {
-        {"0.", "PT0S"},       {"86400.", "P1D"},         {"-90.5", "-PT1M30.5S"},   {"3661.", "PT1H1M1S"},
-        {"604800.", "P7D"},   {"604800.", "P7D", "P1W"}, {"60.", "PT1M", "PT60S"},  {"-86400.", "-P1D"},
-        {"90000.", "P1DT1H"}, {nullptr, nullptr, "P1M"}, {nullptr, nullptr, "P1Y"}, {nullptr, nullptr, "soon"},
+        {"0.", "PT0S"},
+        {"86400.", "P1D"},
+        {"-90.5", "-PT1M30.5S"},
+        {"3661.", "PT1H1M1S"},
+        {"604800.", "P7D"},
+        {"604800.", "P7D", "P1W"},
+        {"60.", "PT1M", "PT60S"},
+        {"-86400.", "-P1D"},
+        {"90000.", "P1DT1H"},
+        {"1.E-07", nullptr, "PT0.0000001S"},
+        {nullptr, nullptr, "P1M"},
+        {nullptr, nullptr, "P1Y"},
+        {nullptr, nullptr, "soon"},
     };
     for (const auto& [number, duration, back] : lags) {
         if (!back) {

@@ -59,6 +59,7 @@ TEST(Told, AHandleOfAnotherModelIsNoNumberOfThisOne) {
     EXPECT_FALSE(relation->putAttr("RelatedObjects", VnIfcArray<VnDbObjectId>{stranger}));
     EXPECT_FALSE(relation->putAttr("RelatedObjects", VnIfcArray<VnIfcVariant>{stranger}));
     EXPECT_FALSE(relation->testAttr("RelatingObject") || relation->testAttr("RelatedObjects"));
+    EXPECT_TRUE(relation->putAttr("RelatingObject", VnDbObjectId())) << "no instance is of no model";
     relation->setRelatingObject(stranger);
     relation->setRelatedObjects({stranger});
     const Written written(model);
@@ -209,7 +210,7 @@ TEST(Told, WhatIsErasedIsNamedNowhere) {
 TEST(Told, TheCheckCountsAndFindsBrokenTextsWhereverTheyStand) {
     Reading reading(fileOf("#1=IFCPROPERTYSINGLEVALUE('a\\',$,IFCLABEL('b\\'),$);\n"
                            "#2=IFCPROPERTYENUMERATEDVALUE('a',$,(IFCLABEL('c'),IFCLABEL('d\\')),$);\n"
-                           "#3=IFCPERSON('p',$,$,('e\\','f'),$,$,$,$);\n#4=IFCPERSON($,$,$,$,$,$,$,$);\n"
+                           "#3=IFCPERSON('p',$,$,('e\\',$,'f'),$,$,$,$);\n#4=IFCPERSON($,$,$,$,$,$,$,$);\n"
                            "#5=IFCPOLYLOOP($);\n"));
     std::string told;
     VnIfcCheck check(reading.model,

@@ -183,10 +183,11 @@ TEST(Values, StringsThatAHostMakesCannotBreakTheFile) {
                                         "\\X0\\S\\", "\\X\\S\\'x", "\xE9\\X\\S\\'x"}) {
         VnIfcModel model(schema());
         model.create<IfcPropertySingleValue>()->setName(text);
-        Reading reading(model.writeText());
+        const std::string written = model.writeText(); // once, because its time stamp is that of now
+        Reading reading(written);
         EXPECT_EQ(reading.codes(), "") << text;
         EXPECT_EQ(reading.model.count(), 1u);
-        EXPECT_EQ(reading.model.writeText(), model.writeText()) << text;
+        EXPECT_EQ(reading.model.writeText(), written) << text;
     }
 }
 
@@ -248,6 +249,7 @@ TEST(Values, ASetIsWrittenInOrderAndDoublesOnlyUntilItIsSet) {
     Reading doubles(fileOf("#1=IFCRELAGGREGATES('',$,$,$,#3,(#9,#3,#9));\n" + walls));
     auto& relation = doubles.as<IfcRelAggregates>(1);
     EXPECT_EQ(relation.getRelatedObjects().count(), 2u);
+    EXPECT_EQ(doubles.diagnostics.at(0).attribute, "RelatedObjects");
     EXPECT_EQ(doubles.data(), "#1=IFCRELAGGREGATES('',$,$,$,#3,(#9,#3,#9));\n" + walls);
     Reading gone(fileOf("#1=IFCRELAGGREGATES('',$,$,$,#3,(#9,#3,#9));\n" + walls));
     gone.model.erase(gone.model.find(9));

@@ -47,6 +47,18 @@ TEST(InverseHistory, SettingAnewEmptiesFirst) {
     EXPECT_EQ(scene.other->getInvIsDecomposedBy().count(), 1u);
 }
 
+TEST(InverseHistory, WhoLeavesTakesNobodyElseAlong) {
+    Scene scene;
+    auto* rival = scene.model.create<IfcRelAggregates>();
+    rival->setRelatedObjects({scene.part->objectId()});
+    scene.model.setInverseCounterParts();
+    scene.relation->leaveInverseCounterParts();
+    EXPECT_EQ(scene.whole->getInvIsDecomposedBy().count(), 0u);
+    EXPECT_EQ(scene.part->getInvDecomposes(), rival->objectId()) << "the last one has it";
+    rival->leaveInverseCounterParts();
+    EXPECT_TRUE(scene.part->getInvDecomposes().isNull());
+}
+
 TEST(InverseHistory, ErasingLeavesAllThatWasEntered) {
     const std::pair<const char*, std::function<void(Scene&)>> histories[] = {
         {"none", [](Scene&) {}},

@@ -146,6 +146,15 @@ TEST(Model, FindsNumbersDenseOrSparseInWhateverOrderTheyCame) {
     }
 }
 
+TEST(Model, StaysInOrderWhenNumbersBelowThoseThereAreUsed) {
+    Reading reading(fileOf("#100=IFCPERSON();\n#500000000000=IFCPERSON();\n#18446744073709551615=IFCPERSON();\n"));
+    for (int i = 0; i < 300; ++i)
+        reading.model.create("IfcPerson");
+    const std::vector<std::uint64_t> numbers = numbersOf(reading.model);
+    EXPECT_EQ(numbers.size(), 303u);
+    EXPECT_TRUE(std::ranges::is_sorted(numbers));
+}
+
 TEST(Model, VisitsEachInstanceOnceWhileVisitorsCreateAndErase) {
     Reading reading(fileOf("#5=IFCFACEBOUND($,.T.);\n#18446744073709551615=IFCFACEBOUND($,.F.);\n#7=IFCPERSON();\n"));
     std::vector<std::uint64_t> visited;
@@ -223,6 +232,15 @@ TEST(Copy, IntoAnotherModelBringsEverythingReferredToOnce) {
                   std::string(kTail));
     EXPECT_EQ(target.copy(source.model.find(6), copies).number(), 3u) << "known already";
     EXPECT_EQ(target.count(), 5u);
+}
+
+TEST(Copy, LeavesOutWhatIsErased) {
+    Reading source(fileOf("#1=IFCFOO(#2,(#3));\n#2=IFCPERSON();\n#3=IFCFOO();\n"));
+    source.model.erase(source.model.find(2));
+    VnIfcModel target(schema());
+    target.copy(source.model.find(1));
+    EXPECT_EQ(target.count(), 2u);
+    EXPECT_NE(target.writeText().find("#1=IFCFOO($,(#2));\n#2=IFCFOO();\n"), std::string::npos) << target.writeText();
 }
 
 TEST(Copy, LooksAtNothingBehindTheText) {

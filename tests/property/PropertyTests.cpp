@@ -265,6 +265,8 @@ TEST_F(Properties, WrittenAttributeReplacesWhatTheFileHad) {
     EXPECT_EQ(wall.find("PredefinedType")->putAttribute(model.find(1).openObject(), solid), VN::eOk);
     const std::string written = model.writeText();
     EXPECT_NE(written.find(".BAKED.,.SOLIDWALL.);"), std::string::npos) << written;
+    EXPECT_EQ(wall.find("Tag")->putAttribute(model.find(1).openObject(), VnAnsiString(VnUnsetText)), VN::eOk);
+    EXPECT_NE(model.writeText().find(",$,.SOLIDWALL.);"), std::string::npos) << "unset as before, but told so now";
 }
 
 // ---- Whole properties and quantities

@@ -79,6 +79,14 @@ TEST(Tree, CountsPartsOfAllRelations) {
               "#1 IFCSITE\n  1 IFCFLOWCONTROLLER\n  1 IFCFLOWFITTING\n  1 IFCFLOWSEGMENT\n");
 }
 
+TEST(Tree, BeginsAtTheTopWhateverTheOrderOfTheFile) {
+    EXPECT_EQ(runTool({"tree", makeModel("order.ifc", "#1=IFCSITE('1',$,$,$,$,$,$,$,$,$,$,$,$,$);\n"
+                                                      "#2=IFCSITE('2',$,$,$,$,$,$,$,$,$,$,$,$,$);\n"
+                                                      "#3=IFCRELAGGREGATES('3',$,$,$,#2,(#1));\n")})
+                  .out,
+              "#2 IFCSITE\n  #1 IFCSITE\n");
+}
+
 TEST(Tree, JsonNests) {
     const json tree = json::parse(runTool({"tree", "--json", building()}).out);
     EXPECT_EQ(tree["outside"], json({{"IFCCOLUMN", 1}}));
@@ -318,6 +326,9 @@ TEST(Props, MeasuresFindTheUnitsOfTheProject) {
         "#20=IFCPROPERTYSINGLEVALUE('p',$,IFCREAL(1.),#22);\n#22=IFCSIUNIT(*,.MASSUNIT.,.KILO.,.GRAM.);\n";
     EXPECT_EQ(signsOf("#10=IFCPROFILEDEF(.AREA.,'P');\n#11=IFCPROFILEPROPERTIES('S',$,(#20),#10);\n" + plain),
               (std::map<std::string, std::string>{{"p", "kg"}}));
+    EXPECT_EQ(signsOf("#10=IFCPROFILEDEF(.AREA.,'P');\n#11=IFCPROFILEPROPERTIES('S',$,(#20),#10);\n" + plain, "11"),
+              (std::map<std::string, std::string>{{"p", "kg"}}))
+        << "a set that is asked itself";
     EXPECT_EQ(signsOf("#10=IFCMATERIAL('M',$,$);\n#11=IFCMATERIALPROPERTIES('S',$,(#20),#10);\n" + plain),
               (std::map<std::string, std::string>{{"p", "kg"}}));
 }

@@ -93,6 +93,8 @@ TEST(Edit, FilesWithErrorsAreWrittenAndSaidToHaveThem) {
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_PRED_FORMAT2(IsSubstring, "#1=IFCCIRCLE($,2.);\n#2=IFCFOO(1);\n#3=IFCPERSON('p','x');\n", outcome.out);
     EXPECT_PRED_FORMAT2(IsSubstring, "[no-semicolon]", outcome.err);
+    const std::string badId = makeModel("bad.ifc", "#1=IFCWALL('no',$,'W',$,$,$,$,$,$);\n");
+    EXPECT_EQ(runTool({"edit", badId, "-", "--set", "#1.Name=x"}).err, "") << "nobody touched the identifier";
     // A malformed identifier is taken, and said.
     for (const bool quiet : {false, true}) {
         std::vector<std::string> arguments{"edit", makeModel("id.ifc", kInstances), "-", "--set", "#9.GlobalId=no"};
@@ -123,6 +125,7 @@ TEST(Edit, RefusesWhatDoesNotConvertAndWritesNothing) {
         {"#4.Trim1=(#9)", "cannot refer to #9 IFCWALL"},
         {"#5.Radius=1,5", "#5 IFCCIRCLE.Radius: expected one value of IfcPositiveLengthMeasure, found 1,5"},
         {"#5.Radius=", "#5 IFCCIRCLE.Radius: expected "},
+        {"#1.Coordinates=", "#1 IFCCARTESIANPOINT.Coordinates: expected "},
         {"#5.Radius=/*", "#5 IFCCIRCLE.Radius: expected "},
         {"#5.Radius=1.E999", "expected a value in the range of "},
         {"#6.Location=#9", "IFCPOINT cannot refer to #9 IFCWALL"},

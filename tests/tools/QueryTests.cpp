@@ -50,6 +50,7 @@ TEST(Show, WordsForEveryKindOfValue) {
         {"#6", "InnerBoundaries  ()\n"},
         {"#10", "Dimensions  * (derived)\n"},
         {"#10", "Name        .METRE.\n"},
+        {"#10", "Prefix      $\n"},
         {"#11", "(IFCLINEINDEX((1, 2)), IFCARCINDEX((2, 3, 4)))\n"},
         {"#13", "Material     #14 IFCMATERIAL 'C20/25'\n"},
     };
@@ -132,6 +133,7 @@ TEST(Export, JsonForEveryKindOfValue) {
         {6, "InnerBoundaries", "[]"},
         {9, "Pixel", R"(["0FF","1"])"},
         {10, "Name", R"("METRE")"},
+        {10, "Prefix", "null"},
         {11, "Segments", R"([{"type":"IFCLINEINDEX","value":[1,2]},{"type":"IFCARCINDEX","value":[2,3,4]}])"},
         {15, "Points", R"([{"ref":16},{"ref":16}])"},
     };
@@ -210,6 +212,8 @@ TEST(Find, ConditionsCompareValuesNotTexts) {
             found.push_back(json::parse(line)["id"]);
         EXPECT_EQ(found, expected) << arguments.back();
     }
+    EXPECT_EQ(runTool({"find", "--quiet", makeModel("bare.ifc", "#1=IFCWALL($,$,$,$,$,$,$,$,$);\n"), "IfcWall"}).out,
+              "#1 IFCWALL\n");
     EXPECT_EQ(runTool({"find", "--quiet", file, "IfcWall", "--exact"}).out,
               "#1 IFCWALL 3vB2YO$MX4xv5uCqZZG0aa 'Gr\xC3\xBCn'\n#2 IFCWALL 3vB2YO$MX4xv5uCqZZG0ab 'Gr\xC3\xBCn'\n");
 }

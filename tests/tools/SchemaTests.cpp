@@ -117,11 +117,13 @@ TEST(Schema, TextShowsWhatIsInherited) {
         {"ifcwall", "subtypes\n  IFCWALLELEMENTEDCASE\n  IFCWALLSTANDARDCASE\n"},
         {"ifcroot", "abstract entity IFCROOT\n"},
         {"ifcorientededge", "  EdgeStart: IFCVERTEX (derived, redeclared)\n"},
+        {"ifccartesianpointlist", "  Dim: IFCDIMENSIONCOUNT (derived)\n"},
         {"ifccomplexnumber", "aggregation IFCCOMPLEXNUMBER\n  array [1:2] of real\n"},
         {"ifclabel", "defined IFCLABEL\n  string\n"},
         {"ifcpositiveinteger", "defined IFCPOSITIVEINTEGER\n  IFCINTEGER\n"},
         {"ifcpolyline", "  Points: list [2:?] of IFCCARTESIANPOINT\n"},
         {"ifcwall", "  PredefinedType: OPTIONAL IFCWALLTYPEENUM\n"},
+        {"list [1:?] of ifcactorrole", "aggregation list [1:?] of IFCACTORROLE\n"},
         {"list [1:?] of ifcactorrole", "  list [1:?] of IFCACTORROLE\n"},
         {"ifcunit", "select IFCUNIT\n  IFCDERIVEDUNIT\n  IFCMONETARYUNIT\n  IFCNAMEDUNIT\n"},
     };
