@@ -60,8 +60,9 @@ TEST(Corpus, UpwardsKeepsEveryObject) {
         const std::set<std::string> after = globalIds(converted.target.model());
         EXPECT_TRUE(std::includes(after.begin(), after.end(), before.begin(), before.end()));
         for (const vnifc::ConvertFinding& each : converted.findings)
-            if (each.kind == vnifc::ConvertKind::kLostInstance)
+            if (each.kind == vnifc::ConvertKind::kLostInstance) {
                 EXPECT_EQ(each.entity, "IfcStyledItem") << "not one that says that there is no style: " << each.text();
+            }
     }
 }
 

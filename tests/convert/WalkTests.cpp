@@ -216,8 +216,9 @@ TEST_P(WalkTest, BringsEverythingOrTellsWhy) {
         EXPECT_EQ(converted.target.model().count(), source.instances.size() + result.added - goneOf(converted));
         EXPECT_EQ(silent(converted, source, from, to), "");
         EXPECT_EQ(added(converted.before, converted.after), "") << converted.said;
-        if (GetParam().from == GetParam().to)
+        if (GetParam().from == GetParam().to) {
             EXPECT_EQ(result.carried, source.instances.size());
+        }
     }
 }
 

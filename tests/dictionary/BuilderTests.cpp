@@ -173,9 +173,9 @@ TEST(SchemaBuilder, NamesWhatItCannotResolve) {
     };
     for (const Case& test : cases) {
         const std::string error = errorOf(test.change);
-        if (*test.expected == '\0')
+        if (*test.expected == '\0') {
             EXPECT_EQ(error, "");
-        else
+        } else
             EXPECT_NE(error.find(test.expected), std::string::npos) << test.expected << " is not in: " << error;
     }
 }

@@ -51,9 +51,9 @@ void expectEdit(const Edit& edit) {
     const Outcome outcome = runTool(arguments);
     EXPECT_EQ(outcome.exitCode, edit.line ? 0 : 2) << outcome.err;
     EXPECT_EQ(fs::exists(target), edit.line != nullptr);
-    if (edit.line)
+    if (edit.line) {
         EXPECT_PRED_FORMAT2(IsSubstring, std::string("\n") + edit.line + '\n', contents(target));
-    else
+    } else
         EXPECT_PRED_FORMAT2(IsSubstring, edit.message, outcome.err);
 }
 

@@ -96,8 +96,9 @@ TEST(Usage, QuietHidesEveryMessageAndNothingElse) {
         const Outcome quiet = runTool(arguments);
         EXPECT_EQ(quiet.exitCode, noisy.exitCode);
         EXPECT_EQ(quiet.err, "");
-        if (arguments[0] != "info") // which tells the time that it took
+        if (arguments[0] != "info") { // which tells the time that it took
             EXPECT_EQ(quiet.out, noisy.out);
+        }
     }
 }
 
