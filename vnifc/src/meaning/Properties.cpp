@@ -166,7 +166,8 @@ VnIfcEntityBase* memberNamed(ModelState& state, const VnIfcEntityBase& owner, st
     return found;
 }
 
-/// A property by its name, or a part of a complex one by several.
+} // namespace
+
 std::optional<Property> propertyIn(ModelState& state, VnIfcEntityBase& set, std::string_view path) {
     PropertyReader reader(state);
     if (hasPropertiesAsAttributes(state, set)) {
@@ -190,8 +191,6 @@ std::optional<Property> propertyIn(ModelState& state, VnIfcEntityBase& set, std:
     }
     return std::nullopt;
 }
-
-} // namespace
 
 } // namespace detail
 

@@ -23,6 +23,9 @@ bool hasPropertiesAsAttributes(ModelState& state, const VN_SDAI::VnIfcEntityBase
 /// True when a text as it stands in memory means that one in UTF-8.
 bool meansText(std::string_view exchangeText, std::string_view utf8);
 
+/// A property of a set by its name, or a part of a complex one by several with dots.
+std::optional<Property> propertyIn(ModelState& state, VN_SDAI::VnIfcEntityBase& set, std::string_view path);
+
 /// Reads the sets of one object.
 class PropertyReader {
 public:
