@@ -1,0 +1,27 @@
+#pragma once
+#include "Commands.h"
+
+#include <vnifc/Model.h>
+
+#include <string>
+#include <vector>
+
+namespace vnifc {
+
+/// Reads a file into a model of the library, as LoadedFile does.
+Model openModel(const ReadFlags& flags);
+/// Success, or that the file has errors.
+ExitCode exitCodeOf(const Model& model) noexcept;
+
+struct DiffFlags {
+    std::string other; ///< the new file
+    double tolerance = 1e-9;
+    std::vector<std::string> ignored;
+    std::uint64_t limit = 20; ///< of an object so many details are said; 0 for all
+    bool json = false;
+};
+
+/// Tells what differs between two files. kSuccess when nothing does, 1 otherwise, whatever findings the files bring.
+ExitCode diffFiles(const ReadFlags& flags, const DiffFlags& options);
+
+} // namespace vnifc

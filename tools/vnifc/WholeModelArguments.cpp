@@ -1,0 +1,61 @@
+#include "Arguments.h"
+#include "WholeModel.h"
+
+#include <memory>
+
+namespace vnifc {
+
+namespace {
+
+void addDiff(CLI::App& app, Task& task) {
+    struct Options : ReadFlags, DiffFlags {};
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("diff", "Tell what differs between two files, object by object");
+    command->footer("Objects are found by their GlobalIds; numbers of instances do not count.\n"
+                    "Exit codes: 0 equal, 1 different, 2 wrong use, 3 something cannot be read\n"
+                    "Example:\n  vnifc diff old.ifc new.ifc --ignore OwnerHistory");
+    command->add_option("OLD", options->file, "exchange file; - is standard input")->required();
+    command->add_option("NEW", options->other, "exchange file to compare it with")->required();
+    addLoadFlags(*command, *options);
+    command
+        ->add_option("--tolerance", options->tolerance,
+                     "numbers that differ by no more than this, times their magnitude where that is above 1, are "
+                     "equal; 1e-9 by default")
+        ->check(CLI::NonNegativeNumber);
+    command->add_option("--ignore", options->ignored, "an attribute that does not count; repeatable")
+        ->option_text("NAME")
+        ->allow_extra_args(false);
+    command->add_option("--limit", options->limit, "how many details of an object are told, 0 for all; 20 by default")
+        ->check(CLI::NonNegativeNumber);
+    command->add_flag("--json", options->json, "print one JSON object a line, the last one with the summary");
+    command->callback([&task, options] { task = [options] { return diffFiles(*options, *options); }; });
+}
+
+void addExport(CLI::App& app, Task& task) {
+    struct Options : ReadFlags {
+        std::string format = "ndjson";
+        std::vector<std::string> types;
+        bool inverses = false;
+    };
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("export", "Print all instances as JSON, one object a line");
+    command->footer("Example:\n  vnifc export house.ifc --type IfcWall --type IfcSlab");
+    addReadFlags(*command, *options);
+    command->add_option("--format", options->format, "ndjson: one JSON object a line")
+        ->check(CLI::IsMember({"ndjson"}));
+    command->add_option("--type", options->types, "only instances of this entity and its subtypes; repeatable")
+        ->allow_extra_args(false);
+    command->add_flag("--inverse", options->inverses, "inverse attributes too, as lists of numbers");
+    command->callback([&task, options] {
+        task = [options] { return exportInstances(*options, options->types, options->inverses); };
+    });
+}
+
+} // namespace
+
+void addWholeModelCommands(CLI::App& app, Task& task) {
+    addDiff(app, task);
+    addExport(app, task);
+}
+
+} // namespace vnifc

@@ -1,0 +1,38 @@
+#pragma once
+#include <cstdint>
+#include <vector>
+
+namespace vnifc::detail {
+
+/// Calls `finish(i)` once for each of `count` nodes, for the children of a node before the node itself. Where nodes
+/// refer to each other in a circle, one of them is finished before a child of it. `forEachChild(i, visit)` calls
+/// `visit(child)`. Takes no stack of the thread, however deep the nodes lie.
+template <class ForEachChild, class Finish>
+void childrenFirst(std::uint32_t count, ForEachChild forEachChild, Finish finish) {
+    enum State : std::uint8_t { kNew, kOpen, kDone };
+    std::vector<State> states(count, kNew);
+    std::vector<std::uint32_t> stack;
+    for (std::uint32_t root = 0; root < count; ++root) {
+        stack.push_back(root);
+        while (!stack.empty()) {
+            const std::uint32_t node = stack.back();
+            if (states[node] == kNew) {
+                states[node] = kOpen;
+                const std::size_t before = stack.size();
+                forEachChild(node, [&](std::uint32_t child) {
+                    if (states[child] == kNew)
+                        stack.push_back(child);
+                });
+                if (stack.size() != before)
+                    continue;
+            }
+            stack.pop_back();
+            if (states[node] == kOpen) {
+                finish(node);
+                states[node] = kDone;
+            }
+        }
+    }
+}
+
+} // namespace vnifc::detail
