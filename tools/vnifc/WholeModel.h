@@ -24,4 +24,7 @@ struct DiffFlags {
 /// Tells what differs between two files. kSuccess when nothing does, 1 otherwise, whatever findings the files bring.
 ExitCode diffFiles(const ReadFlags& flags, const DiffFlags& options);
 
+/// Writes the objects that a selector picks with all that they need.
+ExitCode extractFile(const ReadFlags& flags, const std::string& target, const std::string& selector);
+
 } // namespace vnifc

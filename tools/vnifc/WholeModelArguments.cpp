@@ -31,6 +31,24 @@ void addDiff(CLI::App& app, Task& task) {
     command->callback([&task, options] { task = [options] { return diffFiles(*options, *options); }; });
 }
 
+void addExtract(CLI::App& app, Task& task) {
+    struct Options : ReadFlags {
+        std::string target;
+        std::string selector;
+    };
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("extract", "Write some objects with everything that they need");
+    command->footer("Project, units, spatial structure, types, property sets, materials, openings and what fills them\n"
+                    "come along; GlobalIds stay.\n"
+                    "Example:\n  vnifc extract house.ifc ground.ifc 'IfcWall, location=\"Ground floor\"'");
+    addReadFlags(*command, *options);
+    command->add_option("OUT", options->target, "file to write, may be FILE; - is standard output")->required();
+    command->add_option("SELECTOR", options->selector, "which objects, see find")->required();
+    command->callback([&task, options] {
+        task = [options] { return extractFile(*options, options->target, options->selector); };
+    });
+}
+
 void addExport(CLI::App& app, Task& task) {
     struct Options : ReadFlags {
         std::string format = "ndjson";
@@ -55,6 +73,7 @@ void addExport(CLI::App& app, Task& task) {
 
 void addWholeModelCommands(CLI::App& app, Task& task) {
     addDiff(app, task);
+    addExtract(app, task);
     addExport(app, task);
 }
 

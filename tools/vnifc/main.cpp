@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <vnifc/Error.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -243,6 +244,12 @@ int main(int argc, char** argv) {
     } catch (const vnifc::Failure& failure) {
         vnifc::say(std::string("vnifc: ") + failure.what());
         return failure.exitCode();
+    } catch (const vnifc::SelectorError& error) {
+        vnifc::say(std::string("vnifc: ") + error.what());
+        return vnifc::kWrongUse;
+    } catch (const vnifc::NotFound& error) {
+        vnifc::say(std::string("vnifc: ") + error.what());
+        return vnifc::kNotThere;
     } catch (const std::exception& error) {
         vnifc::say(std::string("vnifc: ") + error.what());
     }

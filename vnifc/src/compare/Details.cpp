@@ -50,7 +50,8 @@ std::string wordsOf(const Value& value) {
     }
     if (const auto* typed = std::get_if<Typed>(&value.variant()))
         return wordsOf(typed->value());
-    return value.toString(TextForm::kPlain);
+    const std::string text = value.toString(TextForm::kPlain);
+    return text.empty() && !value.isNull() ? "''" : text;
 }
 
 bool areClose(double left, double right, double tolerance) noexcept {

@@ -1,6 +1,6 @@
 #include "Facets.h"
 
-#include "../whole/References.h"
+#include "../whole/Targets.h"
 
 #include <algorithm>
 #include <tuple>
@@ -31,17 +31,6 @@ Facets::Facets(ModelState& state, const Roster& roster) : m_usedSets(roster.size
     for (const Relation& relation : kRelations)
         m_types.push_back(state.schema().entity(relation.entity));
     const VnIfcEntityType* typeObject = state.schema().entity("IfcTypeObject");
-    const auto targetsOf = [&](const VnIfcEntityBase& instance, const char* attribute) {
-        std::vector<std::uint32_t> targets;
-        const AttributeInfo* info = state.classOf(instance)->findExplicit(attribute);
-        const auto add = [&](const VnDbObjectId& handle) {
-            if (const std::uint32_t target = roster.ordinalOf(handle); target != Roster::kNone)
-                targets.push_back(target);
-        };
-        if (info)
-            forEachHandle(instance, *info->row, add);
-        return targets;
-    };
     const auto enter = [&](std::uint32_t object, std::uint32_t target, DiffAspect aspect) {
         m_facets.push_back({object, target, aspect});
         if (aspect == DiffAspect::kProperty)
@@ -53,15 +42,15 @@ Facets::Facets(ModelState& state, const Roster& roster) : m_usedSets(roster.size
         if (!type)
             continue;
         if (typeObject && type->isKindOf(typeObject))
-            for (const std::uint32_t set : targetsOf(instance, "HasPropertySets"))
+            for (const std::uint32_t set : targetsOf(state, roster, instance, "HasPropertySets"))
                 enter(i, set, DiffAspect::kProperty);
         if (!isFacetRelation(*type))
             continue;
         for (std::size_t r = 0; r < m_types.size(); ++r) {
             if (!m_types[r] || !type->isKindOf(m_types[r]))
                 continue;
-            const auto objects = targetsOf(instance, kRelations[r].objects);
-            for (const std::uint32_t target : targetsOf(instance, kRelations[r].target))
+            const auto objects = targetsOf(state, roster, instance, kRelations[r].objects);
+            for (const std::uint32_t target : targetsOf(state, roster, instance, kRelations[r].target))
                 for (const std::uint32_t object : objects)
                     enter(object, target, kRelations[r].aspect);
             break;
