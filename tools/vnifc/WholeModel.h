@@ -26,5 +26,7 @@ ExitCode diffFiles(const ReadFlags& flags, const DiffFlags& options);
 
 /// Writes the objects that a selector picks with all that they need.
 ExitCode extractFile(const ReadFlags& flags, const std::string& target, const std::string& selector);
+/// Writes the file without what it says twice or what nothing refers to.
+ExitCode optimiseFile(const ReadFlags& flags, const std::string& target, bool unusedObjects);
 
 } // namespace vnifc

@@ -49,6 +49,24 @@ void addExtract(CLI::App& app, Task& task) {
     });
 }
 
+void addOptimise(CLI::App& app, Task& task) {
+    struct Options : ReadFlags {
+        std::string target;
+        bool unusedObjects = false;
+    };
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("optimise", "Write a file that says the same with fewer instances");
+    command->footer("Equal instances without a GlobalId become one, and what nothing refers to goes.\n"
+                    "Example:\n  vnifc optimise house.ifc small.ifc");
+    addReadFlags(*command, *options);
+    command->add_option("OUT", options->target, "file to write, may be FILE; - is standard output")->required();
+    command->add_flag("--unused-objects", options->unusedObjects,
+                      "objects and property sets with a GlobalId that nothing refers to go, too");
+    command->callback([&task, options] {
+        task = [options] { return optimiseFile(*options, options->target, options->unusedObjects); };
+    });
+}
+
 void addExport(CLI::App& app, Task& task) {
     struct Options : ReadFlags {
         std::string format = "ndjson";
@@ -74,6 +92,7 @@ void addExport(CLI::App& app, Task& task) {
 void addWholeModelCommands(CLI::App& app, Task& task) {
     addDiff(app, task);
     addExtract(app, task);
+    addOptimise(app, task);
     addExport(app, task);
 }
 

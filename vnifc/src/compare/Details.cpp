@@ -287,7 +287,7 @@ void Details::sets(const std::vector<std::uint32_t>& before, const std::vector<s
         const Instance oldOne = m_before.wrap(each);
         const auto found = rest.find(oldOne.name());
         const Instance newOne = found == rest.end() ? Instance() : m_after.wrap(found->second);
-        if (!newOne || m_before.digests.content(each) != m_after.digests.content(found->second))
+        if (!newOne || m_before.contents[each] != m_after.contents[found->second])
             set(oldOne, newOne);
         if (newOne)
             rest.erase(found);

@@ -20,8 +20,7 @@ using typed::fieldOf;
 namespace {
 
 // What stands for values that have no bits of their own; none of them is 0, which means that nothing is set.
-constexpr std::uint64_t kNothing = 0;
-constexpr std::uint64_t kDangling = 0x9E3779B97F4A7C15;
+constexpr std::uint64_t kUnset = 0;
 constexpr std::uint64_t kInteger = 0xD1B54A32D192ED03;
 constexpr std::uint64_t kTruth = 0x8CB92BA72F3D8DD7;
 
@@ -35,41 +34,41 @@ std::uint64_t scramble(std::uint64_t value) noexcept {
 
 std::uint64_t ofNumber(double value) noexcept {
     // -0 is 0.
-    return std::isnan(value) ? kNothing : scramble(std::bit_cast<std::uint64_t>(value + 0.0) + 1);
+    return std::isnan(value) ? kUnset : scramble(std::bit_cast<std::uint64_t>(value + 0.0) + 1);
 }
 
 std::uint64_t ofInteger(int value) noexcept {
-    return value == Consts::VnIntUnset ? kNothing : scramble(kInteger + static_cast<std::uint64_t>(value));
+    return value == Consts::VnIntUnset ? kUnset : scramble(kInteger + static_cast<std::uint64_t>(value));
 }
 
 std::uint64_t ofExchangeText(std::string_view text) {
     if (text == Consts::VnStringUnset)
-        return kNothing;
+        return kUnset;
     if (text.find('\\') == text.npos)
-        return Digests::ofText(text);
+        return ValueDigest::ofText(text);
     std::string buffer;
-    return Digests::ofText(vnDecodeText(text, buffer));
+    return ValueDigest::ofText(vnDecodeText(text, buffer));
 }
 
 std::uint64_t ofLiteral(const typed::EnumerationClass& type, std::uint32_t code) noexcept {
     const char* literal = type.toLiteral(static_cast<int>(code));
-    return literal ? Digests::ofText(literal) : kNothing;
+    return literal ? ValueDigest::ofText(literal) : kUnset;
 }
 
 std::uint64_t ofNameInAnyCase(std::string_view name) {
     std::string lower(name);
     for (char& c : lower)
         c = c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
-    return Digests::ofText(lower);
+    return ValueDigest::ofText(lower);
 }
 
 } // namespace
 
-std::uint64_t Digests::mix(std::uint64_t left, std::uint64_t right) noexcept {
+std::uint64_t ValueDigest::mix(std::uint64_t left, std::uint64_t right) noexcept {
     return scramble(std::rotl(left, 23) + 0x9E3779B97F4A7C15 + right);
 }
 
-std::uint64_t Digests::ofText(std::string_view text) noexcept {
+std::uint64_t ValueDigest::ofText(std::string_view text) noexcept {
     std::uint64_t result = text.size() + 1;
     while (text.size() >= sizeof(std::uint64_t)) {
         std::uint64_t word = 0;
@@ -82,33 +81,12 @@ std::uint64_t Digests::ofText(std::string_view text) noexcept {
     return mix(result, rest);
 }
 
-Digests::Digests(ModelState& state, const Roster& roster, Rules rules)
-    : m_state(state), m_roster(roster), m_rules(std::move(rules)), m_identities(roster.size()),
-      m_digests(roster.size()) {
-    for (std::uint32_t i = 0; i < roster.size(); ++i)
-        if (const VnIfcGUID* id = roster.instance(i).globalId(); id && !id->isUnset() && id->length() > 0)
-            m_identities[i] = ofText(id->view());
-    childrenFirst(
-        roster.size(),
-        [&](std::uint32_t i, const auto& visit) {
-            forEachTarget(m_state, m_roster, m_roster.instance(i), [&](std::uint32_t target) {
-                if (m_identities[target] == 0)
-                    visit(target);
-            });
-        },
-        [&](std::uint32_t i) {
-            const VnIfcEntityBase& instance = m_roster.instance(i);
-            m_digests[i] =
-                instance.getInstanceType() ? digest(instance, planOf(instance), true) : digestOfText(instance);
-        });
-}
-
-const Digests::Plan& Digests::planOf(const VnIfcEntityBase& instance) {
+const ValueDigest::Plan& ValueDigest::planOf(const VnIfcEntityBase& instance) {
     std::unique_ptr<Plan>& plan = m_plans[instance.getInstanceType()];
     return plan ? *plan : planOf(*m_state.classOf(instance));
 }
 
-const Digests::Plan& Digests::planOf(const ClassInfo& info) {
+const ValueDigest::Plan& ValueDigest::planOf(const ClassInfo& info) {
     auto plan = std::make_unique<Plan>();
     plan->keyword = ofText(info.rows.keyword);
     const bool isRooted = info.type.isKindOf(m_state.schema().entity("IfcRoot"));
@@ -125,13 +103,10 @@ const Digests::Plan& Digests::planOf(const ClassInfo& info) {
     return *(m_plans[&info.type] = std::move(plan));
 }
 
-std::uint64_t Digests::content(std::uint32_t ordinal) const {
-    const VnIfcEntityBase& instance = m_roster.instance(ordinal);
-    const auto plan = m_plans.find(instance.getInstanceType());
-    return plan == m_plans.end() ? m_digests[ordinal] : digest(instance, *plan->second, false);
-}
-
-std::uint64_t Digests::digest(const VnIfcEntityBase& instance, const Plan& plan, bool withRoot) const {
+std::uint64_t ValueDigest::digest(const VnIfcEntityBase& instance, bool withRoot) {
+    if (!instance.getInstanceType())
+        return digestOfText(instance);
+    const Plan& plan = planOf(instance);
     std::uint64_t result = plan.keyword;
     const bool keepsText = hasText(instance);
     for (const Field& each : plan.fields) {
@@ -151,35 +126,31 @@ std::uint64_t Digests::digest(const VnIfcEntityBase& instance, const Plan& plan,
     return scramble(result) | 1;
 }
 
-std::uint64_t Digests::digestOfText(const VnIfcEntityBase& instance) const {
+std::uint64_t ValueDigest::digestOfText(const VnIfcEntityBase& instance) const {
     const auto& foreign = static_cast<const VnIfcForeignInstance&>(instance);
     return mix(ofText(foreign.keyword().view()), referringText(foreign.parameters().view())) | 1;
 }
 
-std::uint64_t Digests::referringText(std::string_view text) const {
+std::uint64_t ValueDigest::referringText(std::string_view text) const {
     std::uint64_t result = 1;
     std::size_t done = 0;
     forEachTextReference(text, [&](std::size_t begin, std::size_t end, std::uint64_t number) {
         result = mix(result, ofText(text.substr(done, begin - done)));
         const std::uint32_t ordinal = m_roster.ordinalOf(number);
-        result = mix(result, ordinal == Roster::kNone ? kDangling : asTarget(ordinal));
+        result = mix(result, ordinal == Roster::kNone ? kDangling : target(ordinal));
         done = end;
     });
     return mix(result, ofText(text.substr(done)));
 }
 
-std::uint64_t Digests::reference(const VnDbObjectId& handle) const noexcept {
+std::uint64_t ValueDigest::reference(const VnDbObjectId& handle) const {
     if (handle.isNull())
         return kNothing;
     const std::uint32_t ordinal = m_roster.ordinalOf(handle);
-    if (ordinal == Roster::kNone)
-        return kDangling;
-    const std::uint64_t value = asTarget(ordinal);
-    // One that is not finished closes a circle.
-    return value != 0 ? value : ofText(m_roster.instance(ordinal).getInstanceType()->name().view());
+    return ordinal == Roster::kNone ? kDangling : target(ordinal);
 }
 
-std::uint64_t Digests::field(const VnIfcEntityBase& instance, const AttributeRow& row) const {
+std::uint64_t ValueDigest::field(const VnIfcEntityBase& instance, const AttributeRow& row) const {
     switch (row.kind) {
     case AttributeKind::kString:
     case AttributeKind::kBinary:
@@ -214,7 +185,7 @@ std::uint64_t Digests::field(const VnIfcEntityBase& instance, const AttributeRow
     return kNothing;
 }
 
-std::uint64_t Digests::aggregate(const VnIfcAggr& elements) const {
+std::uint64_t ValueDigest::aggregate(const VnIfcAggr& elements) const {
     const std::uint32_t count = elements.count();
     if (count == 0)
         return kNothing;
@@ -250,7 +221,7 @@ std::uint64_t Digests::aggregate(const VnIfcAggr& elements) const {
     return scramble(result) | 1;
 }
 
-std::uint64_t Digests::select(const typed::Select& value) const {
+std::uint64_t ValueDigest::select(const typed::Select& value) const {
     if (!value.hasValue())
         return kNothing;
     if (value.kind() == VnTypeCodeKind::kEntity)
@@ -276,6 +247,31 @@ std::uint64_t Digests::select(const typed::Select& value) const {
     else
         held = ofExchangeText(value.text());
     return mix(ofNameInAnyCase(value.underlyingTypeName().view()), held) | 1;
+}
+
+Digests::Digests(ModelState& state, const Roster& roster, Rules rules)
+    : ValueDigest(state, roster, std::move(rules)), m_identities(roster.size()), m_digests(roster.size()) {
+    for (std::uint32_t i = 0; i < roster.size(); ++i)
+        if (const VnIfcGUID* id = roster.instance(i).globalId(); id && !id->isUnset() && id->length() > 0)
+            m_identities[i] = ofText(id->view());
+    childrenFirst(
+        roster.size(),
+        [&](std::uint32_t i, const auto& visit) {
+            forEachTarget(m_state, m_roster, m_roster.instance(i), [&](std::uint32_t child) {
+                if (m_identities[child] == 0)
+                    visit(child);
+            });
+        },
+        [&](std::uint32_t i) { m_digests[i] = digest(m_roster.instance(i)); });
+}
+
+std::uint64_t Digests::target(std::uint32_t ordinal) const {
+    const std::uint64_t value = asTarget(ordinal);
+    if (value != 0)
+        return value;
+    // One that is not finished closes a circle.
+    const VnIfcEntityType* type = m_roster.instance(ordinal).getInstanceType();
+    return type ? ofText(type->name().view()) : kDangling;
 }
 
 } // namespace vnifc::detail

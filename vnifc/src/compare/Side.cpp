@@ -1,19 +1,23 @@
 #include "Side.h"
 
-#include "../whole/Annotations.h"
+#include "../whole/Living.h"
 
 namespace vnifc::detail {
 
 using namespace VN_SDAI;
 
 Side::Side(ModelState& modelState, const Digests::Rules& rules)
-    : state(modelState), roster(state.model()), digests(state, roster, rules), facets(state, roster) {
+    : state(modelState), roster(state.model()), digests(state, roster, rules), facets(state, roster),
+      contents(roster.size()) {
+    for (std::uint32_t i = 0; i < roster.size(); ++i)
+        if (facets.isUsedSet(i))
+            contents[i] = digests.content(i);
     findUnrooted();
 }
 
 std::uint64_t Side::digestOf(const Facets::Facet& facet) const {
     // A set counts by what it says: tools give it a new GlobalId when they copy it.
-    const std::uint64_t target = facet.aspect == DiffAspect::kProperty ? digests.content(facet.target)
+    const std::uint64_t target = facet.aspect == DiffAspect::kProperty ? contents[facet.target]
                                                                        : digests.asTarget(facet.target);
     return Digests::mix(static_cast<std::uint64_t>(facet.aspect) + 1, target);
 }
@@ -32,58 +36,15 @@ bool Side::isCarrier(std::uint32_t ordinal) const noexcept {
     return type && (facets.isUsedSet(ordinal) || facets.isFacetRelation(*type));
 }
 
-/// What lives by what it is about counts when that is alive: when an object refers to it, by however many steps.
+/// What has no GlobalId and nobody refers to counts when it is about something that an object needs.
 void Side::findUnrooted() {
-    std::vector<bool> isAlive(roster.size());
-    std::vector<std::uint32_t> pending;
-    std::vector<std::uint32_t> waiting;
-    const auto enliven = [&](std::uint32_t ordinal) {
-        if (!isAlive[ordinal]) {
-            isAlive[ordinal] = true;
-            pending.push_back(ordinal);
-        }
-    };
-    const auto spread = [&] {
-        while (!pending.empty()) {
-            const std::uint32_t ordinal = pending.back();
-            pending.pop_back();
-            forEachTarget(state, roster, roster.instance(ordinal), enliven);
-        }
-    };
     Annotations annotations;
-    for (std::uint32_t i = 0; i < roster.size(); ++i) {
-        const VnIfcEntityBase& instance = roster.instance(i);
-        const ClassInfo* info = state.classOf(instance);
-        if (!info || isObject(i)) {
-            enliven(i);
-            if (!info)
-                unrooted.push_back(i);
-        } else if (!annotations.rowsOf(*info).empty()) {
-            waiting.push_back(i);
-        }
-    }
-    spread();
-    // What is about an annotation becomes alive after that.
-    for (std::size_t before = waiting.size() + 1; before != waiting.size();) {
-        before = waiting.size();
-        std::erase_if(waiting, [&](std::uint32_t i) {
-            bool isAboutLiving = false;
-            const VnIfcEntityBase& instance = roster.instance(i);
-            const auto look = [&](const VnDbObjectId& handle) {
-                const std::uint32_t target = roster.ordinalOf(handle);
-                isAboutLiving = isAboutLiving || (target != Roster::kNone && isAlive[target]);
-            };
-            for (const typed::AttributeRow* row : annotations.rowsOf(*state.classOf(instance)))
-                forEachHandle(instance, *row, look);
-            if (isAboutLiving) {
-                if (!isAlive[i])
-                    unrooted.push_back(i);
-                enliven(i);
-            }
-            return isAboutLiving;
-        });
-        spread();
-    }
+    Living living(state, roster, annotations);
+    living.start([this](std::uint32_t i) { return isObject(i); }, [](std::uint32_t) { return true; });
+    unrooted = living.annotations();
+    for (std::uint32_t i = 0; i < roster.size(); ++i)
+        if (!roster.instance(i).getInstanceType())
+            unrooted.push_back(i);
 }
 
 } // namespace vnifc::detail

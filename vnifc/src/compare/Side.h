@@ -24,6 +24,7 @@ struct Side {
     Roster roster;
     Digests digests;
     Facets facets;
+    std::vector<std::uint64_t> contents; ///< what sets of properties say; 0 for all else
     std::vector<std::uint32_t> unrooted; ///< what is about others, and what has no class and nothing refers to
 
 private:
