@@ -70,20 +70,40 @@ void addOptimise(CLI::App& app, Task& task) {
 void addExport(CLI::App& app, Task& task) {
     struct Options : ReadFlags {
         std::string format = "ndjson";
+        std::string target;
         std::vector<std::string> types;
         bool inverses = false;
     };
     const auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("export", "Print all instances as JSON, one object a line");
-    command->footer("Example:\n  vnifc export house.ifc --type IfcWall --type IfcSlab");
+    CLI::App* command = app.add_subcommand("export", "Print all instances as JSON, or write tables of them");
+    command->footer("Examples:\n  vnifc export house.ifc --type IfcWall --type IfcSlab\n"
+                    "  vnifc export house.ifc --format csv -o tables\n"
+                    "  vnifc export house.ifc --format sqlite -o house.sqlite");
     addReadFlags(*command, *options);
-    command->add_option("--format", options->format, "ndjson: one JSON object a line")
-        ->check(CLI::IsMember({"ndjson"}));
-    command->add_option("--type", options->types, "only instances of this entity and its subtypes; repeatable")
-        ->allow_extra_args(false);
-    command->add_flag("--inverse", options->inverses, "inverse attributes too, as lists of numbers");
+    command
+        ->add_option("--format", options->format,
+                     "ndjson: one JSON object a line; csv: a file for each entity; sqlite: a database")
+        ->check(CLI::IsMember({"ndjson", "csv", "sqlite"}));
+    CLI::Option* target =
+        command->add_option("-o,--output", options->target, "folder of the .csv files, or database to write");
+    CLI::Option* type =
+        command->add_option("--type", options->types, "only instances of this entity and its subtypes; repeatable")
+            ->allow_extra_args(false);
+    CLI::Option* inverse =
+        command->add_flag("--inverse", options->inverses, "inverse attributes too, as lists of numbers");
+    target->excludes(type)->excludes(inverse);
     command->callback([&task, options] {
-        task = [options] { return exportInstances(*options, options->types, options->inverses); };
+        const bool isTable = options->format != "ndjson";
+        if (isTable && options->target.empty())
+            throw CLI::RequiredError("--output");
+        if (!isTable && !options->target.empty())
+            throw CLI::ValidationError("--output", "goes with --format csv and --format sqlite");
+        task = [options, isTable] {
+            if (!isTable)
+                return exportInstances(*options, options->types, options->inverses);
+            const TableFormat format = options->format == "csv" ? TableFormat::kCsv : TableFormat::kSqlite;
+            return exportTables(*options, format, options->target);
+        };
     });
 }
 

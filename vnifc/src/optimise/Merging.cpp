@@ -23,6 +23,11 @@ std::span<T> elementsOf(const VnIfcAggr& aggregate) noexcept {
     return {const_cast<T*>(static_cast<const T*>(aggregate.imp().data())), aggregate.count()};
 }
 
+/// True for an inverse attribute with room for one instance.
+bool holdsOne(const typed::InverseTarget& target) noexcept {
+    return target.inverse->attribute.kind == AttributeKind::kReference || target.inverse->upper == 1;
+}
+
 } // namespace
 
 Merging::Merging(ModelState& state, const Roster& roster, const Digests& digests, Annotations& annotations)
@@ -77,7 +82,7 @@ void Merging::pinTargets(const VnIfcEntityBase& instance, const AttributeRow& ro
 void Merging::pinExclusive(const VnIfcEntityBase& instance, const typed::EntityClass& type) {
     for (const typed::EntityClass* each = &type; each; each = each->supertype)
         for (const typed::InverseLink& link : each->links)
-            if (std::ranges::any_of(link.targets, [](const auto& to) { return to.inverse->upper == 1; }))
+            if (std::ranges::any_of(link.targets, holdsOne))
                 pinTargets(instance, *link.forward);
 }
 
