@@ -20,7 +20,8 @@ using typed::fieldOf;
 namespace {
 
 // What stands for values that have no bits of their own; none of them is 0, which means that nothing is set.
-constexpr std::uint64_t kUnset = 0;
+constexpr std::uint64_t kNothing = 0;
+constexpr std::uint64_t kDangling = 0x9E3779B97F4A7C15;
 constexpr std::uint64_t kInteger = 0xD1B54A32D192ED03;
 constexpr std::uint64_t kTruth = 0x8CB92BA72F3D8DD7;
 
@@ -34,41 +35,41 @@ std::uint64_t scramble(std::uint64_t value) noexcept {
 
 std::uint64_t ofNumber(double value) noexcept {
     // -0 is 0.
-    return std::isnan(value) ? kUnset : scramble(std::bit_cast<std::uint64_t>(value + 0.0) + 1);
+    return std::isnan(value) ? kNothing : scramble(std::bit_cast<std::uint64_t>(value + 0.0) + 1);
 }
 
 std::uint64_t ofInteger(int value) noexcept {
-    return value == Consts::VnIntUnset ? kUnset : scramble(kInteger + static_cast<std::uint64_t>(value));
+    return value == Consts::VnIntUnset ? kNothing : scramble(kInteger + static_cast<std::uint64_t>(value));
 }
 
 std::uint64_t ofExchangeText(std::string_view text) {
     if (text == Consts::VnStringUnset)
-        return kUnset;
+        return kNothing;
     if (text.find('\\') == text.npos)
-        return ValueDigest::ofText(text);
+        return Digests::ofText(text);
     std::string buffer;
-    return ValueDigest::ofText(vnDecodeText(text, buffer));
+    return Digests::ofText(vnDecodeText(text, buffer));
 }
 
 std::uint64_t ofLiteral(const typed::EnumerationClass& type, std::uint32_t code) noexcept {
     const char* literal = type.toLiteral(static_cast<int>(code));
-    return literal ? ValueDigest::ofText(literal) : kUnset;
+    return literal ? Digests::ofText(literal) : kNothing;
 }
 
 std::uint64_t ofNameInAnyCase(std::string_view name) {
     std::string lower(name);
     for (char& c : lower)
         c = c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
-    return ValueDigest::ofText(lower);
+    return Digests::ofText(lower);
 }
 
 } // namespace
 
-std::uint64_t ValueDigest::mix(std::uint64_t left, std::uint64_t right) noexcept {
+std::uint64_t Digests::mix(std::uint64_t left, std::uint64_t right) noexcept {
     return scramble(std::rotl(left, 23) + 0x9E3779B97F4A7C15 + right);
 }
 
-std::uint64_t ValueDigest::ofText(std::string_view text) noexcept {
+std::uint64_t Digests::ofText(std::string_view text) noexcept {
     std::uint64_t result = text.size() + 1;
     while (text.size() >= sizeof(std::uint64_t)) {
         std::uint64_t word = 0;
@@ -81,12 +82,18 @@ std::uint64_t ValueDigest::ofText(std::string_view text) noexcept {
     return mix(result, rest);
 }
 
-const ValueDigest::Plan& ValueDigest::planOf(const VnIfcEntityBase& instance) {
-    std::unique_ptr<Plan>& plan = m_plans[instance.getInstanceType()];
-    return plan ? *plan : planOf(*m_state.classOf(instance));
+const Digests::Plan& Digests::planOf(const VnIfcEntityType& type) {
+    if (&type == m_lastType)
+        return *m_lastPlan;
+    std::unique_ptr<Plan>& plan = m_plans[&type];
+    if (!plan)
+        plan = makePlan(m_state.classOf(type));
+    m_lastType = &type;
+    m_lastPlan = plan.get();
+    return *plan;
 }
 
-const ValueDigest::Plan& ValueDigest::planOf(const ClassInfo& info) {
+std::unique_ptr<Digests::Plan> Digests::makePlan(const ClassInfo& info) const {
     auto plan = std::make_unique<Plan>();
     plan->keyword = ofText(info.rows.keyword);
     const bool isRooted = info.type.isKindOf(m_state.schema().entity("IfcRoot"));
@@ -100,13 +107,14 @@ const ValueDigest::Plan& ValueDigest::planOf(const ClassInfo& info) {
         const bool isOfRoot = isRooted && (name == "GlobalId" || name == "OwnerHistory" || name == "Description");
         plan->fields.push_back({attribute.row, attribute.position, ofNameInAnyCase(name), isOfRoot});
     }
-    return *(m_plans[&info.type] = std::move(plan));
+    return plan;
 }
 
-std::uint64_t ValueDigest::digest(const VnIfcEntityBase& instance, bool withRoot) {
-    if (!instance.getInstanceType())
+std::uint64_t Digests::digest(const VnIfcEntityBase& instance, bool withRoot) {
+    const VnIfcEntityType* type = instance.getInstanceType();
+    if (!type)
         return digestOfText(instance);
-    const Plan& plan = planOf(instance);
+    const Plan& plan = planOf(*type);
     std::uint64_t result = plan.keyword;
     const bool keepsText = hasText(instance);
     for (const Field& each : plan.fields) {
@@ -126,12 +134,12 @@ std::uint64_t ValueDigest::digest(const VnIfcEntityBase& instance, bool withRoot
     return scramble(result) | 1;
 }
 
-std::uint64_t ValueDigest::digestOfText(const VnIfcEntityBase& instance) const {
+std::uint64_t Digests::digestOfText(const VnIfcEntityBase& instance) const {
     const auto& foreign = static_cast<const VnIfcForeignInstance&>(instance);
     return mix(ofText(foreign.keyword().view()), referringText(foreign.parameters().view())) | 1;
 }
 
-std::uint64_t ValueDigest::referringText(std::string_view text) const {
+std::uint64_t Digests::referringText(std::string_view text) const {
     std::uint64_t result = 1;
     std::size_t done = 0;
     forEachTextReference(text, [&](std::size_t begin, std::size_t end, std::uint64_t number) {
@@ -143,14 +151,14 @@ std::uint64_t ValueDigest::referringText(std::string_view text) const {
     return mix(result, ofText(text.substr(done)));
 }
 
-std::uint64_t ValueDigest::reference(const VnDbObjectId& handle) const {
+std::uint64_t Digests::reference(const VnDbObjectId& handle) const {
     if (handle.isNull())
         return kNothing;
     const std::uint32_t ordinal = m_roster.ordinalOf(handle);
     return ordinal == Roster::kNone ? kDangling : target(ordinal);
 }
 
-std::uint64_t ValueDigest::field(const VnIfcEntityBase& instance, const AttributeRow& row) const {
+std::uint64_t Digests::field(const VnIfcEntityBase& instance, const AttributeRow& row) const {
     switch (row.kind) {
     case AttributeKind::kString:
     case AttributeKind::kBinary:
@@ -185,7 +193,7 @@ std::uint64_t ValueDigest::field(const VnIfcEntityBase& instance, const Attribut
     return kNothing;
 }
 
-std::uint64_t ValueDigest::aggregate(const VnIfcAggr& elements) const {
+std::uint64_t Digests::aggregate(const VnIfcAggr& elements) const {
     const std::uint32_t count = elements.count();
     if (count == 0)
         return kNothing;
@@ -221,7 +229,7 @@ std::uint64_t ValueDigest::aggregate(const VnIfcAggr& elements) const {
     return scramble(result) | 1;
 }
 
-std::uint64_t ValueDigest::select(const typed::Select& value) const {
+std::uint64_t Digests::select(const typed::Select& value) const {
     if (!value.hasValue())
         return kNothing;
     if (value.kind() == VnTypeCodeKind::kEntity)
@@ -249,20 +257,21 @@ std::uint64_t ValueDigest::select(const typed::Select& value) const {
     return mix(ofNameInAnyCase(value.underlyingTypeName().view()), held) | 1;
 }
 
-Digests::Digests(ModelState& state, const Roster& roster, Rules rules)
-    : ValueDigest(state, roster, std::move(rules)), m_identities(roster.size()), m_digests(roster.size()) {
+Digests::Digests(ModelState& state, const Roster& roster, Rules rules, const std::vector<bool>* wanted)
+    : m_state(state), m_roster(roster), m_rules(std::move(rules)), m_identities(roster.size()),
+      m_digests(roster.size()) {
     for (std::uint32_t i = 0; i < roster.size(); ++i)
         if (const VnIfcGUID* id = roster.instance(i).globalId(); id && !id->isUnset() && id->length() > 0)
             m_identities[i] = ofText(id->view());
     childrenFirst(
-        roster.size(),
+        roster.size(), [&](std::uint32_t i) { return !wanted || (*wanted)[i]; },
         [&](std::uint32_t i, const auto& visit) {
             forEachTarget(m_state, m_roster, m_roster.instance(i), [&](std::uint32_t child) {
                 if (m_identities[child] == 0)
                     visit(child);
             });
         },
-        [&](std::uint32_t i) { m_digests[i] = digest(m_roster.instance(i)); });
+        [&](std::uint32_t i) { m_digests[i] = digest(m_roster.instance(i), true); });
 }
 
 std::uint64_t Digests::target(std::uint32_t ordinal) const {

@@ -31,15 +31,15 @@ bool holdsOne(const typed::InverseTarget& target) noexcept {
 } // namespace
 
 Merging::Merging(ModelState& state, const Roster& roster, const Digests& digests, Annotations& annotations)
-    : ValueDigest(state, roster, {}), m_pinned(roster.size()), m_isSettled(roster.size()), m_standIns(roster.size()) {
+    : m_state(state), m_roster(roster), m_digests(digests), m_pinned(roster.size()), m_isSettled(roster.size()),
+      m_standIns(roster.size()) {
     for (std::uint32_t i = 0; i < roster.size(); ++i)
         m_standIns[i] = i;
-    pinAll(digests, annotations);
-    m_known.reserve(roster.size() / 2);
+    pinAll(annotations);
     childrenFirst(
-        roster.size(),
+        roster.size(), [](std::uint32_t) { return true; },
         [&](std::uint32_t i, const auto& visit) {
-            if (digests.identity(i) == 0)
+            if (!m_pinned[i])
                 forEachTarget(m_state, m_roster, m_roster.instance(i), visit);
         },
         [&](std::uint32_t i) { settle(i); });
@@ -47,10 +47,10 @@ Merging::Merging(ModelState& state, const Roster& roster, const Digests& digests
 }
 
 /// What has an identity: by a GlobalId, by its text, by what is said about it, by the schema.
-void Merging::pinAll(const Digests& digests, Annotations& annotations) {
+void Merging::pinAll(Annotations& annotations) {
     for (std::uint32_t i = 0; i < m_roster.size(); ++i) {
         const VnIfcEntityBase& instance = m_roster.instance(i);
-        if (digests.identity(i) != 0)
+        if (m_digests.identity(i) != 0)
             m_pinned[i] = true;
         if (hasText(instance)) {
             m_pinned[i] = true;
@@ -90,20 +90,17 @@ void Merging::settle(std::uint32_t i) {
     m_isSettled[i] = true;
     if (m_pinned[i])
         return;
-    // What closes a circle has no stand-in yet, so that nothing equal to it can be found.
+    // What closes a circle has no stand-in yet, so that nothing equal to it can be found. The stand-ins are a part of
+    // the key: what says the same and refers to what has to stay apart would share one otherwise, in any number.
     bool isInCircle = false;
-    forEachTarget(m_state, m_roster, m_roster.instance(i),
-                  [&](std::uint32_t child) { isInCircle = isInCircle || !(m_isSettled[child] || m_pinned[child]); });
-    if (isInCircle)
-        return;
-    const std::uint64_t key = digest(m_roster.instance(i));
-    const auto [first, last] = m_known.equal_range(key);
-    for (auto each = first; each != last; ++each)
-        if (isSame(each->second, i)) {
-            m_standIns[i] = each->second;
-            return;
-        }
-    m_known.emplace(key, i);
+    std::uint64_t targets = 0;
+    forEachTarget(m_state, m_roster, m_roster.instance(i), [&](std::uint32_t child) {
+        isInCircle = isInCircle || !(m_isSettled[child] || m_pinned[child]);
+        targets += Digests::mix(1, m_standIns[child]);
+    });
+    if (!isInCircle)
+        m_standIns[i] = m_known.findOrAdd(Digests::mix(m_digests.of(i), targets), i,
+                                          [&](std::uint32_t other) { return isSame(other, i); });
 }
 
 bool Merging::isSame(const VnDbObjectId& left, const VnDbObjectId& right) const {
@@ -234,17 +231,20 @@ void Merging::redirect(const VnIfcAggr& elements, unsigned unique) {
                 redirect(each);
     } else if (elements.elementKind() == VnTypeCodeKind::kEntity) {
         const std::span<VnDbObjectId> handles = elementsOf<VnDbObjectId>(elements);
-        std::vector<VnDbObjectId> others;
-        std::ranges::transform(handles, std::back_inserter(others), [&](const auto& each) { return redirected(each); });
+        m_others.clear();
+        for (const VnDbObjectId& each : handles)
+            m_others.push_back(redirected(each));
+        if (std::ranges::equal(m_others, handles))
+            return;
         if (!isOrdered || (unique & 1) != 0) {
-            std::vector<VnDbObjectId> sorted = others;
-            std::ranges::sort(sorted);
-            if (std::ranges::adjacent_find(sorted) != sorted.end())
+            m_sorted = m_others;
+            std::ranges::sort(m_sorted);
+            if (std::ranges::adjacent_find(m_sorted) != m_sorted.end())
                 return;
             if (!isOrdered)
-                others = std::move(sorted);
+                m_others.swap(m_sorted);
         }
-        std::ranges::copy(others, handles.begin());
+        std::ranges::copy(m_others, handles.begin());
     }
 }
 

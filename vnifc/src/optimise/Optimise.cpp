@@ -52,11 +52,12 @@ OptimiseResult optimise(Model& model, const OptimiseOptions& options) {
     living.start([&](std::uint32_t i) { return before.identity(i) != 0 && !isUnused[i]; },
                  [&](std::uint32_t i) { return standIns[i] == i; });
 
-    const Digests after(state, roster, {});
+    const std::vector<bool>& isAlive = living.alive();
+    const Digests after(state, roster, {}, &isAlive);
     OptimiseResult result;
     std::vector<VnDbObjectId> gone;
     for (std::uint32_t i = 0; i < roster.size(); ++i) {
-        if (!living.isAlive(i)) {
+        if (!isAlive[i]) {
             ++(standIns[i] == i ? result.removed : result.merged);
             gone.push_back(roster.handle(i));
         } else if (before.of(i) != after.of(i)) {

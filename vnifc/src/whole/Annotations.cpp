@@ -46,7 +46,7 @@ bool isResourceRelationship(const typed::EntityClass& type) {
 
 } // namespace
 
-const std::vector<const typed::AttributeRow*>& Annotations::rowsOf(const ClassInfo& info) {
+const std::vector<const typed::AttributeRow*>& Annotations::lookUp(const ClassInfo& info) {
     const auto [found, isNew] = m_rows.try_emplace(&info);
     if (!isNew)
         return found->second;

@@ -4,16 +4,18 @@
 
 namespace vnifc::detail {
 
-/// Calls `finish(i)` once for each of `count` nodes, for the children of a node before the node itself. Where nodes
+/// Calls `finish(i)` once for each of `count` nodes that `isRoot(i)` is true of or that such a one leads to, for the
+/// children of a node before the node itself. Where nodes
 /// refer to each other in a circle, one of them is finished before a child of it. `forEachChild(i, visit)` calls
 /// `visit(child)`. Takes no stack of the thread, however deep the nodes lie.
-template <class ForEachChild, class Finish>
-void childrenFirst(std::uint32_t count, ForEachChild forEachChild, Finish finish) {
+template <class IsRoot, class ForEachChild, class Finish>
+void childrenFirst(std::uint32_t count, IsRoot isRoot, ForEachChild forEachChild, Finish finish) {
     enum State : std::uint8_t { kNew, kOpen, kDone };
     std::vector<State> states(count, kNew);
     std::vector<std::uint32_t> stack;
     for (std::uint32_t root = 0; root < count; ++root) {
-        stack.push_back(root);
+        if (states[root] == kNew && isRoot(root))
+            stack.push_back(root);
         while (!stack.empty()) {
             const std::uint32_t node = stack.back();
             if (states[node] == kNew) {

@@ -22,11 +22,11 @@ public:
         for (std::uint32_t i = 0; i < m_roster.size(); ++i) {
             const ClassInfo* info = m_state.classOf(m_roster.instance(i));
             if (!info || isRoot(i))
-                enliven(i);
+                m_isAlive[i] = true;
             else if (!m_annotations.rowsOf(*info).empty() && mayLive(i))
                 waiting.push_back(i);
         }
-        spread();
+        sweep();
         // What is about an annotation becomes alive after that.
         for (std::size_t before = waiting.size() + 1; before != waiting.size();) {
             before = waiting.size();
@@ -42,7 +42,7 @@ public:
         }
     }
 
-    bool isAlive(std::uint32_t ordinal) const noexcept { return m_isAlive[ordinal]; }
+    const std::vector<bool>& alive() const noexcept { return m_isAlive; }
     /// The annotations that live.
     const std::vector<std::uint32_t>& annotations() const noexcept { return m_found; }
 
@@ -52,6 +52,20 @@ private:
             return;
         m_isAlive[ordinal] = true;
         m_pending.push_back(ordinal);
+    }
+    /// Most references go to instances before: those of a whole model are followed best from its end to its beginning.
+    void sweep() {
+        for (std::uint32_t i = m_roster.size(); i-- > 0;) {
+            if (!m_isAlive[i])
+                continue;
+            forEachTarget(m_state, m_roster, m_roster.instance(i), [&](std::uint32_t each) {
+                if (each < i)
+                    m_isAlive[each] = true;
+                else
+                    enliven(each);
+            });
+            spread();
+        }
     }
     void spread() {
         while (!m_pending.empty()) {
