@@ -85,9 +85,7 @@ public:
             m_result.same += isSame ? 1 : 0;
             return isSame;
         });
-        for (const Match& match : matched(unrootedOf(m_before), unrootedOf(m_after)))
-            if (match.first == Roster::kNone || match.second == Roster::kNone)
-                matches.push_back(match);
+        addUnrooted(matches);
         std::ranges::sort(matches); // kNone is the largest, so that what was added comes last
         std::size_t done = 0;
         for (const Match& match : matches) {
@@ -102,6 +100,22 @@ public:
 
 private:
     static constexpr std::size_t kStep = 1024;
+
+    /// What is about others is the same or not there; and it counts only when it is about something that counts.
+    void addUnrooted(std::vector<Match>& matches) {
+        std::vector<Match> single = matched(unrootedOf(m_before), unrootedOf(m_after));
+        std::erase_if(single, [](const Match& match) {
+            return match.first != Roster::kNone && match.second != Roster::kNone;
+        });
+        if (single.empty())
+            return;
+        const std::vector<bool> oldAlive = m_before.alive();
+        const std::vector<bool> newAlive = m_after.alive();
+        std::erase_if(single, [&](const Match& match) {
+            return match.second == Roster::kNone ? !oldAlive[match.first] : !newAlive[match.second];
+        });
+        matches.insert(matches.end(), single.begin(), single.end());
+    }
 
     void tell(const Match& match) {
         const auto& [before, after] = match;

@@ -36,25 +36,29 @@ Facets::Facets(ModelState& state, const Roster& roster) : m_usedSets(roster.size
         if (aspect == DiffAspect::kProperty)
             m_usedSets[target] = true;
     };
+    const VnIfcEntityType* lastType = nullptr;
+    bool isTypeObject = false;
+    std::size_t relation = 0;
     for (std::uint32_t i = 0; i < roster.size(); ++i) {
         const VnIfcEntityBase& instance = roster.instance(i);
         const VnIfcEntityType* type = instance.getInstanceType();
         if (!type)
             continue;
-        if (typeObject && type->isKindOf(typeObject))
+        // Neighbours are often of one entity.
+        if (type != lastType) {
+            lastType = type;
+            isTypeObject = typeObject && type->isKindOf(typeObject);
+            relation = relationOf(*type);
+        }
+        if (isTypeObject)
             for (const std::uint32_t set : targetsOf(state, roster, instance, "HasPropertySets"))
                 enter(i, set, DiffAspect::kProperty);
-        if (!isFacetRelation(*type))
+        if (relation == m_types.size())
             continue;
-        for (std::size_t r = 0; r < m_types.size(); ++r) {
-            if (!m_types[r] || !type->isKindOf(m_types[r]))
-                continue;
-            const auto objects = targetsOf(state, roster, instance, kRelations[r].objects);
-            for (const std::uint32_t target : targetsOf(state, roster, instance, kRelations[r].target))
-                for (const std::uint32_t object : objects)
-                    enter(object, target, kRelations[r].aspect);
-            break;
-        }
+        const auto objects = targetsOf(state, roster, instance, kRelations[relation].objects);
+        for (const std::uint32_t target : targetsOf(state, roster, instance, kRelations[relation].target))
+            for (const std::uint32_t object : objects)
+                enter(object, target, kRelations[relation].aspect);
     }
     std::ranges::stable_sort(m_facets, {}, [](const Facet& facet) { return std::tie(facet.object, facet.aspect); });
 }
@@ -64,8 +68,10 @@ std::span<const Facets::Facet> Facets::of(std::uint32_t object) const noexcept {
     return {found.begin(), found.end()};
 }
 
-bool Facets::isFacetRelation(const VnIfcEntityType& type) const noexcept {
-    return std::ranges::any_of(m_types, [&](const VnIfcEntityType* each) { return each && type.isKindOf(each); });
+std::size_t Facets::relationOf(const VnIfcEntityType& type) const noexcept {
+    const auto found =
+        std::ranges::find_if(m_types, [&](const VnIfcEntityType* each) { return each && type.isKindOf(each); });
+    return static_cast<std::size_t>(found - m_types.begin());
 }
 
 bool Facets::isEnd(std::string_view attribute) noexcept {

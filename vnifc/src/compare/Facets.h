@@ -25,7 +25,9 @@ public:
     /// Those of an object, by aspect and then in the order of the relations.
     std::span<const Facet> of(std::uint32_t object) const noexcept;
     /// True for relations that are told of where they change an object.
-    bool isFacetRelation(const VN_SDAI::VnIfcEntityType& type) const noexcept;
+    bool isFacetRelation(const VN_SDAI::VnIfcEntityType& type) const noexcept {
+        return relationOf(type) < m_types.size();
+    }
     /// True for an attribute of such a relation that says which objects it is about, and what it gives them.
     static bool isEnd(std::string_view attribute) noexcept;
     /// True for a set of properties that some object has.
@@ -34,6 +36,9 @@ public:
 private:
     struct Relation;
     static const Relation kRelations[];
+
+    /// The index of the relation that an entity is one of; the number of relations when it is none.
+    std::size_t relationOf(const VN_SDAI::VnIfcEntityType& type) const noexcept;
 
     std::vector<const VN_SDAI::VnIfcEntityType*> m_types; ///< for each of kRelations; null where there is none
     std::vector<Facet> m_facets;

@@ -36,15 +36,20 @@ bool Side::isCarrier(std::uint32_t ordinal) const noexcept {
     return type && (facets.isUsedSet(ordinal) || facets.isFacetRelation(*type));
 }
 
-/// What has no GlobalId and nobody refers to counts when it is about something that an object needs.
 void Side::findUnrooted() {
+    Annotations annotations;
+    for (std::uint32_t i = 0; i < roster.size(); ++i) {
+        const ClassInfo* info = state.classOf(roster.instance(i));
+        if (!info || (!isObject(i) && !annotations.rowsOf(*info).empty()))
+            unrooted.push_back(i);
+    }
+}
+
+std::vector<bool> Side::alive() const {
     Annotations annotations;
     Living living(state, roster, annotations);
     living.start([this](std::uint32_t i) { return isObject(i); }, [](std::uint32_t) { return true; });
-    unrooted = living.annotations();
-    for (std::uint32_t i = 0; i < roster.size(); ++i)
-        if (!roster.instance(i).getInstanceType())
-            unrooted.push_back(i);
+    return living.alive();
 }
 
 } // namespace vnifc::detail

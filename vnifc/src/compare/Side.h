@@ -25,7 +25,10 @@ struct Side {
     Digests digests;
     Facets facets;
     std::vector<std::uint64_t> contents; ///< what sets of properties say; 0 for all else
-    std::vector<std::uint32_t> unrooted; ///< what is about others, and what has no class and nothing refers to
+    std::vector<std::uint32_t> unrooted; ///< what is about others, and what has no class
+
+    /// Which instances an object needs, or are about one of those.
+    std::vector<bool> alive() const;
 
 private:
     void findUnrooted();

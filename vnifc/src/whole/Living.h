@@ -32,19 +32,16 @@ public:
             before = waiting.size();
             std::erase_if(waiting, [&](std::uint32_t i) {
                 const bool isWanted = isAboutLiving(i);
-                if (isWanted) {
-                    m_found.push_back(i);
+                if (isWanted)
                     enliven(i);
-                }
                 return isWanted;
             });
             spread();
         }
     }
 
+    /// By ordinal.
     const std::vector<bool>& alive() const noexcept { return m_isAlive; }
-    /// The annotations that live.
-    const std::vector<std::uint32_t>& annotations() const noexcept { return m_found; }
 
 private:
     void enliven(std::uint32_t ordinal) {
@@ -91,7 +88,6 @@ private:
     Annotations& m_annotations;
     std::vector<bool> m_isAlive;
     std::vector<std::uint32_t> m_pending;
-    std::vector<std::uint32_t> m_found;
 };
 
 } // namespace vnifc::detail
