@@ -342,7 +342,7 @@ void Details::set(const Instance& before, const Instance& after) {
                 return std::string();
             const std::optional<Property> found = vnifc::property(
                 side.wrap(side.roster.ordinalOf((&side == &m_before ? before : after).core())), path);
-            return found ? wordsOf(found->value()) : wordsOf(instance);
+            return found && found->value() ? wordsOf(found->value()) : wordsOf(instance);
         };
         tell(DiffAspect::kProperty, path, words(oldOne, m_before), words(newOne, m_after));
     }

@@ -1,4 +1,6 @@
 #pragma once
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -25,8 +27,11 @@ void childrenFirst(std::uint32_t count, IsRoot isRoot, ForEachChild forEachChild
                     if (states[child] == kNew)
                         stack.push_back(child);
                 });
-                if (stack.size() != before)
+                if (stack.size() != before) {
+                    // So that the first child is the first to be finished.
+                    std::reverse(stack.begin() + static_cast<std::ptrdiff_t>(before), stack.end());
                     continue;
+                }
             }
             stack.pop_back();
             if (states[node] == kOpen) {
