@@ -243,34 +243,40 @@ private:
         case VnTypeCodeKind::kString: {
             VnAnsiString text = exchangeText(value);
             select.underlyingTypeName(name);
-            return select.setString(std::move(text));
+            static_cast<void>(select.setString(std::move(text)));
+            return;
         }
         case VnTypeCodeKind::kReal: {
             const double number = real(value);
             select.underlyingTypeName(name);
-            return select.setDouble(number);
+            static_cast<void>(select.setDouble(number));
+            return;
         }
         case VnTypeCodeKind::kInteger: {
             const int number = integer(value);
             select.underlyingTypeName(name);
-            return select.setInt32(number);
+            static_cast<void>(select.setInt32(number));
+            return;
         }
         case VnTypeCodeKind::kBoolean: {
             const VnIfcBoolean truth(taken(value.get<bool>()));
             select.underlyingTypeName(name);
-            return select.setBoolean(truth);
+            static_cast<void>(select.setBoolean(truth));
+            return;
         }
         case VnTypeCodeKind::kLogical: {
             const VnIfcLogical truth = logical(value);
             select.underlyingTypeName(name);
-            return select.setLogical(truth);
+            static_cast<void>(select.setLogical(truth));
+            return;
         }
         case VnTypeCodeKind::kEnumeration: {
             const std::uint32_t code = member.enumeration->fromLiteral(taken(value.get<std::string>()));
             if (code >= member.enumeration->literals.size())
                 refuse("expected a literal of " + std::string(name.view()));
             select.underlyingTypeName(name);
-            return select.setEnum(code);
+            static_cast<void>(select.setEnum(code));
+            return;
         }
         default:
             throughText(Value(Typed(std::string(name.view()), value)));
