@@ -21,7 +21,7 @@ struct TableResult {
 // - Texts are UTF-8; booleans are 0 and 1, of LOGICAL also UNKNOWN; literals stand without dots; a reference is the
 //   number of the instance. What is unset is NULL, or an empty cell.
 // - A select that can hold values beside instances has a second column, NAME_type, with the type of its value
-//   ("IFCLABEL") or the entity.
+//   ("IfcLabel") or the entity.
 // - Aggregates are JSON, in which instances are their numbers and typed values are objects {"type", "value"}.
 // The table kept_text has what attributes could not take from the file (instance_id, attribute, text), and
 // foreign_instances those without a class (instance_id, keyword, parameters).
