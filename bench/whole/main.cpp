@@ -59,10 +59,7 @@ int main(int argc, char** argv) try {
         told += ' ' + std::string(what) + ' ' + std::to_string(number);
     };
     const std::map<std::string, std::function<Time()>> operations{
-        {"load",
-         [&] {
-             return timeOf([&] { count("instances", load(file, 1).size()); });
-         }},
+        {"load", [&] { return timeOf([&] { count("instances", load(file, 1).size()); }); }},
         {"diff",
          [&] {
              return timeOf([&] {
@@ -110,7 +107,8 @@ int main(int argc, char** argv) try {
     const Time time = operations.at(operation)();
     std::printf("%-9s %6.2f s, processors %.2f s", operation.c_str(), time.wall, time.processor);
     if (baseline.wall > 0)
-        std::printf("; of load/1 %.2f, processors %.2f", time.wall / baseline.wall, time.processor / baseline.processor);
+        std::printf("; of load/1 %.2f, processors %.2f", time.wall / baseline.wall,
+                    time.processor / baseline.processor);
     std::printf("; peak %llu MB;%s\n", static_cast<unsigned long long>(peak() >> 20), told.c_str());
     return 0;
 } catch (const std::exception& error) {

@@ -47,7 +47,8 @@ std::multiset<std::string> faultsOf(Model& model) {
     model.core().setInverseCounterParts();
     std::multiset<std::string> faults;
     VN_SDAI::VnIfcCheck check(model.core(), [&](const Finding& finding) {
-        faults.insert('#' + std::to_string(finding.instance) + ' ' + finding.code + ' ' + std::string(finding.attribute));
+        faults.insert('#' + std::to_string(finding.instance) + ' ' + finding.code + ' ' +
+                      std::string(finding.attribute));
     });
     check.run();
     return faults;
@@ -72,30 +73,45 @@ TEST_P(WholeModels, DiffTellsWhatWasChanged) {
         {"nothing", [](Model&) {}, {}},
         {"attribute", [](Model& m) { m[4].set("Name", "Straße"); }, {"changed #4 attribute Name: W -> Straße"}},
         {"unset", [](Model& m) { m[6].unset("OverallWidth"); }, {"changed #6 attribute OverallWidth: 900 -> "}},
-        {"empty is not unset", [](Model& m) { m[6].set("Description", ""); },
+        {"empty is not unset",
+         [](Model& m) { m[6].set("Description", ""); },
          {"changed #6 attribute Description:  -> ''"}},
         {"within the tolerance", [](Model& m) { m[6].set("OverallWidth", 900.0000000001); }, {}},
-        {"beyond it", [](Model& m) { m[6].set("OverallWidth", 900.00001); },
+        {"beyond it",
+         [](Model& m) { m[6].set("OverallWidth", 900.00001); },
          {"changed #6 attribute OverallWidth: 900 -> 900.00001"}},
-        {"property of one object", [](Model& m) { m[41].set("NominalValue", typed("IfcLabel", "EI90")); },
+        {"property of one object",
+         [](Model& m) { m[41].set("NominalValue", typed("IfcLabel", "EI90")); },
          {"changed #4 property Pset_WallCommon.FireRating: EI60 -> EI90"}},
-        {"property of a type", [](Model& m) { m[31].set("NominalValue", typed("IfcLabel", "EI90")); },
+        {"property of a type",
+         [](Model& m) { m[31].set("NominalValue", typed("IfcLabel", "EI90")); },
          {"changed #8 property Pset_WallCommon.FireRating: EI30 -> EI90"}},
-        {"type of a value", [](Model& m) { m[41].set("NominalValue", typed("IfcText", "EI60")); },
+        {"type of a value",
+         [](Model& m) { m[41].set("NominalValue", typed("IfcText", "EI60")); },
          {"changed #4 property Pset_WallCommon.FireRating: IFCLABEL('EI60') -> IFCTEXT('EI60')"}},
-        {"quantity", [](Model& m) { m[59].set("VolumeValue", 3.0); },
+        {"quantity",
+         [](Model& m) { m[59].set("VolumeValue", 3.0); },
          {"changed #4 property Qto_WallBaseQuantities.NetVolume: 2.5 -> 3"}},
-        {"property gone", [](Model& m) { m[40].set("HasProperties", Value{m[41], m[42], m[43], m[44], m[45]}); },
+        {"property gone",
+         [](Model& m) {
+             m[40].set("HasProperties", Value{m[41], m[42], m[43], m[44], m[45]});
+         },
          {"changed #4 property Pset_WallCommon.Complex: IfcComplexProperty 'Complex' -> "}},
-        {"container", [](Model& m) { m[22].set("RelatingStructure", m[2]); },
+        {"container",
+         [](Model& m) { m[22].set("RelatingStructure", m[2]); },
          {"changed #4 container : IfcBuildingStorey 'First' 0000000000000000000003 -> IfcBuilding 'B' "
           "0000000000000000000002"}},
-        {"type", [](Model& m) { m[26].set("RelatedObjects", Value{m[7]}); },
+        {"type",
+         [](Model& m) { m[26].set("RelatedObjects", Value{m[7]}); },
          {"changed #4 type : IfcWallType 'WT' 0000000000000000000008 -> "}},
-        {"material", [](Model& m) { m[62].set("Name", "Stone"); },
+        {"material",
+         [](Model& m) { m[62].set("Name", "Stone"); },
          {"changed #4 material ForLayerSet.MaterialLayers[1].Material.Name: Brick -> Stone",
           "changed #8 material Name: Brick -> Stone"}},
-        {"deep in what has no GlobalId", [](Model& m) { m[17].set("DirectionRatios", Value{0.0, 0.0, 1.0}); },
+        {"deep in what has no GlobalId",
+         [](Model& m) {
+             m[17].set("DirectionRatios", Value{0.0, 0.0, 1.0});
+         },
          {"changed #4 attribute ObjectPlacement.RelativePlacement.Axis.DirectionRatios[3]: 2 -> 1"}},
         {"removed", [](Model& m) { m.erase(m[7]); }, {"removed #7 IfcWall"}},
         {"added", [](Model& m) { m.create("IfcSlab"); }, {"added #91 IfcSlab"}},
@@ -117,11 +133,12 @@ TEST_P(WholeModels, DiffTellsWhatWasChanged) {
 }
 
 TEST_P(WholeModels, DiffDoesNotDependOnNumbersOrderAndEncoding) {
-    const std::string text = fileOf(GetParam(), "#1=IFCCARTESIANPOINT((0.,0.));\n#2=IFCCARTESIANPOINT((1.,0.));\n"
-                                                "#3=IFCPOLYLINE((#1,#2));\n"
-                                                "#4=IFCPROPERTYSET('0000000000000000000001',$,'Stra\\X\\DFe',$,(#5,#6));\n"
-                                                "#5=IFCPROPERTYSINGLEVALUE('a',$,IFCREAL(0.),$);\n"
-                                                "#6=IFCPROPERTYSINGLEVALUE('b',$,IFCREAL(2.),$);\n");
+    const std::string text =
+        fileOf(GetParam(), "#1=IFCCARTESIANPOINT((0.,0.));\n#2=IFCCARTESIANPOINT((1.,0.));\n"
+                           "#3=IFCPOLYLINE((#1,#2));\n"
+                           "#4=IFCPROPERTYSET('0000000000000000000001',$,'Stra\\X\\DFe',$,(#5,#6));\n"
+                           "#5=IFCPROPERTYSINGLEVALUE('a',$,IFCREAL(0.),$);\n"
+                           "#6=IFCPROPERTYSINGLEVALUE('b',$,IFCREAL(2.),$);\n");
     const std::string other =
         fileOf(GetParam(), "#9=IFCPROPERTYSINGLEVALUE('b',$,IFCREAL(2.0E0),$);\n"
                            "#40=IFCPROPERTYSINGLEVALUE('a',$,IFCREAL(-0.),$);\n"
@@ -140,16 +157,17 @@ TEST_P(WholeModels, DiffFindsStylesAndLeavesOutWhatIsIgnored) {
                         {.release = GetParam()});
     };
     EXPECT_EQ(differences(fileWith("red"), fileWith("red")), Lines());
-    EXPECT_EQ(differences(fileWith("red"), fileWith("blue")), (Lines{"removed #5 IfcStyledItem", "added #5 IfcStyledItem"}));
+    EXPECT_EQ(differences(fileWith("red"), fileWith("blue")),
+              (Lines{"removed #5 IfcStyledItem", "added #5 IfcStyledItem"}));
     DiffOptions options;
     options.ignored = {"NAME"};
     EXPECT_EQ(differences(fileWith("red"), fileWith("blue"), options), Lines());
 }
 
 TEST_P(WholeModels, ExtractBringsWhatObjectsNeed) {
-    const Ids wall{1,  2,  3,  4,  5,  6,  7,  8,  11, 12, 13, 14, 15, 16, 17, 18, 20, 21, 22, 23, 24, 25, 26, 30,
-                   31, 32, 40, 41, 42, 43, 44, 45, 46, 47, 48, 49, 50, 51, 52, 53, 54, 55, 56, 58, 59, 60, 61, 62,
-                   63, 64, 65, 70, 71, 72, 90};
+    const Ids wall{1,  2,  3,  4,  5,  6,  7,  8,  11, 12, 13, 14, 15, 16, 17, 18, 20, 21, 22,
+                   23, 24, 25, 26, 30, 31, 32, 40, 41, 42, 43, 44, 45, 46, 47, 48, 49, 50, 51,
+                   52, 53, 54, 55, 56, 58, 59, 60, 61, 62, 63, 64, 65, 70, 71, 72, 90};
     const struct {
         const char* selector;
         Ids expected;
@@ -197,30 +215,36 @@ TEST_P(WholeModels, OptimiseMergesAndKeepsApart) {
         std::string lines;
         Ids gone;
     } kCases[] = {
-        {"equal points, and what refers to them", shape + "#10,#11));\n#10=IFCPOLYLINE((#4,#12));\n"
-                                                          "#11=IFCPOLYLINE((#14,#13));\n"
-                                                          "#12=IFCCARTESIANPOINT((1.,0.,0.));\n"
-                                                          "#13=IFCCARTESIANPOINT((1.,0.,0.));\n"
-                                                          "#14=IFCCARTESIANPOINT((0.,0.,-0.));\n",
+        {"equal points, and what refers to them",
+         shape + "#10,#11));\n#10=IFCPOLYLINE((#4,#12));\n"
+                 "#11=IFCPOLYLINE((#14,#13));\n"
+                 "#12=IFCCARTESIANPOINT((1.,0.,0.));\n"
+                 "#13=IFCCARTESIANPOINT((1.,0.,0.));\n"
+                 "#14=IFCCARTESIANPOINT((0.,0.,-0.));\n",
          {13, 14}},
-        {"a list of different elements", shape + "#10));\n#10=IFCPOLYLOOP((#11,#12,#13));\n"
-                                                 "#11=IFCCARTESIANPOINT((1.,0.,0.));\n"
-                                                 "#12=IFCCARTESIANPOINT((1.,0.,0.));\n"
-                                                 "#13=IFCCARTESIANPOINT((2.,0.,0.));\n",
+        {"a list of different elements",
+         shape + "#10));\n#10=IFCPOLYLOOP((#11,#12,#13));\n"
+                 "#11=IFCCARTESIANPOINT((1.,0.,0.));\n"
+                 "#12=IFCCARTESIANPOINT((1.,0.,0.));\n"
+                 "#13=IFCCARTESIANPOINT((2.,0.,0.));\n",
          {}},
-        {"what styles are about", shape + "#10,#11));\n#10=IFCCARTESIANPOINT((1.,0.,0.));\n"
-                                          "#11=IFCCARTESIANPOINT((1.,0.,0.));\n#12=IFCSTYLEDITEM(#10,(),'red');\n"
-                                          "#13=IFCSTYLEDITEM(#11,(),'blue');\n",
+        {"what styles are about",
+         shape + "#10,#11));\n#10=IFCCARTESIANPOINT((1.,0.,0.));\n"
+                 "#11=IFCCARTESIANPOINT((1.,0.,0.));\n#12=IFCSTYLEDITEM(#10,(),'red');\n"
+                 "#13=IFCSTYLEDITEM(#11,(),'blue');\n",
          {}},
-        {"what nothing refers to", "#10=IFCPOLYLINE((#11,#11));\n#11=IFCCARTESIANPOINT((1.,0.,0.));\n"
-                                   "#12=IFCSTYLEDITEM(#11,(),'red');\n",
+        {"what nothing refers to",
+         "#10=IFCPOLYLINE((#11,#11));\n#11=IFCCARTESIANPOINT((1.,0.,0.));\n"
+         "#12=IFCSTYLEDITEM(#11,(),'red');\n",
          {10, 11, 12}},
-        {"what has text", shape + "#10,#11));\n#10=IFCCARTESIANPOINT('no list');\n#11=IFCCARTESIANPOINT('no list');\n"
-                                  "#12=IFCFOO(#13);\n#13=IFCCARTESIANPOINT((0.,0.,0.));\n",
+        {"what has text",
+         shape + "#10,#11));\n#10=IFCCARTESIANPOINT('no list');\n#11=IFCCARTESIANPOINT('no list');\n"
+                 "#12=IFCFOO(#13);\n#13=IFCCARTESIANPOINT((0.,0.,0.));\n",
          {}},
-        {"objects", "#10=IFCPROPERTYSET('0000000000000000000010',$,$,$,(#12));\n"
-                    "#11=IFCPROPERTYSET('0000000000000000000010',$,$,$,(#13));\n"
-                    "#12=IFCPROPERTYSINGLEVALUE('a',$,$,$);\n#13=IFCPROPERTYSINGLEVALUE('a',$,$,$);\n",
+        {"objects",
+         "#10=IFCPROPERTYSET('0000000000000000000010',$,$,$,(#12));\n"
+         "#11=IFCPROPERTYSET('0000000000000000000010',$,$,$,(#13));\n"
+         "#12=IFCPROPERTYSINGLEVALUE('a',$,$,$);\n#13=IFCPROPERTYSINGLEVALUE('a',$,$,$);\n",
          {13}},
     };
     for (const auto& [what, lines, gone] : kCases) {

@@ -75,10 +75,11 @@ void printJson(Output& output, const Difference& difference) {
 }
 
 void printSummary(Output& output, const DiffResult& result, bool json) {
-    output.put(json ? fmt::format("{{\"summary\": {{\"added\": {}, \"removed\": {}, \"changed\": {}, \"same\": {}}}}}\n",
-                                  result.added, result.removed, result.changed, result.same)
-                    : fmt::format("{} added, {} removed, {} changed, {} the same\n", result.added, result.removed,
-                                  result.changed, result.same));
+    output.put(json
+                   ? fmt::format("{{\"summary\": {{\"added\": {}, \"removed\": {}, \"changed\": {}, \"same\": {}}}}}\n",
+                                 result.added, result.removed, result.changed, result.same)
+                   : fmt::format("{} added, {} removed, {} changed, {} the same\n", result.added, result.removed,
+                                 result.changed, result.same));
 }
 
 } // namespace

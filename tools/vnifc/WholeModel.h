@@ -29,6 +29,10 @@ ExitCode extractFile(const ReadFlags& flags, const std::string& target, const st
 /// Writes the file without what it says twice or what nothing refers to.
 ExitCode optimiseFile(const ReadFlags& flags, const std::string& target, bool unusedObjects);
 
+/// Writes several files as one. The first one's project and units hold.
+ExitCode mergeFiles(const ReadFlags& flags, const std::string& target, const std::vector<std::string>& others,
+                    bool equalStoreys);
+
 enum class TableFormat : std::uint8_t { kCsv, kSqlite };
 /// Writes a table for each entity: into a folder of .csv files, or a database.
 ExitCode exportTables(const ReadFlags& flags, TableFormat format, const std::string& target);

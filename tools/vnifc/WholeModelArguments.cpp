@@ -44,8 +44,28 @@ void addExtract(CLI::App& app, Task& task) {
     addReadFlags(*command, *options);
     command->add_option("OUT", options->target, "file to write, may be FILE; - is standard output")->required();
     command->add_option("SELECTOR", options->selector, "which objects, see find")->required();
+    command->callback(
+        [&task, options] { task = [options] { return extractFile(*options, options->target, options->selector); }; });
+}
+
+void addMerge(CLI::App& app, Task& task) {
+    struct Options : ReadFlags {
+        std::string target;
+        std::vector<std::string> files;
+        bool equalStoreys = false;
+    };
+    const auto options = std::make_shared<Options>();
+    CLI::App* command =
+        app.add_subcommand("merge", "Write several files as one, with one project and one set of units");
+    command->footer("Project and units are those of the first file; files in other units or of other releases are "
+                    "refused.\n"
+                    "Example:\n  vnifc merge all.ifc architect.ifc engineer.ifc --storeys");
+    command->add_option("OUT", options->target, "file to write; - is standard output")->required();
+    command->add_option("IN", options->files, "exchange files")->required()->expected(1, -1);
+    addLoadFlags(*command, *options);
+    command->add_flag("--storeys", options->equalStoreys, "sites, buildings and storeys of the same name become one");
     command->callback([&task, options] {
-        task = [options] { return extractFile(*options, options->target, options->selector); };
+        task = [options] { return mergeFiles(*options, options->target, options->files, options->equalStoreys); };
     });
 }
 
@@ -112,6 +132,7 @@ void addExport(CLI::App& app, Task& task) {
 void addWholeModelCommands(CLI::App& app, Task& task) {
     addDiff(app, task);
     addExtract(app, task);
+    addMerge(app, task);
     addOptimise(app, task);
     addExport(app, task);
 }

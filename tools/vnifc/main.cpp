@@ -204,7 +204,8 @@ int run(int argc, char** argv) {
     Task task;
     CLI::App app("vnifc reads, shows and writes IFC files (ISO 16739) in the exchange format of ISO 10303-21.",
                  "vnifc");
-    app.footer("Exit codes: 0 success, 1 errors in a file, 2 wrong use, 3 something cannot be read or written\n"
+    app.footer("Exit codes: 0 success, 1 errors in a file, 2 wrong use, 3 something cannot be read or written,\n"
+               "4 what was named is not there; of diff 1 means different\n"
                "Example:\n  vnifc info house.ifc");
     app.set_version_flag("--version", versionText, "Print the version, and which releases are installed");
     app.require_subcommand(1);

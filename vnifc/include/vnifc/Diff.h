@@ -49,10 +49,10 @@ struct Difference {
 struct DiffOptions {
     /// Two numbers are equal when they differ by no more than this times the largest of 1 and their magnitudes.
     double tolerance = 1e-9;
-    std::vector<std::string> ignored;                    ///< attributes that do not count, in any case: "OwnerHistory"
-    std::size_t maxDetails = 1000;                       ///< of an object so many are told
-    std::function<void(const Difference&)> differences;  ///< told in ascending order of old, then of new numbers
-    std::function<bool(double)> progress;                ///< as in OpenOptions
+    std::vector<std::string> ignored;                   ///< attributes that do not count, in any case: "OwnerHistory"
+    std::size_t maxDetails = 1000;                      ///< of an object so many are told
+    std::function<void(const Difference&)> differences; ///< told in ascending order of old, then of new numbers
+    std::function<bool(double)> progress;               ///< as in OpenOptions
 };
 
 struct DiffResult {

@@ -105,7 +105,9 @@ void Details::attributes(const Instance& before, const Instance& after, const st
             tell(aspect, prefix, std::string(before.foreignText()), std::string(after.foreignText()));
         return;
     }
-    const auto path = [&](std::string_view name) { return prefix.empty() ? std::string(name) : prefix + '.' + std::string(name); };
+    const auto path = [&](std::string_view name) {
+        return prefix.empty() ? std::string(name) : prefix + '.' + std::string(name);
+    };
     const bool isTop = depth == 0;
     const auto isCarried = [&](std::string_view name) {
         return isTop && (name == "HasPropertySets" ||
@@ -340,8 +342,8 @@ void Details::set(const Instance& before, const Instance& after) {
         const auto words = [&](const Instance& instance, const Side& side) {
             if (!instance)
                 return std::string();
-            const std::optional<Property> found = vnifc::property(
-                side.wrap(side.roster.ordinalOf((&side == &m_before ? before : after).core())), path);
+            const std::optional<Property> found =
+                vnifc::property(side.wrap(side.roster.ordinalOf((&side == &m_before ? before : after).core())), path);
             return found && found->value() ? wordsOf(found->value()) : wordsOf(instance);
         };
         tell(DiffAspect::kProperty, path, words(oldOne, m_before), words(newOne, m_after));

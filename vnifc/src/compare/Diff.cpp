@@ -104,9 +104,8 @@ private:
     /// What is about others is the same or not there; and it counts only when it is about something that counts.
     void addUnrooted(std::vector<Match>& matches) {
         std::vector<Match> single = matched(unrootedOf(m_before), unrootedOf(m_after));
-        std::erase_if(single, [](const Match& match) {
-            return match.first != Roster::kNone && match.second != Roster::kNone;
-        });
+        std::erase_if(single,
+                      [](const Match& match) { return match.first != Roster::kNone && match.second != Roster::kNone; });
         if (single.empty())
             return;
         const std::vector<bool> oldAlive = m_before.alive();

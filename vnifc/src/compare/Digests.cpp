@@ -164,7 +164,8 @@ std::uint64_t Digests::field(const VnIfcEntityBase& instance, const AttributeRow
     case AttributeKind::kBinary:
         return ofExchangeText(fieldOf<VnAnsiString>(instance, row));
     case AttributeKind::kGuid:
-        return fieldOf<VnIfcGUID>(instance, row).isUnset() ? kNothing : ofText(fieldOf<VnIfcGUID>(instance, row).view());
+        return fieldOf<VnIfcGUID>(instance, row).isUnset() ? kNothing
+                                                           : ofText(fieldOf<VnIfcGUID>(instance, row).view());
     case AttributeKind::kReal:
         return ofNumber(fieldOf<double>(instance, row));
     case AttributeKind::kInteger:
@@ -175,7 +176,7 @@ std::uint64_t Digests::field(const VnIfcEntityBase& instance, const AttributeRow
     }
     case AttributeKind::kLogical: {
         const auto value = fieldOf<VnIfcLogical>(instance, row);
-        return value.isUnset()                   ? kNothing
+        return value.isUnset()                  ? kNothing
                : value == VnIfcLogical::Unknown ? kTruth + 2
                                                 : kTruth + (value == VnIfcLogical::True ? 1 : 0);
     }

@@ -17,8 +17,8 @@ Side::Side(ModelState& modelState, const Digests::Rules& rules)
 
 std::uint64_t Side::digestOf(const Facets::Facet& facet) const {
     // A set counts by what it says: tools give it a new GlobalId when they copy it.
-    const std::uint64_t target = facet.aspect == DiffAspect::kProperty ? contents[facet.target]
-                                                                       : digests.asTarget(facet.target);
+    const std::uint64_t target =
+        facet.aspect == DiffAspect::kProperty ? contents[facet.target] : digests.asTarget(facet.target);
     return Digests::mix(static_cast<std::uint64_t>(facet.aspect) + 1, target);
 }
 

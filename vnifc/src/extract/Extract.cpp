@@ -132,9 +132,8 @@ private:
             m_pending.pop_back();
             const Stay how = m_stay[i];
             const bool isRelation = isKindOf(i, m_relationship);
-            forEachTarget(m_state, m_roster, m_roster.instance(i), [&](std::uint32_t target) {
-                keep(target, isRelation ? how : Stay::kContext);
-            });
+            forEachTarget(m_state, m_roster, m_roster.instance(i),
+                          [&](std::uint32_t target) { keep(target, isRelation ? how : Stay::kContext); });
             if (isRelation)
                 continue;
             for (const auto& [target, relation] : std::ranges::equal_range(m_relations, i, {}, &Relation::first))

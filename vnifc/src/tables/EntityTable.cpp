@@ -19,8 +19,7 @@ using typed::fieldOf;
 namespace {
 
 bool holdsOnlyInstances(const typed::SelectClass& type) {
-    return std::ranges::all_of(type.members,
-                               [](const auto& member) { return member.kind == VnTypeCodeKind::kEntity; });
+    return std::ranges::all_of(type.members, [](const auto& member) { return member.kind == VnTypeCodeKind::kEntity; });
 }
 
 /// True for a list of instances that is in no other list.
@@ -162,7 +161,7 @@ void RowReader::cell(const VnIfcEntityBase& instance, const Column& column) {
     }
     case AttributeKind::kLogical: {
         const auto value = fieldOf<VnIfcLogical>(instance, row);
-        return value.isUnset()                   ? m_sink.null()
+        return value.isUnset()                  ? m_sink.null()
                : value == VnIfcLogical::Unknown ? m_sink.text("UNKNOWN")
                                                 : m_sink.integer(value == VnIfcLogical::True);
     }

@@ -23,9 +23,8 @@ Roster::Roster(const VnIfcModel& model) : m_handles(model.instances()) {
 
 std::uint32_t Roster::search(std::uint64_t number) const noexcept {
     const auto found = std::ranges::lower_bound(m_handles, number, {}, &VnDbObjectId::number);
-    return found != m_handles.end() && found->number() == number
-               ? static_cast<std::uint32_t>(found - m_handles.begin())
-               : kNone;
+    return found != m_handles.end() && found->number() == number ? static_cast<std::uint32_t>(found - m_handles.begin())
+                                                                 : kNone;
 }
 
 } // namespace vnifc::detail
