@@ -10,6 +10,7 @@
 #include <VnIfcCore/VnIfcGUID.h>
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <set>
 
@@ -19,6 +20,9 @@ using namespace VN_SDAI;
 using namespace detail;
 
 namespace {
+
+// Files write the factor of a degree with as few digits as 0.0174533.
+constexpr double kDigits = 1e-6;
 
 Instance projectOf(const Model& model) {
     const std::vector<Instance> projects = model.instances("IfcProject").toVector();
@@ -44,7 +48,8 @@ bool isSameUnit(const Instance& left, const Instance& right) {
     try {
         const Unit a(left);
         const Unit b(right);
-        return a.factor() == b.factor() && a.offset() == b.offset() && a.dimension() == b.dimension();
+        const auto isClose = [](double x, double y) { return std::abs(x - y) <= kDigits * std::abs(x); };
+        return isClose(a.factor(), b.factor()) && isClose(a.offset(), b.offset()) && a.dimension() == b.dimension();
     } catch (const BadValue&) {
         return left.name() == right.name(); // context-dependent ones have nothing but a name
     }
