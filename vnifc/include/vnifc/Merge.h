@@ -23,7 +23,8 @@ struct MergeResult {
 /// Brings all that a model says into another one of the same release: one project, one set of units. The project of the
 /// target stands for the other one; equal contexts and objects that say the same under the same GlobalId become one; an
 /// object whose GlobalId means another one gets a new one. Numbers of new instances follow those that are there. What
-/// only the other project needs, as its units, stays behind, and so does what has no GlobalId and nothing refers to.
+/// only the other project needs, as its units, stays behind; so does what has no GlobalId and nothing refers to, and a
+/// style or layer that is about objects only that were there already.
 ///
 /// Throws BadValue, and changes nothing, when the releases differ, when a model has not exactly one project, and when
 /// both declare a unit of the same kind and it is not the same: convert the values of one first. Kinds of unit that

@@ -157,8 +157,10 @@ private:
     std::vector<VnDbObjectId> sources() {
         Annotations annotations;
         Living living(m_there, m_otherRoster, annotations);
-        living.start([this](std::uint32_t i) { return m_otherDigests.identity(i) != 0; },
-                     [](std::uint32_t) { return true; });
+        // What is about objects that are there already is there, too.
+        living.start(
+            [this](std::uint32_t i) { return m_otherDigests.identity(i) != 0 && !hasStandIn(m_otherRoster.handle(i)); },
+            [](std::uint32_t) { return true; });
         std::vector<VnDbObjectId> sources;
         for (std::uint32_t i = 0; i < m_otherRoster.size(); ++i) {
             const VnIfcEntityBase& instance = m_otherRoster.instance(i);
