@@ -15,6 +15,7 @@ enum ExitCode : int {
     kErrorsInFile = 1, ///< the file was read, with diagnostics of severity error
     kWrongUse = 2,
     kFileFailure = 3, ///< something could not be read or written
+    kNotThere = 4,    ///< an instance or entity that was named does not exist
 };
 
 /// Ends a command: main prints the message and returns the exit code.

@@ -1,9 +1,11 @@
+#include "Arguments.h"
 #include "Commands.h"
 #include "LoadedFile.h"
 #include "Messages.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <vnifc/Error.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -17,25 +19,6 @@
 namespace vnifc {
 
 namespace {
-
-/// What the command line asks for.
-using Task = std::function<ExitCode()>;
-
-void addReleaseOption(CLI::App& command, std::string& release, const std::string& description) {
-    std::vector<std::string_view> names;
-    for (const VN_SDAI::VnIfcRelease& each : VN_SDAI::vnIfcReleases())
-        names.push_back(each.name);
-    command.add_option("--schema", release, fmt::format("{} ({})", description, fmt::join(names, ", ")))
-        ->option_text("NAME");
-}
-
-void addReadFlags(CLI::App& command, ReadFlags& flags) {
-    command.add_option("FILE", flags.file, "exchange file; - is standard input")->required();
-    command.add_option("--threads", flags.threads, "number of threads; as many as the machine has by default")
-        ->check(CLI::Range(1, 256));
-    command.add_flag("--quiet", flags.quiet, "print no diagnostics");
-    addReleaseOption(command, flags.release, "release whose classes are taken; by default the one that the file names");
-}
 
 void addInfo(CLI::App& app, Task& task) {
     struct Options : ReadFlags {
@@ -126,26 +109,6 @@ void addFind(CLI::App& app, Task& task) {
         ->allow_extra_args(false);
     command->add_flag("--json", options->json, "print one JSON object a line, as export does");
     command->callback([&task, options] { task = [options] { return find(*options, *options, options->json); }; });
-}
-
-void addExport(CLI::App& app, Task& task) {
-    struct Options : ReadFlags {
-        std::string format = "ndjson";
-        std::vector<std::string> types;
-        bool inverses = false;
-    };
-    const auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("export", "Print all instances as JSON, one object a line");
-    command->footer("Example:\n  vnifc export house.ifc --type IfcWall --type IfcSlab");
-    addReadFlags(*command, *options);
-    command->add_option("--format", options->format, "ndjson: one JSON object a line")
-        ->check(CLI::IsMember({"ndjson"}));
-    command->add_option("--type", options->types, "only instances of this entity and its subtypes; repeatable")
-        ->allow_extra_args(false);
-    command->add_flag("--inverse", options->inverses, "inverse attributes too, as lists of numbers");
-    command->callback([&task, options] {
-        task = [options] { return exportInstances(*options, options->types, options->inverses); };
-    });
 }
 
 void addEdit(CLI::App& app, Task& task) {
@@ -241,7 +204,8 @@ int run(int argc, char** argv) {
     Task task;
     CLI::App app("vnifc reads, shows and writes IFC files (ISO 16739) in the exchange format of ISO 10303-21.",
                  "vnifc");
-    app.footer("Exit codes: 0 success, 1 errors in a file, 2 wrong use, 3 something cannot be read or written\n"
+    app.footer("Exit codes: 0 success, 1 errors in a file, 2 wrong use, 3 something cannot be read or written,\n"
+               "4 what was named is not there; of diff 1 means different\n"
                "Example:\n  vnifc info house.ifc");
     app.set_version_flag("--version", versionText, "Print the version, and which releases are installed");
     app.require_subcommand(1);
@@ -251,11 +215,11 @@ int run(int argc, char** argv) {
     addFind(app, task);
     addTree(app, task);
     addProps(app, task);
-    addExport(app, task);
     addEdit(app, task);
     addCheck(app, task);
     addConvert(app, task);
     addSchema(app, task);
+    addWholeModelCommands(app, task);
     std::vector<std::string> arguments(argv + 1, argv + argc);
     completeCommand(app, arguments);
     std::ranges::reverse(arguments); // as the parser wants them
@@ -281,6 +245,12 @@ int main(int argc, char** argv) {
     } catch (const vnifc::Failure& failure) {
         vnifc::say(std::string("vnifc: ") + failure.what());
         return failure.exitCode();
+    } catch (const vnifc::SelectorError& error) {
+        vnifc::say(std::string("vnifc: ") + error.what());
+        return vnifc::kWrongUse;
+    } catch (const vnifc::NotFound& error) {
+        vnifc::say(std::string("vnifc: ") + error.what());
+        return vnifc::kNotThere;
     } catch (const std::exception& error) {
         vnifc::say(std::string("vnifc: ") + error.what());
     }

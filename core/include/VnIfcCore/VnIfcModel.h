@@ -134,6 +134,9 @@ public:
     std::vector<VnDbObjectId> instances() const;
     std::vector<VnDbObjectId> instancesOf(const VnIfcEntityType* type, bool withSubtypes = true) const;
 
+    /// The line of one instance, with kept text and without a line end: "#12=IFCWALL(...);". Empty for a handle that
+    /// opens to null.
+    std::string instanceText(const VnDbObjectId& handle) const;
     /// Line and column, from 1, of an instance in the file that it was read from; false when they are not known.
     bool place(const VnDbObjectId& handle, std::uint64_t& line, std::uint64_t& column) const noexcept;
 

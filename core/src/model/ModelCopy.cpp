@@ -3,6 +3,7 @@
 #include "../exchange/SpfInstanceWriter.h"
 #include "../exchange/SpfScan.h"
 
+#include <VnIfcCore/VnIfcCopy.h>
 #include <VnIfcCore/VnIfcEntityType.h>
 #include <VnIfcCore/VnIfcSchema.h>
 #include <VnIfcTyped/Entity.h>
@@ -83,6 +84,7 @@ public:
         VnIfcInstanceSlot* result = counterpart(source);
         for (std::size_t i = 0; i < m_pending.size(); ++i)
             fill(m_pending[i].first, m_pending[i].second);
+        m_pending.clear();
         settle();
         return VnDbObjectId(result);
     }
@@ -223,6 +225,18 @@ VnDbObjectId VnIfcModel::copy(const VnDbObjectId& source, std::vector<std::pair<
         return {};
     Copier copier(*m_data, copies, diagnostics);
     return source.model() == this ? copier.copyAlone(source.slot()) : copier.copy(source.slot());
+}
+
+bool vnCopyInstances(VnIfcModel& target, std::span<const VnDbObjectId> sources,
+                     std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies) {
+    for (const VnDbObjectId& source : sources)
+        if (!source.openObject() || source.model() == &target)
+            return false;
+    const VnIfcDiagnosticSink nobody;
+    Copier copier(target.data(), copies, nobody);
+    for (const VnDbObjectId& source : sources)
+        copier.copy(source.slot());
+    return true;
 }
 
 } // namespace VN_SDAI

@@ -252,6 +252,16 @@ std::vector<VnDbObjectId> VnIfcModel::instancesOf(const VnIfcEntityType* type, b
     return result;
 }
 
+std::string VnIfcModel::instanceText(const VnDbObjectId& handle) const {
+    if (!handle.openObject())
+        return {};
+    SpfInstanceWriter writer(*m_data);
+    writer.write(handle.slot());
+    std::string_view text = writer.text();
+    text.remove_suffix(text.ends_with('\n') ? 1 : 0);
+    return std::string(text);
+}
+
 bool VnIfcModel::place(const VnDbObjectId& handle, std::uint64_t& line, std::uint64_t& column) const noexcept {
     const auto found = std::ranges::lower_bound(m_data->places, handle.number(), {}, &Data::Place::number);
     if (found == m_data->places.end() || found->number != handle.number())

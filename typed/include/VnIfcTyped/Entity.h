@@ -135,6 +135,9 @@ public:
     const VnIfcGUID* globalId() const noexcept override;
     void check(VnIfcCheck& check) const override;
 
+    /// To be told after a member was changed through its row, so that a text kept from the file gives way to it.
+    void fieldChanged(unsigned position) noexcept { touched(position); }
+
 protected:
     Entity() = default;
     Entity(const Entity&) = default;
