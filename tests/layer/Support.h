@@ -1,4 +1,6 @@
 #pragma once
+#include "support/Releases.h"
+
 #include <vnifc/Model.h>
 
 #include <gtest/gtest.h>
@@ -10,7 +12,7 @@
 
 namespace vnifc::test {
 
-inline const std::vector<std::string> kReleases{"IFC2X3", "IFC4", "IFC4X3", "IFC4X3_ADD2"};
+inline const std::vector<std::string> kReleases = builtReleases();
 
 /// A file of a release with these lines in its DATA section.
 inline std::string fileOf(const std::string& release, const std::string& lines) {
