@@ -39,20 +39,6 @@ protected:
     fs::path m_folder;
 };
 
-std::vector<std::string> installed() {
-    std::vector<std::string> names;
-    for (const std::string& release : kReleases)
-        if (VN_SDAI::vnCreateFile(release))
-            names.push_back(release);
-    return names;
-}
-INSTANTIATE_TEST_SUITE_P(Layer, Tables, testing::ValuesIn(installed()), [](const auto& each) { return each.param; });
-
-std::string contentOf(const fs::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 // Every kind of cell, in entities that all releases have with the same parameters.
 const char* const kCells = R"(#1=IFCCARTESIANPOINT((1.,2.5));
 #2=IFCPERSON($,'Stra\X\DFe','say "a, b"',('x','y'),$,$,$,$);

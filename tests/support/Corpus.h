@@ -12,6 +12,8 @@ namespace vnifc::test {
 std::filesystem::path corpus();
 /// All of them, by name; none when they are not there.
 std::vector<std::filesystem::path> corpusFiles();
+/// Those among them whose release is built.
+std::vector<std::filesystem::path> readableCorpusFiles();
 
 /// The release whose declarations a file of the corpus follows, by its FILE_SCHEMA.
 std::string releaseOf(const plain::File& file);

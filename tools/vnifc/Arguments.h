@@ -18,6 +18,8 @@ void addLoadFlags(CLI::App& command, ReadFlags& flags);
 /// Adds FILE, and what addLoadFlags adds.
 void addReadFlags(CLI::App& command, ReadFlags& flags);
 
+/// Adds the commands that work on what a selector picks: find, set.
+void addSelectingCommands(CLI::App& app, Task& task);
 /// Adds the commands that work on whole models: diff, extract, export, merge, optimise.
 void addWholeModelCommands(CLI::App& app, Task& task);
 

@@ -93,24 +93,6 @@ void addProps(CLI::App& app, Task& task) {
         [&task, options] { task = [options] { return props(*options, options->address, options->json); }; });
 }
 
-void addFind(CLI::App& app, Task& task) {
-    struct Options : ReadFlags, FindQuery {
-        bool json = false;
-    };
-    const auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("find", "List the instances of an entity and its subtypes");
-    command->footer(
-        "VALUE may be given as in a file, or as plain text; $ stands for no value.\n"
-        "Example:\n  vnifc find house.ifc IfcWall --where 'Name=North wall' --where PredefinedType=SOLIDWALL");
-    addReadFlags(*command, *options);
-    command->add_option("ENTITY", options->entity, "an entity, in any case")->required();
-    command->add_flag("--exact", options->exact, "no instances of subtypes");
-    command->add_option("--where", options->conditions, "NAME=VALUE, which an attribute must have; repeatable")
-        ->allow_extra_args(false);
-    command->add_flag("--json", options->json, "print one JSON object a line, as export does");
-    command->callback([&task, options] { task = [options] { return find(*options, *options, options->json); }; });
-}
-
 void addEdit(CLI::App& app, Task& task) {
     struct Options : ReadFlags, Changes {
         std::string target;
@@ -205,20 +187,20 @@ int run(int argc, char** argv) {
     CLI::App app("vnifc reads, shows and writes IFC files (ISO 16739) in the exchange format of ISO 10303-21.",
                  "vnifc");
     app.footer("Exit codes: 0 success, 1 errors in a file, 2 wrong use, 3 something cannot be read or written,\n"
-               "4 what was named is not there; of diff 1 means different\n"
+               "4 an instance or entity that was named does not exist; of diff 1 means different\n"
                "Example:\n  vnifc info house.ifc");
     app.set_version_flag("--version", versionText, "Print the version, and which releases are installed");
     app.require_subcommand(1);
     addInfo(app, task);
     addRewrite(app, task);
     addShow(app, task);
-    addFind(app, task);
     addTree(app, task);
     addProps(app, task);
     addEdit(app, task);
     addCheck(app, task);
     addConvert(app, task);
     addSchema(app, task);
+    addSelectingCommands(app, task);
     addWholeModelCommands(app, task);
     std::vector<std::string> arguments(argv + 1, argv + argc);
     completeCommand(app, arguments);
@@ -247,7 +229,7 @@ int main(int argc, char** argv) {
         return failure.exitCode();
     } catch (const vnifc::SelectorError& error) {
         vnifc::say(std::string("vnifc: ") + error.what());
-        return vnifc::kWrongUse;
+        return error.namesNothing() ? vnifc::kNotThere : vnifc::kWrongUse;
     } catch (const vnifc::NotFound& error) {
         vnifc::say(std::string("vnifc: ") + error.what());
         return vnifc::kNotThere;

@@ -35,21 +35,24 @@ public:
     ~BadValue() override;
 };
 
-/// A faulty selector.
+/// A faulty selector, or one that names a class or attribute that does not exist.
 class VNIFC_LAYER_API SelectorError : public Error {
 public:
     /// `column` counts bytes of the selector from 1.
-    SelectorError(std::size_t column, std::string found, std::string expected);
+    SelectorError(std::size_t column, std::string found, std::string expected, bool namesNothing = false);
     ~SelectorError() override;
 
     std::size_t column() const noexcept { return m_column; }
     const std::string& found() const noexcept { return m_found; }
     const std::string& expected() const noexcept { return m_expected; }
+    /// True when the selector is well formed, and a class of that name does not exist.
+    bool namesNothing() const noexcept { return m_namesNothing; }
 
 private:
     std::size_t m_column;
     std::string m_found;
     std::string m_expected;
+    bool m_namesNothing;
 };
 
 } // namespace vnifc

@@ -1,3 +1,4 @@
+#include "Erasing.h"
 #include "ModelState.h"
 #include "Writing.h"
 
@@ -148,46 +149,11 @@ std::vector<Instance> Model::copy(std::span<const Instance> sources) {
     return results;
 }
 
-namespace {
-
-/// The value without an instance: a list loses it, everything else becomes null.
-Value without(const Value& value, const Instance& instance) {
-    if (const auto* list = std::get_if<Value::List>(&value.variant())) {
-        Value::List rest;
-        for (const Value& element : *list)
-            if (Value left = without(element, instance); !left.isNull() || element.isNull())
-                rest.push_back(std::move(left));
-        return rest.empty() && !list->empty() ? Value() : Value(std::move(rest));
-    }
-    if (const auto* typed = std::get_if<Typed>(&value.variant())) {
-        Value left = without(typed->value(), instance);
-        return left.isNull() ? Value() : Value(Typed(typed->type(), std::move(left)));
-    }
-    const auto* held = std::get_if<Instance>(&value.variant());
-    return held && *held == instance ? Value() : value;
-}
-
-} // namespace
-
 void Model::erase(const Instance& instance) {
-    VnIfcEntityBase& object = detail::opened(instance);
+    detail::opened(instance);
     if (instance.state() != m_state.get())
         throw BadValue("#" + std::to_string(instance.id()) + " is an instance of another model");
-    for (Instance referrer : instance.referrers().toVector()) {
-        if (referrer.isForeign() || referrer == instance)
-            continue;
-        for (const Attribute attribute : referrer.attributes()) {
-            if (attribute.isDerived())
-                continue;
-            const Value value = attribute.value();
-            if (Value rest = without(value, instance); !(rest == value))
-                referrer.set(attribute.name(), rest);
-        }
-    }
-    if (const ClassInfo* info = m_state->classOf(object))
-        m_state->changed(*info);
-    m_state->model().erase(instance.core());
-    m_state->referencesChanged();
+    detail::eraseAll(*m_state, {instance.core()});
 }
 
 // ---- Instances

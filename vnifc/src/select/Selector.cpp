@@ -341,7 +341,7 @@ private:
             return handlesOf(m_model.instances(pick.text));
         } catch (const NotFound&) {
             throw SelectorError(pick.column, pick.text,
-                                "a class of " + std::string(m_model.release()) + " or of the file");
+                                "a class of " + std::string(m_model.release()) + " or of the file", true);
         }
     }
     static Handles handlesOf(const InstanceRange& range) {
