@@ -72,7 +72,7 @@ TEST_P(Tables, FolderHasAFileForEachEntity) {
         {"kept_text", "instance_id,attribute,text\r\n3,Unit,#99\r\n8,Prefix,'no literal'\r\n"},
     };
     for (const auto& [file, content] : kCases)
-        EXPECT_EQ(contentOf(m_folder / "out" / (std::string(file) + ".csv")), content) << file;
+        EXPECT_EQ(contents(m_folder / "out" / (std::string(file) + ".csv")), content) << file;
 }
 
 TEST_P(Tables, FolderIsReplacedAsAWholeOrNotAtAll) {
@@ -159,7 +159,7 @@ TEST_P(Tables, DatabaseIsCompleteOrAsItWas) {
     const fs::path file = m_folder / "out.sqlite";
     std::ofstream(file) << "as it was";
     EXPECT_THROW(exportSqlite(model, file, {.progress = [](double) { return false; }}), Error);
-    EXPECT_EQ(contentOf(file), "as it was");
+    EXPECT_EQ(contents(file), "as it was");
     EXPECT_EQ(names(m_folder), std::vector<std::string>{"out.sqlite"});
     EXPECT_THROW(exportSqlite(model, m_folder), FileError);
     EXPECT_THROW(exportSqlite(model, m_folder / "missing" / "out.sqlite"), FileError);

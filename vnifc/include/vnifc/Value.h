@@ -69,6 +69,13 @@ public:
     };
 
     Value() noexcept = default;
+    // Out of line: GCC 12 takes members of the variant that are not there for uninitialized when it sees through these.
+    Value(const Value&);
+    Value(Value&&) noexcept;
+    Value& operator=(const Value&);
+    Value& operator=(Value&&) noexcept;
+    ~Value();
+
     Value(std::nullptr_t) noexcept {}
     template <std::same_as<bool> T>
     Value(T value) noexcept : m_value(value) {}

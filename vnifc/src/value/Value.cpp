@@ -11,6 +11,12 @@
 
 namespace vnifc {
 
+Value::Value(const Value&) = default;
+Value::Value(Value&&) noexcept = default;
+Value& Value::operator=(const Value&) = default;
+Value& Value::operator=(Value&&) noexcept = default;
+Value::~Value() = default;
+
 namespace {
 
 /// In the shortest form that reads back the same.
