@@ -17,11 +17,14 @@ class Changes : public testing::TestWithParam<std::string> {
 protected:
     void SetUp() override { m_before = faults(); }
 
-    /// How many findings of which kind a check has, and what inverse attributes say beside what a new reading of the
-    /// file gives.
+    /// How many findings of which kind a check of the written file has, but for the owner histories that IFC2X3 demands
+    /// and the building does not have.
     std::map<std::string, int> faults() const {
         std::map<std::string, int> counts;
-        VN_SDAI::VnIfcCheck(m_model.core(), [&](const Finding& finding) { ++counts[finding.code]; }).run();
+        Model again = openText(m_model.text(), {.release = GetParam()});
+        again.core().setInverseCounterParts();
+        VN_SDAI::VnIfcCheck(again.core(), [&](const Finding& finding) { ++counts[finding.code]; }).run();
+        counts.erase("mandatory");
         return counts;
     }
     void expectSound() const {

@@ -187,7 +187,7 @@ TEST(Props, ShowsValuesUnitsAndWhereTheyComeFrom) {
               "  PanelOperation  SWINGING  IFCDOORPANELOPERATIONENUM\n"
               "  PanelPosition   LEFT      IFCDOORPANELPOSITIONENUM\n");
     EXPECT_EQ(runTool({"props", equipped(), "1"}).out, "#1 IFCPROJECT 'P'\nno property sets\n");
-    EXPECT_EQ(runTool({"props", equipped(), "#99"}).exitCode, 2);
+    EXPECT_EQ(runTool({"props", equipped(), "#99"}).exitCode, 4);
 }
 
 TEST(Props, JsonSaysTheSame) {

@@ -96,7 +96,7 @@ TEST(Show, InstancesAreFoundByNumberAndGlobalId) {
     for (const char* address : {"#99", "4711", "", "#", "-1", "2O2Fr$t4X7Zf8NOew3FLO", "2O2Fr$t4X7Zf8NOew3FLOHx",
                                 "99999999999999999999999", "2O2FR$T4X7ZF8NOEW3FLOH"}) {
         const Outcome outcome = runTool({"show", "--quiet", house, "--", address});
-        EXPECT_EQ(outcome.exitCode, 2) << address;
+        EXPECT_EQ(outcome.exitCode, 4) << address;
         EXPECT_EQ(outcome.err, std::string("vnifc: there is no instance ") + address + "\n");
     }
 }
@@ -165,7 +165,7 @@ TEST(Export, LinesComeInOrderAndByType) {
               (Ids{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 18446744073709551615u}));
     EXPECT_EQ(idsOf({"export", "--quiet", house, "--type", "ifcobjectdefinition", "--type", "IFCGARDENGNOME"}),
               (Ids{1, 8, 9, 12}));
-    EXPECT_EQ(runTool({"export", "--quiet", house, "--type", "IfcGnome"}).exitCode, 2);
+    EXPECT_EQ(runTool({"export", "--quiet", house, "--type", "IfcGnome"}).exitCode, 4);
     EXPECT_EQ(runTool({"export", "--quiet", house}, {.out = "/dev/full"}).exitCode, 3);
 }
 
@@ -222,19 +222,81 @@ TEST(Find, WhatCannotBeFoundIsWrongUse) {
     const struct {
         std::vector<std::string> arguments;
         const char* message;
+        int exitCode = 2;
     } cases[] = {
-        {{"IfcGnome"}, "neither IFC4X3_ADD2 nor the file has an entity \"IfcGnome\""},
+        {{"IfcGnome"}, "neither IFC4X3_ADD2 nor the file has an entity \"IfcGnome\"", 4},
+        {{"IfcWall, IfcGnome"}, "column 10: expected a class of", 4},
+        {{"IfcWall, Name~x"}, "column 10: expected"},
         {{"IfcWall", "--where", "Colour=red"}, "IFCWALL has no attribute Colour"},
         {{"IfcWall", "--where", "Name"}, "expected NAME=VALUE, found Name"},
         {{"IfcWall", "--where", "PredefinedType=BRICKWALL"}, "#8 IFCWALL.PredefinedType: expected one of "},
         {{"IfcGardenGnome", "--where", "Name=x"}, "an instance without a class has no attribute Name"},
     };
-    for (const auto& [arguments, message] : cases) {
+    for (const auto& [arguments, message, exitCode] : cases) {
         std::vector<std::string> all{"find", "--quiet", house};
         all.insert(all.end(), arguments.begin(), arguments.end());
         const Outcome outcome = runTool(all);
-        EXPECT_EQ(outcome.exitCode, 2) << message;
+        EXPECT_EQ(outcome.exitCode, exitCode) << message;
         EXPECT_PRED_FORMAT2(IsSubstring, message, outcome.err);
+    }
+}
+
+TEST(Find, SaysWhatIsKnownOfWhatASelectorPicks) {
+    const std::string rooms =
+        makeModel("rooms.ifc", "#1=IFCSIUNIT(*,.LENGTHUNIT.,.MILLI.,.METRE.);\n"
+                               "#2=IFCUNITASSIGNMENT((#1));\n"
+                               "#3=IFCPROJECT('0000000000000000000003',$,'P',$,$,$,$,$,#2);\n"
+                               "#4=IFCDOOR('0000000000000000000004',$,'A, \"wide\"',$,$,$,$,$,2000.,900.,$,$,$);\n"
+                               "#5=IFCDOOR('0000000000000000000005',$,'B',$,$,$,$,$,2100.,$,$,$,$);\n"
+                               "#6=IFCDOOR('0000000000000000000006',$,'B',$,$,$,$,$,1900.,1000.,$,$,$);\n");
+    const struct {
+        std::vector<std::string> arguments;
+        const char* printed;
+    } cases[] = {
+        {{"IfcDoor, OverallHeight>1.95m"},
+         "#4 IFCDOOR 0000000000000000000004 'A, \"wide\"'\n#5 IFCDOOR 0000000000000000000005 'B'\n"},
+        {{"IfcDoor, Name=B", "--count"}, "2\n"},
+        {{"IfcDoor, Name=C", "--count"}, "0\n"},
+        {{"IfcDoor", "--columns", "Name,OverallWidth"},
+         "id  Name       OverallWidth\n#4  A, \"wide\"  900\n#5  B          \n#6  B          1000\n"},
+        {{"IfcDoor", "--columns", "Name,OverallWidth", "--format", "csv"},
+         "id,Name,OverallWidth\r\n#4,\"A, \"\"wide\"\"\",900\r\n#5,B,\r\n#6,B,1000\r\n"},
+        {{"#5", "--columns", "Name,OverallWidth", "--json"}, "{\"id\": 5, \"Name\": \"B\", \"OverallWidth\": null}\n"},
+        {{"IfcDoor", "--sum", "OverallWidth", "--group-by", "Name", "--json"},
+         "{\"Name\": \"A, \\\"wide\\\"\", \"count\": 1, \"OverallWidth [mm]\": 900}\n"
+         "{\"Name\": \"B\", \"count\": 2, \"OverallWidth [mm]\": 1000}\n"},
+    };
+    for (const auto& [arguments, printed] : cases) {
+        std::vector<std::string> all{"find", "--quiet", rooms};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        EXPECT_EQ(runTool(all).out, printed) << arguments.front();
+    }
+}
+
+TEST(Set, ChangesAllThatASelectorPicks) {
+    const std::string walls = makeModel("walls.ifc", "#1=IFCWALL('0000000000000000000001',$,'A',$,$,$,$,$,$);\n"
+                                                     "#2=IFCWALL('0000000000000000000002',$,'B',$,$,$,$,$,$);\n");
+    const std::string out = scratch() / "set.ifc";
+    Outcome outcome = runTool({"set", walls, out, "IfcWall", "PredefinedType=SOLIDWALL", "Name=B",
+                               "Pset_WallCommon.FireRating=EI30", "Pset_WallCommon.IsExternal=true"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.err, "PredefinedType: 2 of 2 changed\nName: 1 of 2 changed\n"
+                           "Pset_WallCommon.FireRating: 2 of 2 changed\nPset_WallCommon.IsExternal: 2 of 2 changed\n");
+    EXPECT_EQ(runTool({"find", out,
+                       "IfcWall, Name=B, PredefinedType=SOLIDWALL, Pset_WallCommon.FireRating=EI30, "
+                       "Pset_WallCommon.IsExternal=TRUE",
+                       "--count"})
+                  .out,
+              "2\n");
+    EXPECT_EQ(runTool({"diff", "--quiet", walls, out}).exitCode, 1);
+    for (const auto& [change, message] : {std::pair("Nmae=x", "Nmae"),
+                                          {"Name", "expected NAME=VALUE, found Name"},
+                                          {"PredefinedType=BRICK", "expected one of"}}) {
+        std::filesystem::remove(out);
+        outcome = runTool({"set", "--quiet", walls, out, "IfcWall", change});
+        EXPECT_EQ(outcome.exitCode, 2) << change;
+        EXPECT_PRED_FORMAT2(IsSubstring, message, outcome.err);
+        EXPECT_FALSE(std::filesystem::exists(out)) << change;
     }
 }
 

@@ -8,6 +8,13 @@ namespace vnifc {
 
 namespace {
 
+/// True for what can be the name of an entity; a GlobalId begins with a digit.
+bool isEntityName(std::string_view selector) {
+    constexpr std::string_view kLetters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+    return !selector.empty() && kLetters.find(selector.front()) != kLetters.npos &&
+           selector.find_first_not_of(std::string(kLetters) + "0123456789_") == selector.npos;
+}
+
 void addFind(CLI::App& app, Task& task) {
     struct Options : ReadFlags, FindQuery, RowFlags {
         bool json = false;
@@ -50,9 +57,7 @@ void addFind(CLI::App& app, Task& task) {
     command->callback([&task, options] {
         if (options->json)
             options->format = RowFormat::kJson;
-        const bool isName = options->entity.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
-                                                              "0123456789_") == std::string::npos &&
-                            options->entity.size() != 22;
+        const bool isName = isEntityName(options->entity);
         if (!isName && (options->exact || !options->conditions.empty()))
             throw CLI::ValidationError("--exact and --where", "go with an entity; a selector has its own conditions");
         if (options->areAsked() && (options->exact || !options->conditions.empty()))

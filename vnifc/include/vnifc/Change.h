@@ -30,7 +30,8 @@ VNIFC_LAYER_API std::size_t setFromText(std::span<const Instance> instances, std
 VNIFC_LAYER_API void assignContainer(std::span<const Instance> elements, const Instance& spatialElement);
 /// Gives objects a type in place of any other; none with no instance.
 VNIFC_LAYER_API void assignType(std::span<const Instance> objects, const Instance& type);
-/// Gives objects or types a material, list, set or usage in place of any other; none with no instance.
+/// Gives objects or types a material, list, set or usage in place of any other; none with no instance. A usage that no
+/// object has any more goes.
 VNIFC_LAYER_API void assignMaterial(std::span<const Instance> objects, const Instance& material);
 
 /// Takes objects out, with their parts, openings and other features, and with all that only they used: placements,

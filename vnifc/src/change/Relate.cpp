@@ -154,11 +154,29 @@ void assignType(std::span<const Instance> objects, const Instance& type) {
     detail::replace(objects, type, isOld ? detail::kOldTyping : detail::kTyping, {Entity::IfcTypeObject});
 }
 
+namespace {
+
+/// The usages that objects have, which say something about these objects only.
+std::vector<Instance> usagesOf(std::span<const Instance> objects) {
+    std::vector<Instance> usages;
+    for (const Instance& object : objects)
+        if (const Material material = vnifc::material(object); material.isUsage && !material.isOfType)
+            usages.push_back(material.definition);
+    return usages;
+}
+
+} // namespace
+
 void assignMaterial(std::span<const Instance> objects, const Instance& material) {
+    detail::ModelState* state = detail::modelOf(objects);
+    const std::vector<Instance> usages = usagesOf(objects);
     detail::replace(objects, material, detail::kMaterial,
                     {Entity::IfcMaterial, Entity::IfcMaterialDefinition, Entity::IfcMaterialList,
                      Entity::IfcMaterialLayer, Entity::IfcMaterialLayerSet, Entity::IfcMaterialLayerSetUsage,
                      Entity::IfcMaterialProfileSetUsage});
+    for (const Instance& usage : usages)
+        if (usage && usage.referrers().empty())
+            detail::eraseAll(*state, {usage.core()});
 }
 
 } // namespace vnifc
