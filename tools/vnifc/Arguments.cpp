@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 void addReleaseOption(CLI::App& command, std::string& release, const std::string& description) {
     std::vector<std::string_view> names;
@@ -29,4 +29,4 @@ void addReadFlags(CLI::App& command, ReadFlags& flags) {
     addLoadFlags(command, flags);
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -6,7 +6,7 @@
 #include <functional>
 #include <string>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 /// What the command line asks for.
 using Task = std::function<ExitCode()>;
@@ -23,4 +23,4 @@ void addSelectingCommands(CLI::App& app, Task& task);
 /// Adds the commands that work on whole models: diff, extract, export, merge, optimise.
 void addWholeModelCommands(CLI::App& app, Task& task);
 
-} // namespace vnifc
+} // namespace vnifc::tool

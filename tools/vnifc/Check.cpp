@@ -11,7 +11,7 @@
 #include <map>
 #include <utility>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -127,4 +127,4 @@ ExitCode check(const ReadFlags& flags, const CheckOptions& options) {
     return report.hasErrors() ? kErrorsInFile : kSuccess;
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

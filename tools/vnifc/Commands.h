@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 /// The exit code of the process.
 enum ExitCode : int {
@@ -91,4 +91,4 @@ ExitCode schema(const std::string& release, const std::string& name, bool json);
 /// "vnifc 0.1.0", and a line for each release: whether its module is installed.
 std::string versionText();
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -6,7 +6,7 @@
 #include <fmt/format.h>
 #include <vnifc/Diff.h>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 namespace {
 
@@ -107,4 +107,4 @@ ExitCode diffFiles(const ReadFlags& flags, const DiffFlags& options) {
     return result.isEqual() ? kSuccess : kErrorsInFile;
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

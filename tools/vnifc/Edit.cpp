@@ -9,7 +9,7 @@
 
 #include <set>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -98,4 +98,4 @@ ExitCode edit(const ReadFlags& flags, const std::string& target, const Changes& 
     return file.exitCode();
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -5,7 +5,7 @@
 #include <fmt/format.h>
 #include <vnifc/Tables.h>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 ExitCode exportTables(const ReadFlags& flags, TableFormat format, const std::string& target) {
     if (format == TableFormat::kSqlite && !hasSqlite())
@@ -22,4 +22,4 @@ ExitCode exportTables(const ReadFlags& flags, TableFormat format, const std::str
     return exitCodeOf(model);
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

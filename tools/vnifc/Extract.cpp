@@ -6,7 +6,7 @@
 #include <vnifc/Extract.h>
 #include <vnifc/Selector.h>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 ExitCode extractFile(const ReadFlags& flags, const std::string& target, const std::string& selector) {
     const Selector wanted(selector);
@@ -19,4 +19,4 @@ ExitCode extractFile(const ReadFlags& flags, const std::string& target, const st
     return kSuccess;
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

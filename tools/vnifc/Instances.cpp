@@ -15,7 +15,7 @@
 #include <charconv>
 #include <unordered_map>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -173,4 +173,4 @@ void writeInstance(JsonWriter& json, const VnIfcEntityBase& instance, InstanceDe
     json.endObject();
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

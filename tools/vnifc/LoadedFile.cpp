@@ -10,7 +10,7 @@
 #include <chrono>
 #include <vector>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -87,4 +87,4 @@ std::string LoadedFile::findings() const {
     return fmt::format("{} ({})", text, fmt::join(kinds, ", "));
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

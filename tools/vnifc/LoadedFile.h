@@ -8,7 +8,7 @@
 #include <string>
 #include <unordered_set>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 /// The release of that name, in any case; throws Failure for a name that is none.
 const VN_SDAI::VnIfcRelease& releaseNamed(std::string_view name);
@@ -53,4 +53,4 @@ private:
     std::unordered_set<std::uint64_t> m_unclearLists;
 };
 
-} // namespace vnifc
+} // namespace vnifc::tool

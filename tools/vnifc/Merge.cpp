@@ -5,7 +5,7 @@
 #include <fmt/format.h>
 #include <vnifc/Merge.h>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 ExitCode mergeFiles(const ReadFlags& flags, const std::string& target, const std::vector<std::string>& files,
                     bool equalStoreys) {
@@ -34,4 +34,4 @@ ExitCode mergeFiles(const ReadFlags& flags, const std::string& target, const std
     return kSuccess;
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

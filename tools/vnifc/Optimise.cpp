@@ -5,7 +5,7 @@
 #include <fmt/format.h>
 #include <vnifc/Optimise.h>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 ExitCode optimiseFile(const ReadFlags& flags, const std::string& target, bool unusedObjects) {
     Model model = openModel(flags);
@@ -16,4 +16,4 @@ ExitCode optimiseFile(const ReadFlags& flags, const std::string& target, bool un
     return kSuccess;
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -12,7 +12,7 @@
 #include <set>
 #include <unordered_set>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -167,4 +167,4 @@ std::vector<PropertySet> propertySetsOf(const VnIfcModel& model, const VnIfcEnti
     return Reader(model).read(object);
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -8,7 +8,7 @@
 
 #include <map>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 using Json = nlohmann::ordered_json;
@@ -161,4 +161,4 @@ ExitCode schema(const std::string& release, const std::string& name, bool json) 
     return kSuccess;
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

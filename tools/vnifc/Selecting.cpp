@@ -12,7 +12,7 @@
 
 #include <algorithm>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 namespace {
 
@@ -225,4 +225,4 @@ ExitCode setAll(const ReadFlags& flags, const std::string& target, const std::st
     return exitCodeOf(model);
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 enum class RowFormat : std::uint8_t { kTable, kCsv, kJson };
 
@@ -25,4 +25,4 @@ ExitCode findRows(const ReadFlags& flags, const std::string& selector, const Row
 ExitCode setAll(const ReadFlags& flags, const std::string& target, const std::string& selector,
                 const std::vector<std::string>& changes);
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -4,7 +4,7 @@
 #include <map>
 #include <memory>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 namespace {
 
@@ -97,4 +97,4 @@ void addSelectingCommands(CLI::App& app, Task& task) {
     addSet(app, task);
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

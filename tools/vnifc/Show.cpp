@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -68,4 +68,4 @@ ExitCode show(const ReadFlags& flags, const std::string& address, bool json, boo
     return file.exitCode();
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -12,7 +12,7 @@
 #include <limits>
 #include <unordered_set>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -219,4 +219,4 @@ ExitCode tree(const ReadFlags& flags, std::optional<unsigned> depth, bool json) 
     return file.exitCode();
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -18,7 +18,7 @@
 
 #include <algorithm>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -239,4 +239,4 @@ void TypedValue::putInto(VnIfcEntityBase& instance) const {
         throw Failure(kWrongUse, fmt::format("{}: the value cannot be taken", placeOf(instance, m_attribute)));
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -16,7 +16,7 @@
 #include <cmath>
 #include <vector>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -244,4 +244,4 @@ std::string jsonOf(const VnIfcVariant& value) {
     return text;
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 /// Visits what a value is made of, part by part.
 class ValueVisitor {
@@ -82,4 +82,4 @@ std::string wordsOf(const VN_SDAI::VnIfcVariant& value, bool mayBeEmpty = false)
 /// A value as JSON text: equal for equal values, whatever the form in which a file gives them.
 std::string jsonOf(const VN_SDAI::VnIfcVariant& value);
 
-} // namespace vnifc
+} // namespace vnifc::tool

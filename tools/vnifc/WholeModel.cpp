@@ -2,10 +2,10 @@
 
 #include "LoadedFile.h"
 
-namespace vnifc {
+namespace vnifc::tool {
 
 Model openModel(const ReadFlags& flags) { return Model(LoadedFile(flags).take()); }
 
 ExitCode exitCodeOf(const Model& model) noexcept { return model.errors() > 0 ? kErrorsInFile : kSuccess; }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 /// Reads a file into a model of the library, as LoadedFile does.
 Model openModel(const ReadFlags& flags);
@@ -37,4 +37,4 @@ enum class TableFormat : std::uint8_t { kCsv, kSqlite };
 /// Writes a table for each entity: into a folder of .csv files, or a database.
 ExitCode exportTables(const ReadFlags& flags, TableFormat format, const std::string& target);
 
-} // namespace vnifc
+} // namespace vnifc::tool

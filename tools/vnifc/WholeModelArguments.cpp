@@ -3,7 +3,7 @@
 
 #include <memory>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 namespace {
 
@@ -137,4 +137,4 @@ void addWholeModelCommands(CLI::App& app, Task& task) {
     addExport(app, task);
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

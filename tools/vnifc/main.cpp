@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 namespace {
 
@@ -215,26 +215,26 @@ int run(int argc, char** argv) {
 
 } // namespace
 
-} // namespace vnifc
+} // namespace vnifc::tool
 
 int main(int argc, char** argv) {
     try {
-        const int exitCode = vnifc::run(argc, argv);
+        const int exitCode = vnifc::tool::run(argc, argv);
         // A full disk may not show before the last of the output goes there.
         if (std::fflush(stdout) == 0 && !std::ferror(stdout))
             return exitCode;
-        vnifc::say("vnifc: cannot write standard output");
-    } catch (const vnifc::Failure& failure) {
-        vnifc::say(std::string("vnifc: ") + failure.what());
+        vnifc::tool::say("vnifc: cannot write standard output");
+    } catch (const vnifc::tool::Failure& failure) {
+        vnifc::tool::say(std::string("vnifc: ") + failure.what());
         return failure.exitCode();
     } catch (const vnifc::SelectorError& error) {
-        vnifc::say(std::string("vnifc: ") + error.what());
-        return error.namesNothing() ? vnifc::kNotThere : vnifc::kWrongUse;
+        vnifc::tool::say(std::string("vnifc: ") + error.what());
+        return error.namesNothing() ? vnifc::tool::kNotThere : vnifc::tool::kWrongUse;
     } catch (const vnifc::NotFound& error) {
-        vnifc::say(std::string("vnifc: ") + error.what());
-        return vnifc::kNotThere;
+        vnifc::tool::say(std::string("vnifc: ") + error.what());
+        return vnifc::tool::kNotThere;
     } catch (const std::exception& error) {
-        vnifc::say(std::string("vnifc: ") + error.what());
+        vnifc::tool::say(std::string("vnifc: ") + error.what());
     }
-    return vnifc::kFileFailure;
+    return vnifc::tool::kFileFailure;
 }
