@@ -193,10 +193,10 @@ TEST_P(EachRelease, RefusesWhatDoesNotFitAndChangesNothing) {
         {10, "ApplicationDeveloper", model[1],
          "#10 IFCAPPLICATION.ApplicationDeveloper: expected an instance of IfcOrganization"},
     };
-    for (const auto& [id, attribute, value, message] : kCases) {
-        Instance instance = model[id];
-        const std::string found = messageOf<BadValue>([&] { instance.set(attribute, value); });
-        EXPECT_TRUE(found.starts_with(message)) << found;
+    for (const auto& each : kCases) {
+        Instance instance = model[each.id];
+        const std::string found = messageOf<BadValue>([&] { instance.set(each.attribute, each.value); });
+        EXPECT_TRUE(found.starts_with(each.message)) << found;
     }
     Instance person = model[2];
     EXPECT_EQ(messageOf<NotFound>([&] { person.set("Nmae", "x"); }), "IfcPerson has no attribute Nmae");
@@ -209,7 +209,8 @@ TEST_P(EachRelease, FindsInstancesAndWhoRefersToThem) {
     EXPECT_EQ(model.size(), 12u);
     EXPECT_EQ(idsOf(model.instances("IfcProperty")), (Ids{4, 5, 6, 7, 12}));
     EXPECT_EQ(idsOf(model.instances("IfcProperty", true)), Ids{});
-    EXPECT_EQ(idsOf(model.instances("IFCSIMPLEPROPERTY") | std::views::drop(3)), (Ids{7, 12}));
+    static_assert(std::ranges::view<InstanceRange> && std::ranges::forward_range<InstanceRange>);
+    EXPECT_EQ((*std::ranges::next(model.instances("IFCSIMPLEPROPERTY").begin(), 3)).id(), 7u);
     EXPECT_EQ(model.all().count(), 12u);
     EXPECT_EQ(idsOf(model[1].referrers()), Ids{9}) << "twice in a list is one referrer";
     EXPECT_EQ(idsOf(model[9].references()), Ids{1});

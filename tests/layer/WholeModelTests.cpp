@@ -245,7 +245,7 @@ TEST_P(WholeModels, OptimiseMergesAndKeepsApart) {
         Model after = openText(fileOf(GetParam(), root + lines), options);
         const OptimiseResult result = optimise(after);
         Ids expected = idsOf(before.all());
-        std::erase_if(expected, [&](std::uint64_t id) { return std::ranges::find(gone, id) != gone.end(); });
+        std::erase_if(expected, [&gone = gone](std::uint64_t id) { return std::ranges::find(gone, id) != gone.end(); });
         EXPECT_EQ(idsOf(after.all()), expected);
         EXPECT_EQ(result.kept, after.size());
         EXPECT_EQ(result.merged + result.removed, gone.size());

@@ -7,12 +7,14 @@
 #include <span>
 #include <vector>
 
+// The ranges are views (std::ranges::view). They have no std::ranges::view_interface, which Clang before 16 does not
+// take from libstdc++.
 namespace vnifc {
 
 /// Instances of a model, as they were when the range was made. Instances that are created later are not in it; those
 /// that are erased meanwhile are passed over, so that a loop may create and erase. Cheap to copy; good as long as the
 /// model.
-class InstanceRange : public std::ranges::view_interface<InstanceRange> {
+class InstanceRange : public std::ranges::view_base {
     using Handles = std::vector<VN_SDAI::VnDbObjectId>;
 
 public:
@@ -64,6 +66,9 @@ public:
 
     iterator begin() const noexcept { return {m_handles.data(), end_(), m_state}; }
     iterator end() const noexcept { return {end_(), end_(), m_state}; }
+    bool empty() const noexcept { return begin() == end(); }
+    /// The first one; there must be one.
+    Instance front() const noexcept { return *begin(); }
     /// Number of instances, without erased ones; linear time.
     std::size_t count() const noexcept { return static_cast<std::size_t>(std::ranges::distance(begin(), end())); }
     std::vector<Instance> toVector() const { return {begin(), end()}; }
@@ -106,7 +111,7 @@ private:
 };
 
 /// The explicit attributes of an instance.
-class VNIFC_LAYER_API AttributeRange : public std::ranges::view_interface<AttributeRange> {
+class VNIFC_LAYER_API AttributeRange : public std::ranges::view_base {
 public:
     class VNIFC_LAYER_API iterator {
     public:
@@ -140,6 +145,7 @@ public:
 
     iterator begin() const noexcept { return {m_instance, m_first}; }
     iterator end() const noexcept { return {m_instance, m_last}; }
+    bool empty() const noexcept { return m_first == m_last; }
     std::size_t size() const noexcept;
 
 private:

@@ -51,9 +51,10 @@ private:
             pending.pop_back();
             if (!add(next.objectId()))
                 continue;
-            for (const auto& [relations, others] : kWays)
-                m_state.forEachTarget(next, relations, [&](VnIfcEntityBase& relation) {
-                    m_state.forEachTarget(relation, others, [&](VnIfcEntityBase& part) { pending.push_back(&part); });
+            for (const std::pair<Name, Name>& way : kWays)
+                m_state.forEachTarget(next, way.first, [&](VnIfcEntityBase& relation) {
+                    m_state.forEachTarget(relation, way.second,
+                                          [&](VnIfcEntityBase& part) { pending.push_back(&part); });
                 });
         }
     }

@@ -53,8 +53,8 @@ std::vector<Key> unrootedOf(const Side& side) {
     for (const std::uint32_t i : side.unrooted)
         keys.emplace_back(side.digests.of(i), i);
     std::ranges::sort(keys);
-    const auto rest = std::ranges::unique(keys, {}, &Key::first);
-    keys.erase(rest.begin(), rest.end());
+    const auto isSame = [](const Key& left, const Key& right) { return left.first == right.first; };
+    keys.erase(std::unique(keys.begin(), keys.end(), isSame), keys.end());
     return keys;
 }
 

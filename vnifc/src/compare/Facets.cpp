@@ -64,8 +64,8 @@ Facets::Facets(ModelState& state, const Roster& roster) : m_usedSets(roster.size
 }
 
 std::span<const Facets::Facet> Facets::of(std::uint32_t object) const noexcept {
-    const auto found = std::ranges::equal_range(m_facets, object, {}, &Facet::object);
-    return {found.begin(), found.end()};
+    return {std::ranges::lower_bound(m_facets, object, {}, &Facet::object),
+            std::ranges::upper_bound(m_facets, object, {}, &Facet::object)};
 }
 
 std::size_t Facets::relationOf(const VnIfcEntityType& type) const noexcept {

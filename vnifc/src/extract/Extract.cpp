@@ -122,8 +122,7 @@ private:
                 forEachTarget(m_state, m_roster, m_roster.instance(i),
                               [&](std::uint32_t target) { m_relations.emplace_back(target, i); });
         std::ranges::sort(m_relations);
-        const auto rest = std::ranges::unique(m_relations);
-        m_relations.erase(rest.begin(), rest.end());
+        m_relations.erase(std::unique(m_relations.begin(), m_relations.end()), m_relations.end());
     }
 
     void spread() {
@@ -136,8 +135,9 @@ private:
                           [&](std::uint32_t target) { keep(target, isRelation ? how : Stay::kContext); });
             if (isRelation)
                 continue;
-            for (const auto& [target, relation] : std::ranges::equal_range(m_relations, i, {}, &Relation::first))
-                follow(i, relation);
+            for (auto each = std::ranges::lower_bound(m_relations, i, {}, &Relation::first);
+                 each != m_relations.end() && each->first == i; ++each)
+                follow(i, each->second);
         }
     }
 

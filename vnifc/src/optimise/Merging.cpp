@@ -17,11 +17,22 @@ using typed::fieldOf;
 namespace {
 
 /// Elements of an aggregate for writing. They are rewritten in place: a new block for each would take memory that a
-/// model gives back only when it goes.
+/// model gives back only when it goes. No std::span, since selects are of an abstract class.
 template <class T>
-std::span<T> elementsOf(const VnIfcAggr& aggregate) noexcept {
-    return {const_cast<T*>(static_cast<const T*>(aggregate.imp().data())), aggregate.count()};
-}
+class Elements {
+public:
+    explicit Elements(const VnIfcAggr& aggregate) noexcept
+        : m_first(const_cast<T*>(static_cast<const T*>(aggregate.imp().data()))), m_count(aggregate.count()) {}
+
+    T* begin() const noexcept { return m_first; }
+    T* end() const noexcept { return m_first + m_count; }
+    T& operator[](std::size_t index) const noexcept { return m_first[index]; }
+    std::size_t size() const noexcept { return m_count; }
+
+private:
+    T* m_first;
+    std::size_t m_count;
+};
 
 /// True for an inverse attribute with room for one instance.
 bool holdsOne(const typed::InverseTarget& target) noexcept {
@@ -120,8 +131,8 @@ bool Merging::isSame(const VnIfcAggr& left, const VnIfcAggr& right) const {
         return false;
     switch (left.elementKind()) {
     case VnTypeCodeKind::kEntity: {
-        const std::span<VnDbObjectId> a = elementsOf<VnDbObjectId>(left);
-        const std::span<VnDbObjectId> b = elementsOf<VnDbObjectId>(right);
+        const Elements<VnDbObjectId> a(left);
+        const Elements<VnDbObjectId> b(right);
         if (left.isOrdered())
             return std::ranges::equal(a, b, [&](const auto& x, const auto& y) { return isSame(x, y); });
         std::vector<VnDbObjectId> x;
@@ -133,10 +144,10 @@ bool Merging::isSame(const VnIfcAggr& left, const VnIfcAggr& right) const {
         return x == y;
     }
     case VnTypeCodeKind::kSelect:
-        return std::ranges::equal(elementsOf<typed::Select>(left), elementsOf<typed::Select>(right),
+        return std::ranges::equal(Elements<typed::Select>(left), Elements<typed::Select>(right),
                                   [&](const auto& x, const auto& y) { return isSame(x, y); });
     case VnTypeCodeKind::kAggregation:
-        return std::ranges::equal(elementsOf<VnIfcAggr>(left), elementsOf<VnIfcAggr>(right),
+        return std::ranges::equal(Elements<VnIfcAggr>(left), Elements<VnIfcAggr>(right),
                                   [&](const auto& x, const auto& y) { return isSame(x, y); });
     default:
         return left.compare(right) == 0;
@@ -222,15 +233,15 @@ void Merging::redirect(typed::Select& select) {
 void Merging::redirect(const VnIfcAggr& elements, unsigned unique) {
     const bool isOrdered = elements.isOrdered();
     if (elements.elementKind() == VnTypeCodeKind::kAggregation) {
-        for (const VnIfcAggr& inner : elementsOf<VnIfcAggr>(elements))
+        for (const VnIfcAggr& inner : Elements<VnIfcAggr>(elements))
             redirect(inner, unique >> 1);
     } else if (elements.elementKind() == VnTypeCodeKind::kSelect) {
         // The order of a set of selects depends on what they hold.
         if (isOrdered ? (unique & 1) == 0 : elements.count() == 1)
-            for (typed::Select& each : elementsOf<typed::Select>(elements))
+            for (typed::Select& each : Elements<typed::Select>(elements))
                 redirect(each);
     } else if (elements.elementKind() == VnTypeCodeKind::kEntity) {
-        const std::span<VnDbObjectId> handles = elementsOf<VnDbObjectId>(elements);
+        const Elements<VnDbObjectId> handles(elements);
         m_others.clear();
         for (const VnDbObjectId& each : handles)
             m_others.push_back(redirected(each));
