@@ -57,7 +57,6 @@ TEST(Module, LastsUntilItsLastUseEnds) {
     VnModuleLifeCycleApp& old = one.lifeCycle();
     const auto schemaOf = one.symbol("vnifcGetSchemaPointer");
     const auto isThere = [&] { return reinterpret_cast<VnIfcSchema* (*)()>(schemaOf)() != nullptr; };
-    const VnModule library = VnModule::load("VnIfc4"); // keeps no use of the one before
     void* const stays = ::dlopen(fileOf(one).c_str(), RTLD_NOW);
     one = VnModule::load("VnIfc4x3Add2");
     EXPECT_TRUE(isThere());
