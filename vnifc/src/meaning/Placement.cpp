@@ -108,7 +108,7 @@ private:
 } // namespace
 
 Matrix4 placement(const Instance& product) {
-    ModelState& state = *product.state();
+    ModelState& state = detail::stateOf(product);
     const VnIfcEntityBase& object = detail::opened(product);
     const PlacementReader reader(state);
     if (state.has(object, Name::RelativePlacement))

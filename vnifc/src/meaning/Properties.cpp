@@ -221,12 +221,12 @@ Value Property::value() const {
 
 std::vector<PropertySet> propertySets(const Instance& object) {
     VnIfcEntityBase& opened = detail::opened(object);
-    return detail::PropertyReader(*object.state()).read(opened);
+    return detail::PropertyReader(detail::stateOf(object)).read(opened);
 }
 
 std::optional<Property> property(const Instance& object, std::string_view path) {
     VnIfcEntityBase& opened = detail::opened(object);
-    ModelState& state = *object.state();
+    ModelState& state = detail::stateOf(object);
     std::optional<Property> found;
     detail::forEachSet(state, opened, [&](VnIfcEntityBase&, VnIfcEntityBase& set) {
         const std::string_view name = state.rawText(set, Name::Name);

@@ -27,7 +27,8 @@ struct Way {
 /// The relations of an object, with inverse attributes in place.
 class Relations {
 public:
-    explicit Relations(const Instance& instance) : m_state(*instance.state()), m_object(detail::opened(instance)) {
+    explicit Relations(const Instance& instance)
+        : m_state(detail::stateOf(instance)), m_object(detail::opened(instance)) {
         m_state.needInverses();
     }
 

@@ -390,7 +390,7 @@ private:
     std::string_view m_rest;
 };
 
-Unit::Unit(const Instance& unit) : Unit(UnitReader(*unit.state()).read(detail::opened(unit))) {}
+Unit::Unit(const Instance& unit) : Unit(UnitReader(detail::stateOf(unit)).read(detail::opened(unit))) {}
 Unit::Unit(std::string_view sign) : Unit(SignReader(sign).read()) {}
 
 double convert(double value, const Unit& from, const Unit& to) {
@@ -399,7 +399,7 @@ double convert(double value, const Unit& from, const Unit& to) {
     return to.fromSi(from.toSi(value));
 }
 
-std::string signOf(const Instance& unit) { return signOfUnit(*unit.state(), detail::opened(unit)); }
+std::string signOf(const Instance& unit) { return signOfUnit(detail::stateOf(unit), detail::opened(unit)); }
 
 Instance projectUnit(const Model& model, std::string_view measure) {
     ModelState& state = *model.wrap({}).state();
@@ -412,7 +412,7 @@ std::optional<Quantity> quantity(const Instance& instance, std::string_view attr
     const std::optional<double> number = value.get<double>();
     if (!number)
         return std::nullopt;
-    ModelState& state = *instance.state();
+    ModelState& state = detail::stateOf(instance);
     const VnIfcEntityBase& object = detail::opened(instance);
     const VnIfcEntityBase* unit = state.target(object, Name::Unit);
     if (!unit) {

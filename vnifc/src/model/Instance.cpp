@@ -211,7 +211,7 @@ AttributeRange::iterator& AttributeRange::iterator::operator++() noexcept {
 std::size_t AttributeRange::size() const noexcept { return static_cast<std::size_t>(m_last - m_first); }
 
 void visitValue(const Instance& instance, const Attribute& attribute, ValueVisitor& visitor) {
-    detail::ModelState& state = *instance.state();
+    detail::ModelState& state = detail::stateOf(instance);
     const VnIfcEntityBase& object = detail::opened(instance);
     const AttributeInfo& info = state.classOf(object)->attributes[attribute.position()];
     if (info.isDerived)

@@ -160,5 +160,10 @@ void ModelState::forEachTarget(const VN_SDAI::VnIfcEntityBase& instance, Name na
 
 /// The instance of a handle given by a user. Throws NotFound when there is none.
 VN_SDAI::VnIfcEntityBase& opened(const Instance& instance);
+/// The model that it is in; throws as opened.
+inline ModelState& stateOf(const Instance& instance) {
+    opened(instance);
+    return *instance.state();
+}
 
 } // namespace vnifc::detail

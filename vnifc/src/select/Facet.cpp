@@ -158,7 +158,7 @@ Instance unitOf(ModelState& state, const VnIfcEntityBase& instance, const Attrib
 
 template <class Visit>
 void Facet::Impl::forEachProperty(const Instance& instance, Visit visit) const {
-    ModelState& state = *instance.state();
+    ModelState& state = detail::stateOf(instance);
     VnIfcEntityBase& object = detail::opened(instance);
     detail::PropertyReader reader(state);
     std::vector<std::pair<std::string, std::string>> own;
@@ -247,7 +247,7 @@ void Facet::Impl::forEach(const Instance& instance, bool needsUnits, Visit visit
         return;
     case FacetKind::kAttribute: {
         const VnIfcEntityBase& object = detail::opened(instance);
-        ModelState& state = *instance.state();
+        ModelState& state = detail::stateOf(instance);
         const ClassInfo* info = state.classOf(object);
         const AttributeInfo* found = info ? info->findExplicit(attribute) : nullptr;
         if (!found) {
