@@ -2,7 +2,6 @@
 #include <VnIfcCore/VnDbObjectId.h>
 
 #include <algorithm>
-#include <ranges>
 #include <span>
 #include <utility>
 #include <vector>
@@ -35,7 +34,7 @@ public:
                 continue;
             if (numbers.second == 0)
                 numbers.first = first->number;
-            numbers.second = std::ranges::find_if(m_runs[i] | std::views::reverse, isMade)->number;
+            numbers.second = std::find_if(m_runs[i].rbegin(), m_runs[i].rend(), isMade)->number;
         }
         return numbers;
     }
