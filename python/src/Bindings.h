@@ -1,4 +1,5 @@
 #pragma once
+#include "Arrow.h"
 #include "Values.h"
 
 #include <vnifc/Change.h>
@@ -30,6 +31,10 @@ struct PyModel {
 std::vector<Instance> instancesFromPython(nb::handle object, const Holder* model = nullptr);
 
 void bindInstance(nb::module_& module);
+/// As a table.
+PyTable tableOf(const PyFindings& findings);
+
+void bindTables(nb::module_& module, nb::class_<PyModel>& model);
 void bindModel(nb::module_& module);
 void bindFindings(nb::module_& module);
 void bindDiff(nb::module_& module);

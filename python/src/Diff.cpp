@@ -74,6 +74,8 @@ void bindDiff(nb::module_& module) {
                  return self.differences[static_cast<std::size_t>(index < 0 ? index + size : index)];
              },
              nb::sig("def __getitem__(self, index: int, /) -> Difference"))
+        .def("__iter__", [](nb::handle self) { return nb::steal(PySeqIter_New(self.ptr())); },
+             nb::sig("def __iter__(self) -> collections.abc.Iterator[Difference]"))
         .def("__repr__", [](const PyDiff& self) {
             return "<vnifc.Diff, added " + std::to_string(self.result.added) + ", removed " +
                    std::to_string(self.result.removed) + ", changed " + std::to_string(self.result.changed) + '>';

@@ -50,6 +50,13 @@ void bindFindings(nb::module_& module) {
             nb::sig("def __getitem__(self, index: int, /) -> Finding"));
     all.def_ro("errors", &PyFindings::errors, "How many errors there were, kept or not.");
     all.def_ro("warnings", &PyFindings::warnings, "How many warnings there were, kept or not.");
+    all.def("__iter__", [](nb::handle self) { return nb::steal(PySeqIter_New(self.ptr())); },
+            nb::sig("def __iter__(self) -> collections.abc.Iterator[Finding]"));
+    all.def("__arrow_c_stream__", [](const PyFindings& self, nb::handle) { return arrowStream(tableOf(self)); },
+            nb::arg("requested_schema").none() = nb::none(),
+            nb::sig("def __arrow_c_stream__(self, requested_schema: object = None) -> object"),
+            "The Arrow PyCapsule interface.");
+    all.def("table", &tableOf, nb::sig("def table(self) -> Table"), "The findings as a table.");
     all.def("__repr__", [](const PyFindings& self) {
         return "<vnifc.Findings, " + std::to_string(self.findings.size()) + ": " + std::to_string(self.errors) +
                " errors, " + std::to_string(self.warnings) + " warnings>";

@@ -353,6 +353,7 @@ void bindModel(nb::module_& module) {
     nb::class_<PyModel> type(module, "Model", "The instances of a file, of whatever release that is.");
     bindReading(type);
     bindChanging(type);
+    bindTables(module, type);
     type.def("__repr__", &summary);
     type.def("_repr_html_", &html, nb::sig("def _repr_html_(self) -> str"));
     bindFunctions(module);
