@@ -141,9 +141,9 @@ struct ColumnTable {
 };
 
 /// A table of the instances of an entity and its subtypes: `id`, `entity`, and their attributes, or those `names` that
-/// are given: attributes and facets (Facet.h). A reference has a second column, NAME_entity, with the target's entity; a
-/// select that can hold values beside instances is text with a second column, NAME_type; literals are categories, lists
-/// are lists. Throws NotFound for an unknown entity and SelectorError for an unknown name.
+/// are given: attributes and facets (Facet.h). A reference has a second column, NAME_entity, with the target's entity;
+/// a select that can hold values beside instances is text with a second column, NAME_type; literals are categories,
+/// lists are lists. Throws NotFound for an unknown entity and SelectorError for an unknown name.
 VNIFC_LAYER_API ColumnTable entityColumns(const Model& model, std::string_view entity,
                                           std::span<const std::string> names = {});
 
@@ -153,9 +153,9 @@ struct PropertyColumnsOptions {
     bool quantities = false;            ///< quantities alone
 };
 
-/// A table of the properties and quantities that prevail for each object (Properties.h), a row each: `object`, `entity`,
-/// `global_id`, `set`, `name` (parts of complex ones with a dot), `value` in words, `number`, `type` of the value in
-/// upper case, `unit`, `si_value`, `from_type`. What has no way to SI has no `si_value`.
+/// A table of the properties and quantities that prevail for each object (Properties.h), a row each: `object`,
+/// `entity`, `global_id`, `set`, `name` (parts of complex ones with a dot), `value` in words, `number`, `type` of the
+/// value in upper case, `unit`, `si_value`, `from_type`. What has no way to SI has no `si_value`.
 VNIFC_LAYER_API ColumnTable propertyColumns(const Model& model, const PropertyColumnsOptions& options = {});
 
 /// A table of the relationships, a row for each related object: `relation`, `entity`, `relating`, `relating_entity`,

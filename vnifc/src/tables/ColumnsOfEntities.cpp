@@ -105,9 +105,7 @@ public:
 
 private:
     Column& top() noexcept { return *m_columns.back(); }
-    void words(std::string_view words) {
-        top().kind() == ColumnKind::kText ? top().text(words) : top().null();
-    }
+    void words(std::string_view words) { top().kind() == ColumnKind::kText ? top().text(words) : top().null(); }
     template <class T>
     void digits(T value) {
         char buffer[32];

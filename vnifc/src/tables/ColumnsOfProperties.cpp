@@ -82,18 +82,18 @@ class PropertyTable {
 public:
     PropertyTable(const Model& model, ModelState& state, const PropertyColumnsOptions& options)
         : m_model(model), m_state(state), m_options(options), m_reader(state) {
-        for (const auto& [name, kind] : std::initializer_list<std::pair<const char*, ColumnKind>>{
-                 {"object", ColumnKind::kId},
-                 {"entity", ColumnKind::kCategory},
-                 {"global_id", ColumnKind::kText},
-                 {"set", ColumnKind::kCategory},
-                 {"name", ColumnKind::kCategory},
-                 {"value", ColumnKind::kText},
-                 {"number", ColumnKind::kReal},
-                 {"type", ColumnKind::kCategory},
-                 {"unit", ColumnKind::kCategory},
-                 {"si_value", ColumnKind::kReal},
-                 {"from_type", ColumnKind::kBoolean}})
+        for (const auto& [name, kind] :
+             std::initializer_list<std::pair<const char*, ColumnKind>>{{"object", ColumnKind::kId},
+                                                                       {"entity", ColumnKind::kCategory},
+                                                                       {"global_id", ColumnKind::kText},
+                                                                       {"set", ColumnKind::kCategory},
+                                                                       {"name", ColumnKind::kCategory},
+                                                                       {"value", ColumnKind::kText},
+                                                                       {"number", ColumnKind::kReal},
+                                                                       {"type", ColumnKind::kCategory},
+                                                                       {"unit", ColumnKind::kCategory},
+                                                                       {"si_value", ColumnKind::kReal},
+                                                                       {"from_type", ColumnKind::kBoolean}})
             m_table.columns.emplace_back(name, kind);
     }
 
@@ -231,7 +231,7 @@ private:
         else if (!type.empty())
             known = &projectUnitOf(type);
         known && known->sign >= 0 ? at(kUnit).code(known->sign) : at(kUnit).null();
-        known && known->unit && number ? at(kSi).real(known->unit->toSi(*number)) : at(kSi).null();
+        known && known->unit&& number ? at(kSi).real(known->unit->toSi(*number)) : at(kSi).null();
     }
 
     const KnownUnit& unitOf(const VnIfcEntityBase& unit) {

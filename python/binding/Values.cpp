@@ -72,10 +72,18 @@ const Types& Types::get() {
     // Never taken apart: when it would be, the interpreter is gone.
     static const Types* const types = [] {
         const nb::module_ module = nb::module_::import_("vnifc._types");
-        return new Types{module.attr("Error"),     module.attr("ReadError"),        module.attr("WriteError"),
-                         module.attr("NotFound"),  module.attr("InstanceNotFound"), module.attr("AttributeError"),
-                         module.attr("BadValue"),  module.attr("SelectorError"),    module.attr("Closed"),
-                         module.attr("Literal"),   module.attr("Typed"),            module.attr("UNKNOWN")};
+        return new Types{module.attr("Error"),
+                         module.attr("ReadError"),
+                         module.attr("WriteError"),
+                         module.attr("NotFound"),
+                         module.attr("InstanceNotFound"),
+                         module.attr("AttributeError"),
+                         module.attr("BadValue"),
+                         module.attr("SelectorError"),
+                         module.attr("Closed"),
+                         module.attr("Literal"),
+                         module.attr("Typed"),
+                         module.attr("UNKNOWN")};
     }();
     return *types;
 }

@@ -26,8 +26,8 @@ struct PyModel {
     SharedModel shared;
 };
 
-/// The instances in an iterable of Python, or the one instance. Throws BadValue for one of another model when `model` is
-/// given.
+/// The instances in an iterable of Python, or the one instance. Throws BadValue for one of another model when `model`
+/// is given.
 std::vector<Instance> instancesFromPython(nb::handle object, const Holder* model = nullptr);
 
 void bindInstance(nb::module_& module);

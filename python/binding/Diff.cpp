@@ -31,10 +31,12 @@ PyDiff compare(PyModel& before, PyModel& after, double tolerance, std::vector<st
 nb::object maybe(std::uint64_t number) { return number == 0 ? nb::none() : nb::object(nb::int_(number)); }
 
 void bindDetails(nb::module_& module) {
-#define VNIFC_TEXT(TYPE, NAME, EXPRESSION, DOC)                                                                           \
-    def_prop_ro(NAME, [](const TYPE& self) { return textToPython(EXPRESSION); }, nb::sig("def " NAME "(self) -> str"), DOC)
+#define VNIFC_TEXT(TYPE, NAME, EXPRESSION, DOC)                                                                        \
+    def_prop_ro(                                                                                                       \
+        NAME, [](const TYPE& self) { return textToPython(EXPRESSION); }, nb::sig("def " NAME "(self) -> str"), DOC)
     nb::class_<DiffDetail>(module, "DiffDetail", "What of an object differs.")
-        .VNIFC_TEXT(DiffDetail, "aspect", nameOf(self.aspect), "``\"attribute\"``, ``\"property\"``, ``\"container\"`` ...")
+        .VNIFC_TEXT(DiffDetail, "aspect", nameOf(self.aspect),
+                    "``\"attribute\"``, ``\"property\"``, ``\"container\"`` ...")
         .VNIFC_TEXT(DiffDetail, "path", self.path, "``\"Name\"``, ``\"Pset_WallCommon.FireRating\"``.")
         .VNIFC_TEXT(DiffDetail, "before", self.before, "The value in words; empty where there is none.")
         .VNIFC_TEXT(DiffDetail, "after", self.after, "The value in words; empty where there is none.");
@@ -44,14 +46,16 @@ void bindDetails(nb::module_& module) {
         .VNIFC_TEXT(Difference, "global_id", self.globalId, "Empty for what has none.")
         .VNIFC_TEXT(Difference, "entity", self.entity, "The entity as declared.")
         .VNIFC_TEXT(Difference, "name", self.name, "The object's name.")
-        .def_prop_ro("old_id", [](const Difference& self) { return maybe(self.oldId); },
-                     nb::sig("def old_id(self) -> int | None"))
-        .def_prop_ro("new_id", [](const Difference& self) { return maybe(self.newId); },
-                     nb::sig("def new_id(self) -> int | None"))
+        .def_prop_ro(
+            "old_id", [](const Difference& self) { return maybe(self.oldId); },
+            nb::sig("def old_id(self) -> int | None"))
+        .def_prop_ro(
+            "new_id", [](const Difference& self) { return maybe(self.newId); },
+            nb::sig("def new_id(self) -> int | None"))
         .def_ro("details", &Difference::details)
         .VNIFC_TEXT(Difference, "__repr__",
-                    "<vnifc.Difference " + std::string(kKinds[static_cast<std::size_t>(self.kind)]) + ' ' + self.entity +
-                        ' ' + self.globalId + '>',
+                    "<vnifc.Difference " + std::string(kKinds[static_cast<std::size_t>(self.kind)]) + ' ' +
+                        self.entity + ' ' + self.globalId + '>',
                     "");
 #undef VNIFC_TEXT
 }
@@ -66,16 +70,18 @@ void bindDiff(nb::module_& module) {
         .def_prop_ro("changed", [](const PyDiff& self) { return self.result.changed; })
         .def_prop_ro("same", [](const PyDiff& self) { return self.result.same; })
         .def("__len__", [](const PyDiff& self) { return self.differences.size(); })
-        .def("__getitem__",
-             [](const PyDiff& self, std::ptrdiff_t index) {
-                 const auto size = static_cast<std::ptrdiff_t>(self.differences.size());
-                 if (index < -size || index >= size)
-                     throw nb::index_error("there are not as many differences");
-                 return self.differences[static_cast<std::size_t>(index < 0 ? index + size : index)];
-             },
-             nb::sig("def __getitem__(self, index: int, /) -> Difference"))
-        .def("__iter__", [](nb::handle self) { return nb::steal(PySeqIter_New(self.ptr())); },
-             nb::sig("def __iter__(self) -> collections.abc.Iterator[Difference]"))
+        .def(
+            "__getitem__",
+            [](const PyDiff& self, std::ptrdiff_t index) {
+                const auto size = static_cast<std::ptrdiff_t>(self.differences.size());
+                if (index < -size || index >= size)
+                    throw nb::index_error("there are not as many differences");
+                return self.differences[static_cast<std::size_t>(index < 0 ? index + size : index)];
+            },
+            nb::sig("def __getitem__(self, index: int, /) -> Difference"))
+        .def(
+            "__iter__", [](nb::handle self) { return nb::steal(PySeqIter_New(self.ptr())); },
+            nb::sig("def __iter__(self) -> collections.abc.Iterator[Difference]"))
         .def("__repr__", [](const PyDiff& self) {
             return "<vnifc.Diff, added " + std::to_string(self.result.added) + ", removed " +
                    std::to_string(self.result.removed) + ", changed " + std::to_string(self.result.changed) + '>';

@@ -186,7 +186,8 @@ nb::object html(PyModel& self) {
     std::string text = "<table><caption>" + std::string(model.release()) + ", " + std::to_string(model.size()) +
                        " instances</caption><tbody>";
     for (std::size_t i = 0; i < sorted.size() && i < kShownEntities; ++i)
-        text += "<tr><th>" + std::string(sorted[i].first) + "</th><td>" + std::to_string(sorted[i].second) + "</td></tr>";
+        text +=
+            "<tr><th>" + std::string(sorted[i].first) + "</th><td>" + std::to_string(sorted[i].second) + "</td></tr>";
     if (sorted.size() > kShownEntities)
         text += "<tr><th>" + std::to_string(sorted.size() - kShownEntities) + " more entities</th><td></td></tr>";
     return textToPython(text + "</tbody></table>");
@@ -199,16 +200,18 @@ struct Iterator {
 
 void bindInstances(nb::module_& module) {
     nb::class_<Iterator>(module, "InstanceIterator")
-        .def("__iter__", [](nb::handle self) { return nb::borrow(self); },
-             nb::sig("def __iter__(self) -> InstanceIterator"))
-        .def("__next__",
-             [](Iterator& self) {
-                 const auto& list = nb::cast<const PyInstances&>(self.list);
-                 if (self.next >= list.instances.size())
-                     throw nb::stop_iteration();
-                 return nb::cast(PyInstance{list.model, list.instances[self.next++]});
-             },
-             nb::sig("def __next__(self) -> Instance"));
+        .def(
+            "__iter__", [](nb::handle self) { return nb::borrow(self); },
+            nb::sig("def __iter__(self) -> InstanceIterator"))
+        .def(
+            "__next__",
+            [](Iterator& self) {
+                const auto& list = nb::cast<const PyInstances&>(self.list);
+                if (self.next >= list.instances.size())
+                    throw nb::stop_iteration();
+                return nb::cast(PyInstance{list.model, list.instances[self.next++]});
+            },
+            nb::sig("def __next__(self) -> Instance"));
     nb::class_<PyInstances>(module, "Instances",
                             "Instances in ascending order, as they were when they were looked for: a sequence.\n\n"
                             ">>> import vnifc\n"
@@ -219,42 +222,45 @@ void bindInstances(nb::module_& module) {
                             "(1, True)")
         .def("__len__", [](const PyInstances& self) { return self.instances.size(); })
         .def("__iter__", [](nb::handle self) { return Iterator{nb::borrow(self)}; })
-        .def("__getitem__",
-             [](const PyInstances& self, std::ptrdiff_t index) {
-                 const auto size = static_cast<std::ptrdiff_t>(self.instances.size());
-                 if (index < -size || index >= size)
-                     throw nb::index_error("there are not as many instances");
-                 const std::ptrdiff_t at = index < 0 ? index + size : index;
-                 return nb::cast(PyInstance{self.model, self.instances[static_cast<std::size_t>(at)]});
-             },
-             nb::sig("def __getitem__(self, index: int, /) -> Instance"))
-        .def("__getitem__",
-             [](const PyInstances& self, const nb::slice& slice) {
-                 const auto [start, stop, step, count] = slice.compute(self.instances.size());
-                 PyInstances part{self.model, {}};
-                 for (std::size_t i = 0; i < count; ++i)
-                     part.instances.push_back(self.instances[static_cast<std::size_t>(
-                         static_cast<std::ptrdiff_t>(start) + static_cast<std::ptrdiff_t>(i) * step)]);
-                 return part;
-             },
-             nb::sig("def __getitem__(self, part: slice, /) -> Instances"))
+        .def(
+            "__getitem__",
+            [](const PyInstances& self, std::ptrdiff_t index) {
+                const auto size = static_cast<std::ptrdiff_t>(self.instances.size());
+                if (index < -size || index >= size)
+                    throw nb::index_error("there are not as many instances");
+                const std::ptrdiff_t at = index < 0 ? index + size : index;
+                return nb::cast(PyInstance{self.model, self.instances[static_cast<std::size_t>(at)]});
+            },
+            nb::sig("def __getitem__(self, index: int, /) -> Instance"))
+        .def(
+            "__getitem__",
+            [](const PyInstances& self, const nb::slice& slice) {
+                const auto [start, stop, step, count] = slice.compute(self.instances.size());
+                PyInstances part{self.model, {}};
+                for (std::size_t i = 0; i < count; ++i)
+                    part.instances.push_back(self.instances[static_cast<std::size_t>(
+                        static_cast<std::ptrdiff_t>(start) + static_cast<std::ptrdiff_t>(i) * step)]);
+                return part;
+            },
+            nb::sig("def __getitem__(self, part: slice, /) -> Instances"))
         .def("__repr__", [](const PyInstances& self) {
             return "<vnifc.Instances, " + std::to_string(self.instances.size()) + '>';
         });
 }
 
 void bindFunctions(nb::module_& module) {
-    module.def("open", &openFile, nb::arg("path"), nb::kw_only(), nb::arg("release") = "", nb::arg("strict") = false,
-               nb::arg("places") = false, nb::arg("threads") = 0,
-               nb::sig("def open(path: str | os.PathLike[str], *, release: str = '', strict: bool = False, places: bool = "
-                       "False, threads: int = 0) -> Model"),
-               "Reads an exchange file into a model of the release that it names, or of `release`. What is wrong within the\n"
-               "file is a finding (`Model.findings`); a file that cannot be read raises ReadError.\n\n"
-               ">>> import vnifc\n"
-               ">>> vnifc.open(\"no such file.ifc\")\n"
-               "Traceback (most recent call last):\n"
-               "    ...\n"
-               "vnifc._types.ReadError: cannot read no such file.ifc: ...");
+    module.def(
+        "open", &openFile, nb::arg("path"), nb::kw_only(), nb::arg("release") = "", nb::arg("strict") = false,
+        nb::arg("places") = false, nb::arg("threads") = 0,
+        nb::sig("def open(path: str | os.PathLike[str], *, release: str = '', strict: bool = False, places: bool = "
+                "False, threads: int = 0) -> Model"),
+        "Reads an exchange file into a model of the release that it names, or of `release`. What is wrong within the\n"
+        "file is a finding (`Model.findings`); a file that cannot be read raises ReadError.\n\n"
+        ">>> import vnifc\n"
+        ">>> vnifc.open(\"no such file.ifc\")\n"
+        "Traceback (most recent call last):\n"
+        "    ...\n"
+        "vnifc._types.ReadError: cannot read no such file.ifc: ...");
     module.def("open_text", &openString, nb::arg("text"), nb::kw_only(), nb::arg("release") = "",
                nb::arg("strict") = false,
                nb::sig("def open_text(text: str | bytes, *, release: str = '', strict: bool = False) -> Model"),
@@ -262,11 +268,12 @@ void bindFunctions(nb::module_& module) {
                ">>> import vnifc\n"
                ">>> vnifc.open_text(vnifc.create(\"IFC4\").text()).release\n"
                "'IFC4'");
-    module.def("create", [](const std::string& release) { return shared(vnifc::create(release)); }, nb::arg("release"),
-               "A new model of a release, by its name in any case.\n\n"
-               ">>> import vnifc\n"
-               ">>> vnifc.create(\"IFC4X3_ADD2\")\n"
-               "<vnifc.Model IFC4X3_ADD2, 0 instances, 0 errors>");
+    module.def(
+        "create", [](const std::string& release) { return shared(vnifc::create(release)); }, nb::arg("release"),
+        "A new model of a release, by its name in any case.\n\n"
+        ">>> import vnifc\n"
+        ">>> vnifc.create(\"IFC4X3_ADD2\")\n"
+        "<vnifc.Model IFC4X3_ADD2, 0 instances, 0 errors>");
 }
 
 void bindReading(nb::class_<PyModel>& type) {
@@ -289,14 +296,17 @@ void bindReading(nb::class_<PyModel>& type) {
     type.def("get", &get, nb::arg("key"), nb::arg("default").none() = nb::none(),
              nb::sig("def get(self, key: int | str, default: typing.Any = None) -> typing.Any"),
              "As ``model[key]``, with a value in place of an exception.");
-    type.def("__contains__", [](PyModel& self, nb::handle key) { return static_cast<bool>(lookUp(self, key)); },
-             nb::sig("def __contains__(self, key: int | str, /) -> bool"));
+    type.def(
+        "__contains__", [](PyModel& self, nb::handle key) { return static_cast<bool>(lookUp(self, key)); },
+        nb::sig("def __contains__(self, key: int | str, /) -> bool"));
     type.def("__len__", [](PyModel& self) { return self.shared->use().size(); });
     type.def("__iter__", [](PyModel& self) { return Iterator{nb::cast(all(self))}; });
-    type.def_prop_ro("project", [](PyModel& self) { return toPython(self.shared, self.shared->use().project()); },
-                     nb::sig("def project(self) -> Instance | None"), "The project.");
-    type.def_prop_ro("release", [](PyModel& self) { return std::string(self.shared->use().release()); },
-                     "The release of the classes: ``\"IFC4\"``.");
+    type.def_prop_ro(
+        "project", [](PyModel& self) { return toPython(self.shared, self.shared->use().project()); },
+        nb::sig("def project(self) -> Instance | None"), "The project.");
+    type.def_prop_ro(
+        "release", [](PyModel& self) { return std::string(self.shared->use().release()); },
+        "The release of the classes: ``\"IFC4\"``.");
     type.def_prop_ro("findings", &findings, "What was noticed while reading, in the order of the file.");
     type.def("check", &check,
              "Looks for all that is wrong with the instances: types, bounds, uniqueness, inverse attributes.\n\n"
@@ -320,30 +330,36 @@ void bindChanging(nb::class_<PyModel>& type) {
     type.def("remove", &removeAll, nb::arg("objects"),
              nb::sig("def remove(self, objects: Instance | collections.abc.Iterable[Instance]) -> int"),
              "Takes objects out with all that only they used; returns how many instances went.");
-    type.def("set_property", &setProperties, nb::arg("objects"), nb::arg("path"), nb::arg("value").none(),
-             nb::sig("def set_property(self, objects: Instance | collections.abc.Iterable[Instance], path: str, value: "
-                     "typing.Any) -> int"),
-             "Gives objects a property by the names of set and property; returns how many say something else than before.");
+    type.def(
+        "set_property", &setProperties, nb::arg("objects"), nb::arg("path"), nb::arg("value").none(),
+        nb::sig("def set_property(self, objects: Instance | collections.abc.Iterable[Instance], path: str, value: "
+                "typing.Any) -> int"),
+        "Gives objects a property by the names of set and property; returns how many say something else than before.");
     type.def("assign_container", &assign<&assignContainer>, nb::arg("elements"), nb::arg("container").none(),
              nb::sig("def assign_container(self, elements: Instance | collections.abc.Iterable[Instance], container: "
                      "Instance | None) -> None"),
              "Puts elements into a spatial element, out of any other.");
-    type.def("assign_type", &assign<&assignType>, nb::arg("objects"), nb::arg("type").none(),
-             nb::sig("def assign_type(self, objects: Instance | collections.abc.Iterable[Instance], type: Instance | None) "
-                     "-> None"),
-             "Gives objects a type in place of any other.");
-    type.def("assign_material", &assign<&assignMaterial>, nb::arg("objects"), nb::arg("material").none(),
-             nb::sig("def assign_material(self, objects: Instance | collections.abc.Iterable[Instance], material: Instance "
-                     "| None) -> None"),
-             "Gives objects or types a material, list, set or usage in place of any other.");
+    type.def(
+        "assign_type", &assign<&assignType>, nb::arg("objects"), nb::arg("type").none(),
+        nb::sig("def assign_type(self, objects: Instance | collections.abc.Iterable[Instance], type: Instance | None) "
+                "-> None"),
+        "Gives objects a type in place of any other.");
+    type.def(
+        "assign_material", &assign<&assignMaterial>, nb::arg("objects"), nb::arg("material").none(),
+        nb::sig("def assign_material(self, objects: Instance | collections.abc.Iterable[Instance], material: Instance "
+                "| None) -> None"),
+        "Gives objects or types a material, list, set or usage in place of any other.");
     type.def("save", &save, nb::arg("path"), nb::sig("def save(self, path: str | os.PathLike[str]) -> None"),
              "Writes an exchange file: complete, or, when it raises WriteError, as it was before.");
     type.def("text", &text, nb::sig("def text(self) -> str"), "The exchange file as text.");
-    type.def("close", [](PyModel& self) { self.shared->close(); },
-             "Gives the memory back. What is done with the model or its instances afterwards raises Closed.");
-    type.def("__enter__", [](nb::handle self) { return nb::borrow(self); }, nb::sig("def __enter__(self) -> Model"));
-    type.def("__exit__", [](PyModel& self, const nb::args&) { self.shared->close(); },
-             nb::sig("def __exit__(self, *args: object) -> None"));
+    type.def(
+        "close", [](PyModel& self) { self.shared->close(); },
+        "Gives the memory back. What is done with the model or its instances afterwards raises Closed.");
+    type.def(
+        "__enter__", [](nb::handle self) { return nb::borrow(self); }, nb::sig("def __enter__(self) -> Model"));
+    type.def(
+        "__exit__", [](PyModel& self, const nb::args&) { self.shared->close(); },
+        nb::sig("def __exit__(self, *args: object) -> None"));
 }
 
 } // namespace

@@ -36,7 +36,8 @@ void Holder::close() {
 const AttributeKey& Holder::key(const Instance& instance, PyObject* name) {
     const VN_SDAI::VnIfcEntityBase* object = instance.core().openObject();
     const VN_SDAI::VnIfcEntityType* type = object->getInstanceType();
-    const auto mixed = (reinterpret_cast<std::uintptr_t>(type) >> 6) * 31 + (reinterpret_cast<std::uintptr_t>(name) >> 4);
+    const auto mixed =
+        (reinterpret_cast<std::uintptr_t>(type) >> 6) * 31 + (reinterpret_cast<std::uintptr_t>(name) >> 4);
     CachedKey& cached = m_keys[mixed % kCachedKeys];
     if (cached.name == name && cached.type == type) [[likely]]
         return cached.key;

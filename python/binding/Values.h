@@ -10,7 +10,8 @@ namespace vnifc::python {
 
 /// The classes of vnifc._types, looked up once.
 struct Types {
-    nb::object error, readError, writeError, notFound, instanceNotFound, attributeError, badValue, selectorError, closed;
+    nb::object error, readError, writeError, notFound, instanceNotFound, attributeError, badValue, selectorError,
+        closed;
     nb::object literal, typed, unknown;
 
     static const Types& get();
