@@ -144,8 +144,8 @@ def test_relations(house: vnifc.Model) -> None:
 
 def test_other_programs_take_tables(tmp_path: Path) -> None:
     table = with_everything().properties()
-    sums = duckdb.sql('select count(*), sum(si_value) from "table" where entity = \'IfcWall\'').fetchone()
-    assert sums is not None and sums[1] == pytest.approx(0.25 + 0.005 + 4.0)
+    sums = duckdb.sql('select count(*), sum(si_value) from "table" where entity = \'IfcWall\'').fetchall()[0]
+    assert sums[1] == pytest.approx(0.25 + 0.005 + 4.0)
     frame, other = table.to_pandas(), table.to_polars()
     assert len(frame) == other.height == len(table)
     assert isinstance(other, polars.DataFrame) and other["name"].to_list() == frame["name"].tolist()
