@@ -3,11 +3,13 @@
 from __future__ import annotations
 
 import pytest
+from conftest import RELEASES
 
 import vnifc
 
 
 def test_house_reads_the_same_in_every_release(house: vnifc.Model) -> None:
+    assert house.release in RELEASES and len(house) == 21
     (wall,) = house.by_type("IfcWall")
     assert wall == house[16] == house["0000000000000000000016"] == house.find("IfcWall")[0]
     assert (wall.id, wall.entity, wall.Name, wall["name"]) == (16, "IfcWall", "Straßenwand", "Straßenwand")

@@ -2,7 +2,9 @@
 
 from __future__ import annotations
 
+import os
 import shutil
+import sys
 from collections.abc import Iterator
 from pathlib import Path
 from typing import Any
@@ -23,6 +25,8 @@ pytestmark = pytest.mark.filterwarnings("default")
 def spark() -> Iterator[Any]:
     from vnifc.spark import VnifcDataSource
 
+    # Spark would take the python3 of the system, which has no such package.
+    os.environ["PYSPARK_PYTHON"] = sys.executable
     builder = pyspark_sql.SparkSession.builder.master("local[2]").config("spark.ui.enabled", "false")
     session = builder.config("spark.sql.shuffle.partitions", "2").getOrCreate()
     session.sparkContext.setLogLevel("OFF")

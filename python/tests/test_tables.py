@@ -130,6 +130,15 @@ def test_properties_say_what_instances_say() -> None:
     assert (quantity["name"], quantity["si_value"], quantity["unit"]) == ("Length", 4.0, "mm")
 
 
+def test_inverse_attributes_change_nothing(house: vnifc.Model) -> None:
+    for model in (house, with_everything()):
+        again = vnifc.open_text(model.text())
+        without = rows(again.properties())
+        # Asking for an inverse attribute sets them all.
+        assert again.project is not None and isinstance(again.project.IsDefinedBy, list)
+        assert rows(again.properties()) == without != []
+
+
 def test_relations(house: vnifc.Model) -> None:
     found = rows(house.relations())
     assert [(row["relation"], row["relating"], row["related"], row["related_entity"]) for row in found] == [

@@ -78,10 +78,46 @@ struct KnownUnit {
     std::optional<Unit> unit; ///< nothing for what has no way to SI
 };
 
+/// Which relations define which objects, found in one pass over the relations: a table needs no other inverse
+/// attributes, and to set all of them takes longer than to make the table.
+class DefiningRelations {
+public:
+    DefiningRelations(const Model& model, ModelState& state) : m_state(state), m_inverses{state} {
+        if (state.hasInverses)
+            return;
+        for (const Instance relation : model.instances("IfcRelDefines")) {
+            VnIfcEntityBase& object = *relation.core().openObject();
+            state.forEachTarget(object, Name::RelatedObjects,
+                                [&](VnIfcEntityBase& related) { m_relations.emplace_back(&related, &object); });
+        }
+        // Stable, since relations stand in inverse attributes by their numbers.
+        std::ranges::stable_sort(m_relations, std::less<>(), &Pair::first);
+    }
+
+    template <class Visit>
+    void operator()(const VnIfcEntityBase& object, Name name, Visit visit) const {
+        if (m_state.hasInverses)
+            return m_inverses(object, name, visit);
+        // Those to types come with the others, which is for the visitor to tell apart, as in IFC2X3.
+        if (name != Name::IsDefinedBy || !m_state.has(object, name))
+            return;
+        for (auto at = std::ranges::lower_bound(m_relations, &object, std::less<>(), &Pair::first);
+             at != m_relations.end() && at->first == &object; ++at)
+            visit(*at->second);
+    }
+
+private:
+    using Pair = std::pair<const VnIfcEntityBase*, VnIfcEntityBase*>;
+
+    ModelState& m_state;
+    detail::InverseRelations m_inverses;
+    std::vector<Pair> m_relations; ///< object and relation, by object
+};
+
 class PropertyTable {
 public:
     PropertyTable(const Model& model, ModelState& state, const PropertyColumnsOptions& options)
-        : m_model(model), m_state(state), m_options(options), m_reader(state) {
+        : m_model(model), m_state(state), m_options(options), m_reader(state), m_relations(model, state) {
         for (const auto& [name, kind] :
              std::initializer_list<std::pair<const char*, ColumnKind>>{{"object", ColumnKind::kId},
                                                                        {"entity", ColumnKind::kCategory},
@@ -118,7 +154,7 @@ private:
         m_entityCode = -1;
         m_own.clear();
         m_seen.clear();
-        detail::forEachSet(m_state, object, [&](VnIfcEntityBase& owner, VnIfcEntityBase& set) {
+        detail::forEachSet(m_state, object, m_relations, [&](VnIfcEntityBase& owner, VnIfcEntityBase& set) {
             if (std::ranges::find(m_seen, &set) != m_seen.end())
                 return;
             m_seen.push_back(&set);
@@ -265,6 +301,7 @@ private:
     ModelState& m_state;
     const PropertyColumnsOptions& m_options;
     detail::PropertyReader m_reader;
+    DefiningRelations m_relations;
     ColumnTable m_table;
     SimpleValue m_simple;
     std::string m_setName, m_name;
