@@ -78,8 +78,8 @@ bool VnIfcGUID::isValid() const noexcept {
 }
 
 VnIfcGUID VnIfcGUID::create() {
-    // On the heap: a library that is loaded late finds little room for what is thread-local, and the generator's state is
-    // large.
+    // On the heap: a library that is loaded late finds little room for what is thread-local, and the generator's state
+    // is large.
     thread_local const std::unique_ptr<std::mt19937_64> generator = [] {
         std::random_device device;
         std::seed_seq seed{device(), device(), device(), device(), device(), device(), device(), device()};
