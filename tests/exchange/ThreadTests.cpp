@@ -68,6 +68,9 @@ Seen see(std::string_view text, unsigned threads, std::size_t piece) {
     VnIfcCheck check(model, note);
     check.run(threads);
     seen.findings += std::to_string(check.errors()) + '/' + std::to_string(check.warnings()) + '\n';
+    VnIfcCheck counting(model, {});
+    counting.run(threads);
+    EXPECT_TRUE(counting.errors() == check.errors() && counting.warnings() == check.warnings());
     seen.inverses = inversesOf(model);
     seen.count = model.count();
     VnIfcWriteOptions writing;

@@ -8,11 +8,13 @@ namespace VN_SDAI {
 
 namespace {
 
-// Blocks are so large that most references stay within one. A round is so many of them that threads rarely wait for
-// each other, and so few that the lists stay small beside the model.
+// Blocks are so large that most references stay within one, and so small that there are some for each thread. A round
+// is so many of them that threads rarely wait for each other, and so few that the lists stay small beside the model.
 constexpr std::size_t kRound = 32;
 constexpr std::size_t kPartsPerThread = 8;
-constexpr std::size_t kBlock = 16000; // slots
+constexpr std::size_t kShares = 64;
+constexpr std::size_t kSmallestBlock = 1000; // slots
+constexpr std::size_t kLargestBlock = 16000;
 
 /// Enters what instances of a block refer to within that block, and lists the rest, which is entered when all blocks of
 /// a round are done, each target by one thread.
@@ -60,7 +62,7 @@ private:
 } // namespace
 
 void VnIfcModel::setInverseCounterParts(unsigned threads) {
-    const SlotRuns runs = m_data->runs(kBlock);
+    const SlotRuns runs = m_data->runs(std::clamp(m_data->slots.size() / kShares, kSmallestBlock, kLargestBlock));
     threads = threadsFor(threads, runs.blocks());
     if (m_data->inversesAreSet)
         shareWork(runs.blocks(), threads, {}, [&](unsigned, std::size_t i) {

@@ -159,7 +159,8 @@ struct PropertyColumnsOptions {
 VNIFC_LAYER_API ColumnTable propertyColumns(const Model& model, const PropertyColumnsOptions& options = {});
 
 /// A table of the relationships, a row for each related object: `relation`, `entity`, `relating`, `relating_entity`,
-/// `related`, `related_entity`. Only those of an entity when one is given.
+/// `related`, `related_entity`. Only those of an entity when one is given. Throws Error when relations with several
+/// instances at both ends come to more than ten million rows.
 VNIFC_LAYER_API ColumnTable relationColumns(const Model& model, std::string_view entity = {});
 
 /// A table of findings: `severity`, `code`, `line`, `column`, `instance`, `keyword`, `attribute`, `found`, `expected`.

@@ -1,6 +1,6 @@
 #include <vnifc/Columns.h>
 
-#include <VnIfcCore/VnIfcText.h>
+#include <VnRx/VrString.h>
 
 namespace vnifc {
 
@@ -20,36 +20,14 @@ bool isAscii(std::string_view text) noexcept {
     return (seen & 0x8080808080808080U) == 0;
 }
 
-/// The length of the character at the beginning, 0 when it is none (Unicode, table 3-7).
-std::size_t characterLength(std::string_view text) noexcept {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(i < text.size() ? text[i] : '\0'); };
-    const auto follows = [&](std::size_t i) { return (byte(i) & 0xC0) == 0x80; };
-    const unsigned first = byte(0);
-    if (first < 0x80)
-        return 1;
-    if (first >= 0xC2 && first < 0xE0)
-        return follows(1) ? 2 : 0;
-    if (first >= 0xE0 && first < 0xF0) {
-        const bool isShort = first == 0xE0 && byte(1) < 0xA0;
-        const bool isSurrogate = first == 0xED && byte(1) >= 0xA0;
-        return follows(1) && follows(2) && !isShort && !isSurrogate ? 3 : 0;
-    }
-    if (first >= 0xF0 && first < 0xF5) {
-        const bool isShort = first == 0xF0 && byte(1) < 0x90;
-        const bool isBeyond = first == 0xF4 && byte(1) >= 0x90;
-        return follows(1) && follows(2) && follows(3) && !isShort && !isBeyond ? 4 : 0;
-    }
-    return 0;
-}
-
 std::string_view validText(std::string_view text, std::string& buffer) {
     if (isAscii(text))
         return text;
     buffer.clear();
-    while (!text.empty()) {
-        const std::size_t length = characterLength(text);
-        buffer.append(length > 0 ? text.substr(0, length) : "\xEF\xBF\xBD");
-        text.remove_prefix(length > 0 ? length : 1);
+    const char* const end = text.data() + text.size();
+    for (const char* next = text.data(); next < end;) {
+        const char32_t character = VrString::readCharacter(next, end);
+        VrString::appendCharacter(buffer, character == VrString::kNoCharacter ? VrString::kReplacement : character);
     }
     return buffer;
 }

@@ -302,6 +302,9 @@ ColumnTable entityColumns(const Model& model, std::string_view entity, std::span
 
 namespace {
 
+/// A file can tell of more rows than fit into memory in two short lists.
+constexpr std::size_t kMostMultiplied = 10'000'000;
+
 /// The attributes of a relationship that tell who is related to whom. In some both ends are "Related...": the first one
 /// counts as relating then.
 struct Ends {
@@ -337,13 +340,26 @@ ColumnTable relationColumns(const Model& model, std::string_view entity) {
                                    ColumnKind::kCategory);
     }
     std::vector<Column>& columns = table.columns;
+    std::size_t multiplied = 0;
     for (const Instance relation : model.instances(entity.empty() ? "IfcRelationship" : entity)) {
         const VnIfcEntityBase& object = *relation.core().openObject();
         const ClassInfo* info = state.classOf(object);
         const Ends ends = info ? endsOf(*info) : Ends();
         if (!ends.relating || !ends.related)
             continue;
-        // Either end may have several.
+        // Either end may have several, each of which then has each of the others.
+        std::size_t numbers[] = {0, 0};
+        const auto countRelating = [&](const VN_SDAI::VnDbObjectId&) { ++numbers[0]; };
+        const auto countRelated = [&](const VN_SDAI::VnDbObjectId&) { ++numbers[1]; };
+        detail::forEachHandle(object, *ends.relating, countRelating);
+        detail::forEachHandle(object, *ends.related, countRelated);
+        if (numbers[0] > 1 && numbers[1] > 1)
+            multiplied += numbers[0] * numbers[1];
+        if (multiplied > kMostMultiplied)
+            throw Error("the table of relations ends at #" + std::to_string(relation.id()) + ", which relates " +
+                        std::to_string(numbers[0]) + " instances to " + std::to_string(numbers[1]) +
+                        ": expected at most " + std::to_string(kMostMultiplied) +
+                        " rows of relations with several instances at both ends");
         const auto each = [&](const VN_SDAI::VnDbObjectId& relating) {
             const auto put = [&](const VN_SDAI::VnDbObjectId& related) {
                 columns[0].id(relation.id());

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <map>
 
 namespace vnifc {
 
@@ -317,11 +318,7 @@ private:
     std::unordered_map<const detail::ClassInfo*, const detail::AttributeInfo*> m_values;
     std::unordered_map<const detail::AttributeInfo*, std::string> m_types;
     std::unordered_map<const VnIfcEntityBase*, KnownUnit> m_units;
-    struct Hash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view text) const noexcept { return std::hash<std::string_view>()(text); }
-    };
-    std::unordered_map<std::string, const KnownUnit*, Hash, std::equal_to<>> m_projectUnits;
+    std::map<std::string, const KnownUnit*, std::less<>> m_projectUnits;
 };
 
 } // namespace
