@@ -243,3 +243,18 @@ TEST(Threads, StringsThatShareATextChangeOnTheirOwn) {
                               "#2=IFCPROPERTYSINGLEVALUE('xxx',$,IFCLABEL('Same name'),$);\n"
                               "#3=IFCPROPERTYSINGLEVALUE('Same nam',$,$,$);\n");
 }
+
+TEST(Threads, OfRivalsTheSameOneStays) {
+    // Two relations for each opening, which holds only one: the next instance, and one far away on either side.
+    constexpr std::uint64_t kCount = 2'000;
+    std::string data;
+    const auto voids = [&](std::uint64_t number, std::uint64_t opening) {
+        data += '#' + std::to_string(number) + "=IFCRELVOIDSELEMENT('',$,$,$,$,#" + std::to_string(opening) + ");\n";
+    };
+    for (std::uint64_t i = 0; i < kCount; ++i) {
+        data += '#' + std::to_string(3 * i + 1) + "=IFCOPENINGELEMENT('',$,$,$,$,$,$,$,$);\n";
+        voids(3 * i + 2, 3 * i + 1);
+        voids(3 * i + 3, 3 * (kCount - 1 - i) + 1);
+    }
+    expectSame(fileOf(data), {5000});
+}
