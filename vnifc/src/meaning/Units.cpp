@@ -189,13 +189,6 @@ std::string kindOf(std::string_view measure) {
     return std::string(measure) + "UNIT";
 }
 
-std::string upperCase(std::string_view name) {
-    std::string upper(name);
-    for (char& c : upper)
-        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
-    return upper;
-}
-
 } // namespace
 
 /// Finds the way from the instance of a unit to SI units.
@@ -403,7 +396,7 @@ std::string signOf(const Instance& unit) { return signOfUnit(detail::stateOf(uni
 
 Instance projectUnit(const Model& model, std::string_view measure) {
     ModelState& state = *model.wrap({}).state();
-    VnIfcEntityBase* unit = state.units().find(upperCase(measure));
+    VnIfcEntityBase* unit = state.units().find(detail::upperCase(measure));
     return unit ? state.wrap(*unit) : Instance();
 }
 

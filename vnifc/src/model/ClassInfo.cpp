@@ -65,12 +65,16 @@ const VnIfcParameterType* innermost(const VnIfcParameterType* type) noexcept {
     return type;
 }
 
-std::string upperNameOf(const VnIfcParameterType* type) {
-    const auto* named = dynamic_cast<const VnIfcNameType*>(type);
-    std::string upper(named ? named->name().view() : std::string_view());
+std::string upperCase(std::string_view name) {
+    std::string upper(name);
     for (char& c : upper)
         c = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
     return upper;
+}
+
+std::string upperNameOf(const VnIfcParameterType* type) {
+    const auto* named = dynamic_cast<const VnIfcNameType*>(type);
+    return named ? upperCase(named->name().view()) : std::string();
 }
 
 ClassInfo::ClassInfo(const VnIfcEntityType& record) : type(record), rows(*record.entityClass()) {

@@ -5,6 +5,7 @@
 #include <VnIfcTyped/Entity.h>
 
 #include <array>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -44,6 +45,8 @@ struct ClassInfo {
 
 /// Comparison without regard to the case of ASCII letters.
 bool sameName(std::string_view left, std::string_view right) noexcept;
+/// The form of keywords; of ASCII letters only.
+std::string upperCase(std::string_view name);
 
 /// The type beneath names.
 const VN_SDAI::VnIfcParameterType* underlying(const VN_SDAI::VnIfcParameterType* type) noexcept;

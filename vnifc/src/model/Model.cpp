@@ -220,6 +220,19 @@ InstanceRange Model::instances(std::string_view entity, bool exact) const {
     return {std::move(strangers), m_state.get()};
 }
 
+bool Model::hasAttribute(std::string_view entity, std::string_view attribute) const {
+    const VnIfcEntityType* type = m_state->schema().entity(entity);
+    std::vector<const VnIfcEntityType*> pending(type ? 1 : 0, type);
+    while (!pending.empty()) {
+        const VnIfcEntityType* next = pending.back();
+        pending.pop_back();
+        if (m_state->classOf(*next).find(attribute))
+            return true;
+        pending.insert(pending.end(), next->subtypes().begin(), next->subtypes().end());
+    }
+    return false;
+}
+
 AttributeKey Model::key(std::string_view entity, std::string_view attribute) const {
     const VnIfcEntityType* type = m_state->schema().entity(entity);
     if (!type)
