@@ -99,12 +99,14 @@ ClassInfo::ClassInfo(const VnIfcEntityType& record) : type(record), rows(*record
     static constexpr std::string_view kUnitCarriers[] = {
         "IfcProject",         "IfcUnitAssignment",     "IfcNamedUnit",   "IfcDerivedUnit",
         "IfcMeasureWithUnit", "IfcDerivedUnitElement", "IfcMonetaryUnit"};
-    carriesUnits = std::ranges::any_of(kUnitCarriers, [&](std::string_view name) {
-        for (const EntityClass* each = &rows; each; each = each->supertype)
-            if (each->name == name)
-                return true;
-        return false;
-    });
+    carriesUnits = std::ranges::any_of(kUnitCarriers, [this](std::string_view name) { return is(name); });
+}
+
+bool ClassInfo::is(std::string_view entity) const noexcept {
+    for (const EntityClass* each = &rows; each; each = each->supertype)
+        if (each->name == entity)
+            return true;
+    return false;
 }
 
 const AttributeRow* ClassInfo::find(std::string_view name) const noexcept {

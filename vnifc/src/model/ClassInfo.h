@@ -31,6 +31,8 @@ struct ClassInfo {
     const AttributeInfo* findExplicit(std::string_view name) const noexcept;
     const AttributeInfo* infoOf(const VN_SDAI::typed::AttributeRow& row) const noexcept;
     const VN_SDAI::typed::AttributeRow* row(Name name) const noexcept { return named[static_cast<std::size_t>(name)]; }
+    /// True for the entity of that name, as declared, and its subtypes.
+    bool is(std::string_view entity) const noexcept;
     /// True when inverse attributes mirror that attribute.
     bool isMirrored(const VN_SDAI::typed::AttributeRow& row) const noexcept;
 

@@ -41,8 +41,10 @@ VnIfcFile checked(VnIfcFile file, const std::string& what) {
     return file;
 }
 
-/// The number in "#12" or "12"; false for anything else.
+/// The number in "#12" or "12"; false for anything else, also for a GlobalId of digits only.
 bool readNumber(std::string_view address, std::uint64_t& number) {
+    if (address.size() == VnIfcGUID::kLength)
+        return false;
     if (address.starts_with('#'))
         address.remove_prefix(1);
     const char* const end = address.data() + address.size();
