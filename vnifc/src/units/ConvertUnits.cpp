@@ -133,9 +133,8 @@ private:
     }
 
     static const Unsaid* unsaidOf(const ClassInfo& info, const AttributeInfo& attribute) {
-        const auto found = std::ranges::find_if(kUnsaid, [&](const Unsaid& each) {
-            return each.attribute == attribute.row->name && info.is(each.entity);
-        });
+        const auto found = std::ranges::find_if(
+            kUnsaid, [&](const Unsaid& each) { return each.attribute == attribute.row->name && info.is(each.entity); });
         return found == std::end(kUnsaid) ? nullptr : found;
     }
     static UnitChange unsaidChange(const UnitChange& length, const Unsaid& unsaid) {
@@ -215,7 +214,8 @@ private:
 
     /// Every number of an attribute.
     void convertAll(VnIfcEntityBase& instance, const AttributeInfo& attribute, const UnitChange& change) {
-        if (attribute.row->kind == AttributeKind::kReference && isAtOrigin(m_state.wrap(instance)[attribute.row->name].valueOr(Instance())))
+        if (attribute.row->kind == AttributeKind::kReference &&
+            isAtOrigin(m_state.wrap(instance)[attribute.row->name].valueOr(Instance())))
             return;
         if (!change.problem.empty())
             throw BadValue(placeOf(instance, attribute) + ": " + change.problem);

@@ -14,7 +14,8 @@ enum class ParameterKind : std::uint8_t {
     kUnknown
 };
 
-/// By what the instance is about: the parameter of a circle is an angle, that of a line or B-spline curve a mere number.
+/// By what the instance is about: the parameter of a circle is an angle, that of a line or B-spline curve a mere
+/// number.
 ParameterKind parameterKind(const Instance& instance, std::string_view attribute);
 /// True when the coordinates in the parameter space of the surface are lengths, as everywhere else.
 bool hasLengthsAsParameters(const Instance& surface);

@@ -41,8 +41,8 @@ UnitChange changeOf(const Instance& from, const Instance& to) {
 double UnitChange::apply(double value) const noexcept {
     const double exact = value * factor + offset;
     char digits[32];
-    const auto end = std::to_chars(digits, digits + sizeof digits, exact, std::chars_format::scientific,
-                                   kValueDigits - 1);
+    const auto end =
+        std::to_chars(digits, digits + sizeof digits, exact, std::chars_format::scientific, kValueDigits - 1);
     double rounded = exact;
     std::from_chars(digits, end.ptr, rounded);
     return rounded;
@@ -81,7 +81,8 @@ std::string kindOf(const Instance& unit) {
 std::map<std::string, Instance> unitsOf(const Instance& project) {
     std::map<std::string, Instance> units;
     const Instance assignment = project["UnitsInContext"].valueOr(Instance());
-    for (const Instance& unit : assignment ? assignment["Units"].valueOr(std::vector<Instance>()) : std::vector<Instance>())
+    for (const Instance& unit :
+         assignment ? assignment["Units"].valueOr(std::vector<Instance>()) : std::vector<Instance>())
         if (const std::string kind = unit ? kindOf(unit) : std::string(); !kind.empty() && kind != "USERDEFINED")
             units.emplace(kind, unit);
     return units;
