@@ -17,7 +17,8 @@ class VnIfcModel;
 /// instances.
 class VNIFC_API VnIfcCheck {
 public:
-    /// The model must outlive the check. Inverse attributes are looked at only if they were set.
+    /// The model must outlive the check. Inverse attributes are looked at only if they were set. Without a sink
+    /// findings are only counted.
     VnIfcCheck(const VnIfcModel& model, VnIfcDiagnosticSink sink, bool inverses = true);
     ~VnIfcCheck();
     VnIfcCheck(const VnIfcCheck&) = delete;
@@ -36,8 +37,8 @@ public:
     void report(VnIfcDiagnostic::Severity severity, const char* code, const VnIfcEntityBase& instance,
                 std::string_view attribute, std::string found, std::string expected);
     /// Reports an instance whose values under a UNIQUE rule (ISO 10303-11, 9.2.2.1) another one has already. `rule`
-    /// must be one object for all instances that it holds for.
-    void unique(const VnIfcEntityBase& instance, const void* rule, std::string_view attributes, std::string values);
+    /// must be one object for all instances that it holds for; VnIfcEntityBase::uniqueValues gives their values.
+    void unique(const VnIfcEntityBase& instance, const void* rule);
     /// True when text that was kept as it came refers to the instance: it is not known by which attribute.
     bool isNamedInText(const VnIfcEntityBase& instance);
     /// Reports faults of a text in the form of an exchange file (ISO 10303-21, 6.4.3).
@@ -49,16 +50,20 @@ private:
     class Run;
 
     VnIfcCheck(const VnIfcCheck& whole, Part& part);
-    void emit(VnIfcDiagnostic diagnostic);
-    void reportEqual(const VnIfcEntityBase& instance, std::string_view attributes, std::uint64_t first);
+    void emit(VnIfcDiagnostic& diagnostic);
+    VnIfcDiagnostic finding(VnIfcDiagnostic::Severity severity, const char* code, const VnIfcEntityBase& instance,
+                            std::string_view attribute, std::string found, std::string expected) const;
+    VnIfcDiagnostic equalValues(const VnIfcEntityBase& instance, const void* rule, const VnIfcEntityBase& first) const;
 
     const VnIfcModel& m_model;
     VnIfcDiagnosticSink m_sink;
+    bool m_takesFindings; // false: they are only counted
     bool m_inverses;
     std::uint64_t m_errors = 0;
     std::uint64_t m_warnings = 0;
     std::shared_ptr<Seen> m_seen;
     Part* m_part = nullptr; // what is found goes there, until its turn has come
+    std::string m_values;   // of the instance at hand under a UNIQUE rule
 };
 
 } // namespace VN_SDAI

@@ -75,10 +75,15 @@ public:
     virtual const VnIfcGUID* globalId() const noexcept;
     /// Reports what is wrong with the instance's values. Instances of one model are checked on several threads at once.
     virtual void check(VnIfcCheck& check) const;
-    /// Adds to the list what setInverseCounterParts would enter; a model asks for it when several threads set inverse
-    /// attributes. False when the instance can only enter it itself.
+    /// Appends the values that a UNIQUE rule of the class compares; false when one of them is unset, for then the rule
+    /// does not hold for the instance.
+    virtual bool uniqueValues(const void* rule, std::string& values) const;
+    /// The names of the attributes of such a rule, with commas between them.
+    virtual std::string uniqueAttributes(const void* rule) const;
+    /// Enters what setInverseCounterParts would enter into targets that the list owns, and lists the rest; a model asks
+    /// for it when several threads set inverse attributes. False when the instance can only enter everything itself.
     virtual bool listInverseCounterParts(VnIfcInverseList& list) const;
-    /// Enters an entry of such a list of which this instance is the target.
+    /// Enters an entry of such a list of which this instance is the target. The order of entries does not matter.
     virtual void enterInverse(const void* inverse, const VnDbObjectId& referrer);
 
     /// The instance's own handle; null outside of a model.

@@ -5,8 +5,8 @@
 
 namespace VN_SDAI {
 
-/// What instances are to enter into inverse attributes of others, in parts that several threads enter at once: one
-/// target is in one part only, and in each part entries are in the order in which they were added.
+/// What instances are to enter into inverse attributes of others that another thread may be changing, in parts that
+/// several threads enter at once: one target is in one part only.
 class VnIfcInverseList {
 public:
     struct Entry {
@@ -17,20 +17,28 @@ public:
 
     explicit VnIfcInverseList(std::size_t parts) : m_parts(parts) {}
 
+    /// True for targets that no other thread changes meanwhile: they need not be listed.
+    bool owns(const VnDbObjectId& target) const noexcept {
+        return target.number() >= m_first && target.number() <= m_last;
+    }
     void add(const VnDbObjectId& target, VnIfcEntityBase& instance, const void* inverse, const VnDbObjectId& referrer) {
         // Targets that lie near each other are in one part, so that threads keep out of each other's way.
         const auto page = reinterpret_cast<std::uintptr_t>(target.slot()) / VnIfcSlotPages::kPageSize;
         m_parts[page % m_parts.size()].push_back({&instance, inverse, referrer});
     }
     const std::vector<Entry>& part(std::size_t index) const noexcept { return m_parts[index]; }
-    /// Keeps its memory.
-    void clear() noexcept {
+    /// Empties the list, which keeps its memory, and makes it own the targets with those numbers.
+    void restart(std::uint64_t first, std::uint64_t last) noexcept {
+        m_first = first;
+        m_last = last;
         for (std::vector<Entry>& part : m_parts)
             part.clear();
     }
 
 private:
     std::vector<std::vector<Entry>> m_parts;
+    std::uint64_t m_first = 0;
+    std::uint64_t m_last = 0;
 };
 
 } // namespace VN_SDAI

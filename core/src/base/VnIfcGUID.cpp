@@ -1,5 +1,6 @@
 #include <VnIfcCore/VnIfcGUID.h>
 
+#include <memory>
 #include <random>
 
 namespace VN_SDAI {
@@ -77,14 +78,16 @@ bool VnIfcGUID::isValid() const noexcept {
 }
 
 VnIfcGUID VnIfcGUID::create() {
-    thread_local std::mt19937_64 generator = [] {
+    // On the heap: a library that is loaded late finds little room for what is thread-local, and the generator's state
+    // is large.
+    thread_local const std::unique_ptr<std::mt19937_64> generator = [] {
         std::random_device device;
         std::seed_seq seed{device(), device(), device(), device(), device(), device(), device(), device()};
-        return std::mt19937_64(seed);
+        return std::make_unique<std::mt19937_64>(seed);
     }();
     Bytes bytes;
     for (std::size_t i = 0; i < bytes.size(); i += 8) {
-        const std::uint64_t value = generator();
+        const std::uint64_t value = (*generator)();
         std::memcpy(bytes.data() + i, &value, 8);
     }
     bytes[6] = static_cast<std::uint8_t>((bytes[6] & 0x0F) | 0x40);

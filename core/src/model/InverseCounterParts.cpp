@@ -8,15 +8,14 @@ namespace VN_SDAI {
 
 namespace {
 
-// Blocks whose entries are listed before they are entered: so many that threads rarely wait for each other, so few that
-// the lists stay small beside the model.
-constexpr std::size_t kRound = 256;
+// Blocks are so large that most references stay within one. A round is so many of them that threads rarely wait for
+// each other, and so few that the lists stay small beside the model.
+constexpr std::size_t kRound = 32;
 constexpr std::size_t kPartsPerThread = 8;
-constexpr std::size_t kBlock = 1000; // slots
+constexpr std::size_t kBlock = 16000; // slots
 
-/// Lists what instances are to enter, block by block, and then enters it, target by target in the order of the lists.
-/// Each target's attributes thus get the same entries in the same order as if one instance after another entered its
-/// own.
+/// Enters what instances of a block refer to within that block, and lists the rest, which is entered when all blocks of
+/// a round are done, each target by one thread.
 class InverseCounterParts {
 public:
     InverseCounterParts(const SlotRuns& runs, unsigned threads)
@@ -31,7 +30,8 @@ public:
 private:
     void setRound(std::size_t first, std::size_t count) {
         shareWork(count, m_threads, {}, [&](unsigned, std::size_t i) {
-            m_lists[i].clear();
+            const auto [smallest, largest] = m_runs.numbers(first + i);
+            m_lists[i].restart(smallest, largest);
             m_others[i].clear();
             m_runs.forEach(first + i, [&](const VnIfcInstanceSlot& slot) {
                 if (!slot.object()->listInverseCounterParts(m_lists[i]))

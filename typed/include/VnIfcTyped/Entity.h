@@ -134,6 +134,8 @@ public:
     bool settleSelects() override;
     const VnIfcGUID* globalId() const noexcept override;
     void check(VnIfcCheck& check) const override;
+    bool uniqueValues(const void* rule, std::string& values) const override;
+    std::string uniqueAttributes(const void* rule) const override;
 
     /// To be told after a member was changed through its row, so that a text kept from the file gives way to it.
     void fieldChanged(unsigned position) noexcept { touched(position); }

@@ -78,7 +78,7 @@ public:
                 attribute(*type.fields[i]); // the reader said already what is wrong there
         for (const EntityClass* each = &type; each; each = each->supertype) {
             for (const UniqueRule& rule : each->uniques)
-                unique(rule);
+                m_check.unique(m_instance, &rule);
             if (!m_check.checksInverses())
                 continue;
             for (const InverseRow& row : each->inverses)
@@ -228,25 +228,6 @@ private:
         report(row, "bounds", std::to_string(count) + " elements", std::string(text.substr(0, close + 1)));
     }
 
-    void unique(const UniqueRule& rule) {
-        std::string values, names;
-        for (const AttributeRow* row : rule.attributes) {
-            if (!isSet(m_instance, *row))
-                return; // unset values are never equal
-            if (row->kind == AttributeKind::kGuid)
-                values += member<VnIfcGUID>(m_instance, *row).view();
-            else if (row->kind == AttributeKind::kString)
-                values += member<VnAnsiString>(m_instance, *row).view();
-            else if (row->kind == AttributeKind::kReference)
-                values += nameOf(member<VnDbObjectId>(m_instance, *row));
-            else
-                return;
-            values += '\0';
-            names += names.empty() ? row->name : std::string(",") + row->name;
-        }
-        m_check.unique(m_instance, &rule, names, std::move(values));
-    }
-
     static bool isSingle(const InverseRow& row) noexcept { return row.attribute.kind == AttributeKind::kReference; }
 
     void inverse(const InverseRow& row) {
@@ -291,5 +272,29 @@ private:
 } // namespace
 
 void Entity::check(VnIfcCheck& check) const { InstanceCheck(*this, check).run(); }
+
+bool Entity::uniqueValues(const void* rule, std::string& values) const {
+    for (const AttributeRow* row : static_cast<const UniqueRule*>(rule)->attributes) {
+        if (!isSet(*this, *row))
+            return false; // unset values are never equal
+        if (row->kind == AttributeKind::kGuid)
+            values += member<VnIfcGUID>(*this, *row).view();
+        else if (row->kind == AttributeKind::kString)
+            values += member<VnAnsiString>(*this, *row).view();
+        else if (row->kind == AttributeKind::kReference)
+            values += nameOf(member<VnDbObjectId>(*this, *row));
+        else
+            return false;
+        values += '\0';
+    }
+    return true;
+}
+
+std::string Entity::uniqueAttributes(const void* rule) const {
+    std::string names;
+    for (const AttributeRow* row : static_cast<const UniqueRule*>(rule)->attributes)
+        names += names.empty() ? row->name : std::string(",") + row->name;
+    return names;
+}
 
 } // namespace VN_SDAI::typed

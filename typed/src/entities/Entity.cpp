@@ -105,13 +105,22 @@ void Entity::setInverseCounterParts() {
 
 bool Entity::listInverseCounterParts(VnIfcInverseList& list) const {
     forEachCounterPart(*this, entityClass(), [&](Entity& target, const InverseRow& inverse) {
-        list.add(target.objectId(), target, &inverse.attribute, objectId());
+        if (list.owns(target.objectId()))
+            target.enterInverse(&inverse.attribute, objectId());
+        else
+            list.add(target.objectId(), target, &inverse.attribute, objectId());
     });
     return true;
 }
 
 void Entity::enterInverse(const void* inverse, const VnDbObjectId& referrer) {
-    enter(*this, *static_cast<const AttributeRow*>(inverse), referrer);
+    const AttributeRow& row = *static_cast<const AttributeRow*>(inverse);
+    // Of rivals the one with the largest number stays, as if they had entered in ascending order.
+    if (row.kind == AttributeKind::kReference && referrer < member<VnDbObjectId>(*this, row)) {
+        owningModel()->data().hasRivals = true;
+        return;
+    }
+    enter(*this, row, referrer);
 }
 
 void Entity::resetInverseCounterParts() {}

@@ -102,6 +102,9 @@ public:
     /// changed().
     VN_SDAI::VnIfcModel& core() noexcept;
     const VN_SDAI::VnIfcModel& core() const noexcept;
+    /// Sets the inverse attributes of all instances, unless they are set. Whoever asks for one through the layer has
+    /// them without this; a check through the core takes them as they are.
+    void needInverses();
     /// Drops what was derived from the instances: who refers to whom, inverse attributes, lists by entity.
     void changed() noexcept;
     /// The instance of a handle of the core's model.

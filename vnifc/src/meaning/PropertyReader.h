@@ -7,12 +7,33 @@
 
 namespace vnifc::detail {
 
+/// The relations of an object, as its inverse attributes have them.
+struct InverseRelations {
+    ModelState& state;
+
+    template <class Visit>
+    void operator()(const VN_SDAI::VnIfcEntityBase& object, Name name, Visit visit) const {
+        state.needInverses();
+        state.forEachTarget(object, name, visit);
+    }
+};
+
 /// Calls `visit(owner, set)` for each set of an object, then for those of its type; what is no set is left out.
+/// `relations(object, name, visit)` calls `visit(relation)` for each relation that an inverse attribute of the object
+/// has.
+template <class Relations, class Visit>
+void forEachSet(ModelState& state, VN_SDAI::VnIfcEntityBase& object, const Relations& relations, Visit visit);
 template <class Visit>
-void forEachSet(ModelState& state, VN_SDAI::VnIfcEntityBase& object, Visit visit);
+void forEachSet(ModelState& state, VN_SDAI::VnIfcEntityBase& object, Visit visit) {
+    forEachSet(state, object, InverseRelations{state}, visit);
+}
 /// Calls `visit(VnIfcEntityBase& type)` for the types of an object; in real files there is one.
+template <class Relations, class Visit>
+void forEachType(ModelState& state, const VN_SDAI::VnIfcEntityBase& object, const Relations& relations, Visit visit);
 template <class Visit>
-void forEachType(ModelState& state, const VN_SDAI::VnIfcEntityBase& object, Visit visit);
+void forEachType(ModelState& state, const VN_SDAI::VnIfcEntityBase& object, Visit visit) {
+    forEachType(state, object, InverseRelations{state}, visit);
+}
 /// Calls `visit(VnIfcEntityBase&)` for the members of a set, or of a property that gathers others.
 template <class Visit>
 void forEachMember(ModelState& state, const VN_SDAI::VnIfcEntityBase& owner, Visit visit);
@@ -58,23 +79,22 @@ void forEachMember(ModelState& state, const VN_SDAI::VnIfcEntityBase& owner, Vis
         state.forEachTarget(owner, name, visit);
 }
 
-template <class Visit>
-void forEachType(ModelState& state, const VN_SDAI::VnIfcEntityBase& object, Visit visit) {
+template <class Relations, class Visit>
+void forEachType(ModelState& state, const VN_SDAI::VnIfcEntityBase& object, const Relations& relations, Visit visit) {
     // In IFC2X3 the relation to the type stands among those to property sets.
     for (const Name name : {Name::IsTypedBy, Name::IsDefinedBy})
-        state.forEachTarget(object, name, [&](VN_SDAI::VnIfcEntityBase& relation) {
+        relations(object, name, [&](VN_SDAI::VnIfcEntityBase& relation) {
             if (state.is(relation, Entity::IfcRelDefinesByType))
                 state.forEachTarget(relation, Name::RelatingType, visit);
         });
 }
 
-template <class Visit>
-void forEachSet(ModelState& state, VN_SDAI::VnIfcEntityBase& object, Visit visit) {
-    state.needInverses();
+template <class Relations, class Visit>
+void forEachSet(ModelState& state, VN_SDAI::VnIfcEntityBase& object, const Relations& relations, Visit visit) {
     const auto own = [&](VN_SDAI::VnIfcEntityBase& set) { visit(object, set); };
     if (state.is(object, Entity::IfcPropertySetDefinition) || state.is(object, Entity::IfcExtendedProperties))
         own(object);
-    state.forEachTarget(object, Name::IsDefinedBy, [&](VN_SDAI::VnIfcEntityBase& relation) {
+    relations(object, Name::IsDefinedBy, [&](VN_SDAI::VnIfcEntityBase& relation) {
         state.forEachTarget(relation, Name::RelatingPropertyDefinition, own);
     });
     state.forEachTarget(object, Name::HasPropertySets, own);
@@ -88,7 +108,7 @@ void forEachSet(ModelState& state, VN_SDAI::VnIfcEntityBase& object, Visit visit
             if (state.is(set, Entity::IfcMaterialProperties) || state.is(set, Entity::IfcProfileProperties))
                 own(set);
         }
-    forEachType(state, object, [&](VN_SDAI::VnIfcEntityBase& type) {
+    forEachType(state, object, relations, [&](VN_SDAI::VnIfcEntityBase& type) {
         state.forEachTarget(type, Name::HasPropertySets, [&](VN_SDAI::VnIfcEntityBase& set) { visit(type, set); });
     });
 }

@@ -259,6 +259,8 @@ AttributeKey Model::key(std::string_view entity, std::string_view attribute) con
 VnIfcModel& Model::core() noexcept { return m_state->model(); }
 const VnIfcModel& Model::core() const noexcept { return m_state->model(); }
 
+void Model::needInverses() { m_state->needInverses(); }
+
 void Model::changed() noexcept { m_state->dropAll(); }
 
 } // namespace vnifc

@@ -1,0 +1,11 @@
+#include "Bindings.h"
+
+NB_MODULE(_core, module) {
+    using namespace vnifc::python;
+    module.doc() = "The binding of the C++ library vnifc.";
+    bindErrors(module);
+    bindFindings(module);
+    bindInstance(module);
+    bindModel(module);
+    bindDiff(module);
+}

@@ -1,0 +1,196 @@
+"""Reading, writing, changing, checking and comparing models; threads and memory."""
+
+from __future__ import annotations
+
+import doctest
+import gc
+import subprocess
+import sys
+import threading
+from pathlib import Path
+
+import pytest
+from conftest import house_text
+
+import vnifc
+
+
+def test_saved_and_read_again(house: vnifc.Model, tmp_path: Path) -> None:
+    path = tmp_path / "Maß.ifc"
+    house.set_property(house.by_type("IfcDoor"), "Pset_DoorCommon.FireRating", "EI30")
+    house.save(path)
+    again = vnifc.open(str(path))
+    assert again.release == house.release and len(again) == len(house)
+    (difference,) = vnifc.diff(vnifc.open_text(house_text(house.release)), again)
+    (detail,) = difference.details
+    assert (difference.kind, difference.entity, difference.new_id) == ("changed", "IfcDoor", 17)
+    assert (detail.path, detail.before, detail.after) == ("Pset_DoorCommon.FireRating", "", "EI30")
+
+
+def test_files_that_cannot_be(tmp_path: Path, model: vnifc.Model) -> None:
+    for path in (tmp_path / "none.ifc", tmp_path):
+        with pytest.raises(vnifc.ReadError, match=path.name):
+            vnifc.open(path)
+    with pytest.raises(vnifc.WriteError):
+        model.save(tmp_path / "none" / "a.ifc")
+    with pytest.raises(vnifc.ReadError, match="IFC9"):
+        vnifc.create("IFC9")
+    with pytest.raises(vnifc.ReadError):
+        vnifc.open_text(b"\x00\xff not a file")
+
+
+def test_keys(house: vnifc.Model) -> None:
+    for key in (0, -1, 99, 2**80, "99", "no GlobalId", ""):
+        assert key not in house and house.get(key) is None
+        with pytest.raises(KeyError):
+            house[key]
+    with pytest.raises(TypeError):
+        house[1.5]  # type: ignore[index]
+    assert house.get(16).Name == "Straßenwand" and "#16" in house
+    assert [each.id for each in house] == list(range(1, 22))
+    everything = house.by_type("IfcRoot")
+    assert everything[-1] == everything[len(everything) - 1] and everything[::-1][0] == everything[-1]
+    with pytest.raises(IndexError):
+        everything[99]
+    assert len(house.by_type("IfcElement")) == 2 and len(house.by_type("IfcElement", exact=True)) == 0
+    with pytest.raises(vnifc.NotFound):
+        house.by_type("IfcNothing")
+
+
+def test_selector_faults_have_a_column(house: vnifc.Model) -> None:
+    with pytest.raises(vnifc.SelectorError, match="expected") as raised:
+        house.find("IfcWall, Name=")
+    assert raised.value.column == 15
+
+
+def test_findings_are_a_sequence_and_a_table() -> None:
+    text = house_text("IFC4").replace("IFCDOOR(", "IFCDOR(").replace("'House'", "3.5")
+    model = vnifc.open_text(text)
+    codes = [each.code for each in model.findings]
+    assert "unknown-keyword" in codes and len(model.findings) == len(codes) > 1
+    finding = next(each for each in model.findings if each.code == "unknown-keyword")
+    assert finding.instance == 17 and finding.line == 24 and finding.severity in ("warning", "error")
+    assert "IFCDOR" in str(finding)
+    rows = model.findings.table().to_arrow().to_pylist()
+    assert [row["code"] for row in rows] == codes and rows[0]["line"] == model.findings[0].line
+    model.create("IfcRelDefinesByType")
+    missing = [each.attribute for each in model.check() if each.keyword == "IFCRELDEFINESBYTYPE"]
+    assert missing == ["RelatedObjects", "RelatingType"]
+
+
+def test_changes_of_meaning(house: vnifc.Model) -> None:
+    wall, door, storey = house[16], house[17], house[13]
+    house.assign_container([wall], None)
+    assert wall.container is None and door.container == storey
+    house.assign_container(wall, storey)
+    assert wall.container == storey
+    assert house.remove(door) > 0 and 17 not in house
+    assert wall.set_property("Pset_WallCommon.FireRating", None) and wall.psets["Pset_WallCommon"]["FireRating"] is None
+
+
+def test_threads_read_one_model_while_others_change_and_save_it(tmp_path: Path) -> None:
+    model = vnifc.create("IFC4")
+    walls = [model.create("IfcWall", Name=f"W{i}") for i in range(300)]
+    for wall in walls:
+        wall.set_property("Pset_WallCommon.FireRating", "EI60")
+    failures: list[BaseException] = []
+
+    def repeat(work: object) -> None:
+        try:
+            for i in range(20):
+                work(i)  # type: ignore[operator]
+        except BaseException as error:  # noqa: BLE001
+            failures.append(error)
+
+    def read(_: int) -> None:
+        assert all(each.psets["Pset_WallCommon"]["FireRating"] for each in walls)
+
+    works = [
+        read,
+        lambda i: model.save(tmp_path / f"{i}.ifc"),
+        lambda _: len(model.properties()),
+        lambda _: model.check(),
+        lambda _: vnifc.diff(model, model),
+        lambda i: model.set_property(walls, "Pset_WallCommon.FireRating", f"EI{i}"),
+        lambda i: model.erase(model.create("IfcSlab", Name=str(i))),
+    ]
+    threads = [threading.Thread(target=repeat, args=(work,)) for work in works]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    assert failures == []
+    assert len(vnifc.open(tmp_path / "19.ifc").by_type("IfcWall")) == 300
+
+
+def test_other_threads_run_while_a_file_is_read(tmp_path: Path) -> None:
+    model = vnifc.create("IFC4")
+    for i in range(20000):
+        model.create("IfcCartesianPoint", Coordinates=(i, 0, 0))
+    path = tmp_path / "points.ifc"
+    model.save(path)
+    started = threading.Event()
+    reader = threading.Thread(target=lambda: (started.set(), [vnifc.open(path, threads=1) for _ in range(10)]))
+    reader.start()
+    started.wait()
+    turns = 0
+    while reader.is_alive():
+        turns += 1
+    assert turns > 1000
+
+
+def test_memory_stays_flat_over_a_thousand_models() -> None:
+    text = house_text("IFC4X3_ADD2")
+
+    def resident() -> int:
+        gc.collect()
+        return int(Path("/proc/self/statm").read_text().split()[1])
+
+    def use() -> None:
+        model = vnifc.open_text(text)
+        names = [each.to_string() for each in model]
+        model.properties().to_arrow()
+        assert len(names) == 21 and model[16].psets
+
+    # One model stays, so that the release's dictionary is not made anew each time.
+    kept = vnifc.create("IFC4X3_ADD2")
+    for _ in range(200):
+        use()
+    before = resident()
+    for _ in range(1000):
+        use()
+    page = 4096
+    assert (resident() - before) * page < 4_000_000
+    assert len(kept) == 0
+
+
+def test_the_tool_comes_along(house: vnifc.Model, tmp_path: Path) -> None:
+    house.save(tmp_path / "house.ifc")
+    tool = [sys.executable, "-m", "vnifc"]
+    shown = subprocess.run([*tool, "show", "house.ifc", "#16"], cwd=tmp_path, capture_output=True, text=True)
+    assert shown.returncode == 0 and "Straßenwand" in shown.stdout
+    assert subprocess.run([*tool, "nonsense"], capture_output=True).returncode == 2
+
+
+def documented() -> list[tuple[str, str]]:
+    found = [("vnifc", vnifc.__doc__ or "")]
+    for name in vnifc.__all__:
+        each = getattr(vnifc, name)
+        found.append((name, each.__doc__ or ""))
+        if isinstance(each, type) and each.__module__.startswith("vnifc"):
+            found += [(f"{name}.{key}", getattr(value, "__doc__", "") or "") for key, value in vars(each).items()]
+    return [(name, text) for name, text in found if ">>>" in text]
+
+
+@pytest.mark.parametrize(("name", "text"), documented(), ids=[name for name, _ in documented()])
+def test_docstrings(name: str, text: str) -> None:
+    names = {"vnifc": vnifc, "Literal": vnifc.Literal, "Typed": vnifc.Typed, "UNKNOWN": vnifc.UNKNOWN, "Unknown": type(vnifc.UNKNOWN)}
+    example = doctest.DocTestParser().get_doctest(text, names, name, None, None)
+    runner = doctest.DocTestRunner(optionflags=doctest.ELLIPSIS)
+    runner.run(example)
+    assert runner.failures == 0 and runner.tries > 0
+
+
+def test_every_class_and_function_has_an_example_or_says_what_it_is() -> None:
+    assert {"open", "Instance", "Table", "create", "diff", "Typed"} <= {name for name, _ in documented()}
+    assert all(getattr(vnifc, name).__doc__ for name in vnifc.__all__ if name != "UNKNOWN")
