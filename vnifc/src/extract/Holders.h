@@ -7,8 +7,8 @@
 
 namespace vnifc::detail {
 
-/// Finds the instances that others cannot do without although they refer to them and not the other way round: those that
-/// a mandatory inverse attribute holds, as the curve of a segment.
+/// Finds the instances that others cannot do without although they refer to them and not the other way round: those
+/// that a mandatory inverse attribute holds, as the curve of a segment.
 class Holders {
 public:
     Holders(ModelState& state, const Roster& roster) : m_state(state), m_roster(roster) {}
