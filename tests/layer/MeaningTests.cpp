@@ -59,6 +59,7 @@ TEST_P(Meaning, ShowsTheSpatialStructureOnce) {
     EXPECT_EQ(nodes[2].instance, model[3]);
     EXPECT_EQ(nodes[2].level, 2u);
     EXPECT_EQ(idsOf(nodes[2].elements), (Ids{4, 7}));
+    EXPECT_EQ(idsOf(nodes[2].elsewhere), Ids{2}) << "which stands above already";
     EXPECT_EQ(idsOf(elementsOutside(model, nodes)), Ids{6}) << "a door in an opening is contained by nobody itself";
     const std::vector<SpatialNode> top = spatialStructure(model, 1);
     ASSERT_EQ(top.size(), 2u);

@@ -1,5 +1,6 @@
 #include "Support.h"
 
+#include <vnifc/References.h>
 #include <vnifc/ValueVisitor.h>
 
 #include <VnIfcCore/VnIfcText.h>
@@ -31,6 +32,18 @@ const char* const kKinds = R"(#1=IFCCARTESIANPOINT((1.,2.5,0.));
 /// With the classes of a release, whatever other releases FILE_SCHEMA's name stands for.
 Model modelOf(const std::string& release, const std::string& lines) {
     return openText(fileOf(release, lines), {.release = release});
+}
+
+/// "#9.Points[1]", one after the other.
+std::string placesOf(const Instance& instance) {
+    std::ostringstream words;
+    for (const Reference& reference : referencesTo(instance)) {
+        words << '#' << reference.from.id() << '.' << reference.attribute;
+        for (const std::size_t index : reference.position)
+            words << '[' << index << ']';
+        words << (reference.isInText ? "'" : "") << ' ';
+    }
+    return words.str();
 }
 
 class EachRelease : public testing::TestWithParam<std::string> {};
@@ -103,6 +116,30 @@ TEST_P(EachRelease, KeepsWhatHasNoClassOrDoesNotFit) {
     EXPECT_TRUE(misfit["NominalValue"].isNull());
     EXPECT_EQ(model.errors() + model.warnings(), model.findings().size());
     EXPECT_FALSE(model.findings().empty());
+}
+
+TEST_P(EachRelease, StoresWhatWasTypedAsItIs) {
+    Model model = modelOf(GetParam(), kKinds);
+    const struct {
+        std::uint64_t id;
+        const char* attribute;
+        const char* text;
+        const char* line;
+    } kCases[] = {
+        {4, "Name", "'Stra\\X\\DFe'", "#4=IFCPROPERTYSINGLEVALUE('Stra\\X\\DFe',$,IFCLABEL('EI 60'),#3);"},
+        {5, "NominalValue", "false", "#5=IFCPROPERTYSINGLEVALUE('b',$,IFCBOOLEAN(.F.),$);"},
+        {3, "Prefix", "kilo", "#3=IFCSIUNIT(*,.LENGTHUNIT.,.KILO.,.METRE.);"},
+        {8, "DirectionRatios", "(1.,0.,0.)", "#8=IFCDIRECTION((1.,0.,0.));"},
+        {7, "EnumerationValues", "(IFCLABEL('y'))", "#7=IFCPROPERTYENUMERATEDVALUE('d',$,(IFCLABEL('y')),$);"},
+    };
+    for (const auto& [id, attribute, text, line] : kCases) {
+        model[id].setFromText(attribute, text);
+        EXPECT_EQ(model[id].toString(), line);
+    }
+    EXPECT_EQ(messageOf<BadValue>([&] { model[3].setFromText("UnitType", "no"); }).substr(0, 56),
+              "#3 IFCSIUNIT.UnitType: expected one of ABSORBEDDOSEUNIT,");
+    EXPECT_THROW(model[4].setFromText("Unit", "#8"), BadValue);
+    EXPECT_EQ(placesOf(model[3]), "#4.Unit ") << "what does not fit changes nothing";
 }
 
 TEST_P(EachRelease, TakesValuesAsTheCallerHasThem) {
@@ -204,6 +241,25 @@ TEST_P(EachRelease, RefusesWhatDoesNotFitAndChangesNothing) {
     EXPECT_EQ(model.text(), before);
 }
 
+TEST_P(EachRelease, TellsWhereAnInstanceIsReferredTo) {
+    Model model = modelOf(GetParam(), std::string(kKinds) +
+                                          "#20=IFCBSPLINECURVE('none');\n"
+                                          "#21=IFCPROPERTYSINGLEVALUE(#1,$,IFCLABEL('#1'),#3);\n"
+                                          "#22=IFCPROPERTYREFERENCEVALUE('g',$,$,#2);\n"
+                                          "#23=IFCRELASSIGNSTOACTOR('0000000000000000000023',$,$,$,(#9,#1),$,#2);\n"
+                                          "#24=IFCPROPERTYSINGLEVALUE('h',$,IFCLABEL('x'),$,#1,#1);\n");
+    EXPECT_EQ(placesOf(model[1]), "#9.Points[0] #9.Points[1] #11.' #21.Name' #23.RelatedObjects[0] #24.' #24.' ")
+        << "quotes hold no references; a SET is in ascending order";
+    EXPECT_EQ(placesOf(model[3]), "#4.Unit #21.Unit ");
+    EXPECT_EQ(placesOf(model[2]), "#22.PropertyReference #23.RelatingActor ");
+    EXPECT_EQ(placesOf(model[24]), "");
+    model[21].set("Name", "text");
+    EXPECT_EQ(idsOf(model[1].referrers()), (Ids{9, 11, 23, 24})) << "a text that was kept may have referred";
+    const std::vector<std::pair<std::string_view, std::string>> kept{{"", ",#1,#1"}};
+    EXPECT_EQ(model[24].keptTexts(), kept);
+    EXPECT_THROW(referencesTo(Instance()), NotFound);
+}
+
 TEST_P(EachRelease, FindsInstancesAndWhoRefersToThem) {
     Model model = modelOf(GetParam(), kKinds);
     EXPECT_EQ(model.size(), 12u);
@@ -212,7 +268,7 @@ TEST_P(EachRelease, FindsInstancesAndWhoRefersToThem) {
     static_assert(std::ranges::view<InstanceRange> && std::ranges::forward_range<InstanceRange>);
     EXPECT_EQ((*std::ranges::next(model.instances("IFCSIMPLEPROPERTY").begin(), 3)).id(), 7u);
     EXPECT_EQ(model.all().count(), 12u);
-    EXPECT_EQ(idsOf(model[1].referrers()), Ids{9}) << "twice in a list is one referrer";
+    EXPECT_EQ(idsOf(model[1].referrers()), (Ids{9, 11})) << "twice in a list is one referrer; text refers too";
     EXPECT_EQ(idsOf(model[9].references()), Ids{1});
     EXPECT_EQ(idsOf(model[3].referrers()), Ids{4});
     model[5].set("Unit", model[3]);

@@ -348,6 +348,30 @@ TEST(Inverse, ShowAndExportTellWhoRefers) {
     EXPECT_FALSE(json::parse(line).contains("inverse"));
 }
 
+TEST(Referrers, ShowTellsEveryPlaceWhereAnInstanceIsReferredTo) {
+    const std::string file = makeModel("referrers.ifc", "#1=IFCCARTESIANPOINT((0.,0.));\n"
+                                                        "#2=IFCPOLYLINE((#3,#1,#1));\n"
+                                                        "#3=IFCCARTESIANPOINT((1.,0.));\n"
+                                                        "#4=IFCPLACEMENTGNOME(#1,'#1');\n"
+                                                        "#5=IFCMATERIALLAYER(#1,0.1,$,'n#1',$,$,$);\n"
+                                                        "#6=IFCPLACEMENT(#1);\n"
+                                                        "#7=IFCAXIS2PLACEMENT2D(#1,$);\n");
+    const std::string shown = runTool({"show", "--quiet", "--referrers", file, "#1"}).out;
+    EXPECT_NE(shown.find("referred to by\n"
+                         "  #2 IFCPOLYLINE  Points[2]\n"
+                         "  #2 IFCPOLYLINE  Points[3]\n"
+                         "  #4 IFCPLACEMENTGNOME  in what is kept as text\n"),
+              std::string::npos)
+        << shown;
+    EXPECT_NE(shown.find("  #7 IFCAXIS2PLACEMENT2D  Location\n"), std::string::npos) << shown;
+    EXPECT_NE(runTool({"show", "--quiet", "--referrers", file, "2"}).out.find("nothing refers to it\n"),
+              std::string::npos);
+    const json referrers =
+        json::parse(runTool({"show", "--quiet", "--referrers", "--json", file, "3"}).out)["referrers"];
+    EXPECT_EQ(referrers, json::parse(R"([{"from": {"ref": 2, "type": "IFCPOLYLINE", "name": null},
+                                          "attribute": "Points", "position": [0], "text": false}])"));
+}
+
 } // namespace
 
 } // namespace vnifc::test

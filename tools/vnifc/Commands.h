@@ -36,6 +36,13 @@ struct ReadFlags {
     std::string release;  ///< whose classes are taken; empty: the one that FILE_SCHEMA asks for
 };
 
+/// What is shown of an instance beside its attributes.
+struct ShowOptions {
+    bool json = false;
+    bool inverses = false;  ///< the inverse attributes
+    bool referrers = false; ///< every place where it is referred to
+};
+
 /// Which instances are looked for.
 struct FindQuery {
     std::string entity; ///< in any case; subtypes included unless `exact`
@@ -69,7 +76,7 @@ ExitCode info(const ReadFlags& flags, bool json);
 /// `target` may be the file that is read; "-" is standard output.
 ExitCode rewrite(const ReadFlags& flags, const std::string& target);
 /// `address`: "#12", "12" or a GlobalId.
-ExitCode show(const ReadFlags& flags, const std::string& address, bool json, bool inverses);
+ExitCode show(const ReadFlags& flags, const std::string& address, const ShowOptions& options);
 ExitCode find(const ReadFlags& flags, const FindQuery& query, bool json);
 /// A line of JSON for each instance; `types` are entities, whose instances and those of subtypes are meant; none for
 /// all.

@@ -1,6 +1,6 @@
 #include "LoadedFile.h"
 #include "Messages.h"
-#include "TypedValue.h"
+#include "WholeModel.h"
 #include "WriteModel.h"
 
 #include <VnIfcCore/VnIfcGUID.h>
@@ -11,29 +11,31 @@
 
 namespace vnifc::tool {
 
-using namespace VN_SDAI;
-
 namespace {
+
+std::string placeOf(const Instance& instance, const Attribute& attribute) {
+    return fmt::format("#{} {}.{}", instance.id(), instance.keyword(), attribute.name());
+}
 
 /// Changes a model as a user asks for it, and says what cannot be done.
 class Editor {
 public:
-    Editor(const LoadedFile& file, bool quiet) noexcept : m_file(file), m_quiet(quiet) {}
+    Editor(const Model& model, const LoadedFile& file, bool quiet) noexcept
+        : m_model(model), m_file(file), m_quiet(quiet) {}
 
     /// "#12.Name=Some name".
     void set(std::string_view change) {
         const std::size_t equals = change.find('=');
         if (equals == change.npos)
             return refuse(fmt::format("expected #ID.NAME=VALUE, found {}", change));
-        attempt(change.substr(0, equals), [&](VnIfcEntityBase& instance, const Attribute& attribute) {
-            TypedValue(instance, attribute, change.substr(equals + 1)).putInto(instance);
+        attempt(change.substr(0, equals), [&](Instance instance, const Attribute& attribute) {
+            instance.setFromText(attribute.name(), change.substr(equals + 1));
             warnOfGlobalId(instance, attribute);
         });
     }
     /// "#12.Name".
     void unset(std::string_view place) {
-        attempt(place,
-                [](VnIfcEntityBase& instance, const Attribute& attribute) { instance.unsetAttr(*attribute.name); });
+        attempt(place, [](Instance instance, const Attribute& attribute) { instance.unset(attribute.name()); });
     }
     unsigned refused() const noexcept { return m_refused; }
 
@@ -41,30 +43,29 @@ private:
     template <class Change>
     void attempt(std::string_view place, Change change) try {
         const std::size_t dot = place.find('.');
-        VnIfcEntityBase& instance = instanceAt(m_file.model(), place.substr(0, dot));
+        const Instance instance = m_model.at(place.substr(0, dot));
         const std::string_view name = dot == place.npos ? "" : place.substr(dot + 1);
-        const VnIfcEntityType* type = instance.getInstanceType();
-        const Attribute* attribute = type ? findAttribute(*type, name) : nullptr;
+        const std::optional<Attribute> attribute = instance.attribute(name);
         if (!attribute)
-            return refuse(fmt::format("{} has no attribute \"{}\"", keywordOf(instance), name));
-        if (attribute->isDerived)
+            return refuse(fmt::format("{} has no attribute \"{}\"", instance.keyword(), name));
+        if (attribute->isDerived())
             return refuse(fmt::format("{} is derived from other attributes", placeOf(instance, *attribute)));
-        if (instance.isBeyondFile(attribute->position))
+        if (instance.core().openObject()->isBeyondFile(attribute->position()))
             return refuse(fmt::format("{}: the file is of another release, whose instances have no such parameter",
                                       placeOf(instance, *attribute)));
-        if (m_file.hasUnclearList(instance.objectId().number()))
+        if (m_file.hasUnclearList(instance.id()))
             return refuse(fmt::format("{}: the instance's parameter list is broken or too long in the file, so that "
                                       "its value may stand elsewhere in what is kept as text",
                                       placeOf(instance, *attribute)));
-        if (!m_changed.insert({instance.objectId().number(), attribute->position}).second)
+        if (!m_changed.insert({instance.id(), attribute->position()}).second)
             return refuse(fmt::format("{} is to be changed twice", placeOf(instance, *attribute)));
         change(instance, *attribute);
-    } catch (const Failure& failure) {
-        refuse(failure.what());
+    } catch (const Error& error) {
+        refuse(error.what());
     }
 
-    void warnOfGlobalId(const VnIfcEntityBase& instance, const Attribute& attribute) const {
-        const VnIfcGUID* id = attribute.position == 0 ? instance.globalId() : nullptr;
+    void warnOfGlobalId(const Instance& instance, const Attribute& attribute) const {
+        const VN_SDAI::VnIfcGUID* id = attribute.position() == 0 ? instance.core().openObject()->globalId() : nullptr;
         if (id && !id->isUnset() && !id->isValid() && !m_quiet)
             say(fmt::format("warning: {} is no globally unique identifier: {}", placeOf(instance, attribute),
                             id->view()));
@@ -75,6 +76,7 @@ private:
         say(reason);
     }
 
+    const Model& m_model;
     const LoadedFile& m_file;
     bool m_quiet;
     std::set<std::pair<std::uint64_t, unsigned>> m_changed;
@@ -84,8 +86,9 @@ private:
 } // namespace
 
 ExitCode edit(const ReadFlags& flags, const std::string& target, const Changes& changes) {
-    const LoadedFile file(flags, {.unclearLists = true});
-    Editor editor(file, flags.quiet);
+    LoadedFile file(flags, {.unclearLists = true});
+    const Model model(file.take());
+    Editor editor(model, file, flags.quiet);
     for (const std::string& change : changes.set)
         editor.set(change);
     for (const std::string& place : changes.unset)
@@ -94,8 +97,8 @@ ExitCode edit(const ReadFlags& flags, const std::string& target, const Changes& 
         throw Failure(kWrongUse,
                       fmt::format("{} cannot be made; nothing was written",
                                   editor.refused() == 1 ? "a change" : fmt::format("{} changes", editor.refused())));
-    writeModel(file.model(), target, flags);
-    return file.exitCode();
+    writeModel(model.core(), target, flags);
+    return exitCodeOf(model);
 }
 
 } // namespace vnifc::tool

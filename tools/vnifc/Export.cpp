@@ -1,28 +1,40 @@
-#include "Instances.h"
-#include "LoadedFile.h"
+#include "JsonInstance.h"
+#include "WholeModel.h"
 
 #include <algorithm>
 
 namespace vnifc::tool {
 
-using namespace VN_SDAI;
+namespace {
+
+/// Those of some entities, subtypes included, each once and ascending; all where none is named.
+std::vector<Instance> instancesOf(const Model& model, const std::vector<std::string>& types) {
+    std::vector<Instance> instances;
+    for (const std::string& type : types)
+        for (const Instance instance : model.instances(type))
+            instances.push_back(instance);
+    std::ranges::sort(instances);
+    instances.erase(std::unique(instances.begin(), instances.end()), instances.end());
+    return instances;
+}
+
+} // namespace
 
 ExitCode exportInstances(const ReadFlags& flags, const std::vector<std::string>& types, bool inverses) {
-    const LoadedFile file(flags, {.inverses = inverses});
-    std::vector<EntityFilter> filters;
-    for (const std::string& type : types)
-        filters.emplace_back(file.model(), type, true);
+    const Model model = openModel(flags);
+    const std::vector<Instance> wanted = instancesOf(model, types);
     Output output(writeToStandardOutput);
     JsonWriter json(output);
-    file.model().forEach([&](const VnIfcEntityBase& instance) {
-        const auto matches = [&](const EntityFilter& filter) { return filter.matches(instance); };
-        if (!filters.empty() && std::ranges::none_of(filters, matches))
-            return;
+    const auto write = [&](const Instance& instance) {
         writeInstance(json, instance, {.inverses = inverses});
         json.newLine();
-    });
+    };
+    if (types.empty())
+        std::ranges::for_each(model.all(), write);
+    else
+        std::ranges::for_each(wanted, write);
     output.flush();
-    return file.exitCode();
+    return exitCodeOf(model);
 }
 
 } // namespace vnifc::tool

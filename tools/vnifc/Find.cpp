@@ -1,17 +1,15 @@
-#include "LoadedFile.h"
+#include "JsonInstance.h"
 #include "Messages.h"
-#include "TypedValue.h"
-#include "Values.h"
+#include "Selecting.h"
+#include "WholeModel.h"
 
-#include <VnIfcCore/VnIfcGUID.h>
+#include <VnIfcCore/VnIfcSchema.h>
 
 #include <fmt/format.h>
 
 #include <algorithm>
 
 namespace vnifc::tool {
-
-using namespace VN_SDAI;
 
 namespace {
 
@@ -26,68 +24,63 @@ public:
         m_value = text.substr(equals + 1);
     }
 
-    /// Throws Failure when no instance of the type can have the attribute.
-    void checkName(const VnIfcEntityType* type) const {
-        if (!type || !isKnownTo(*type))
-            throw Failure(kWrongUse,
-                          fmt::format("{} has no attribute {}",
-                                      type ? type->name().constStr() : "an instance without a class", m_name));
+    /// Throws Failure when no instance of the entity can have the attribute.
+    void checkName(const Model& model, const std::string& entity) const {
+        if (model.hasAttribute(entity, m_name))
+            return;
+        const VN_SDAI::VnIfcEntityType* type = model.core().schema()->entity(entity);
+        throw Failure(kWrongUse, fmt::format("{} has no attribute {}",
+                                             type ? type->name().constStr() : "an instance without a class", m_name));
     }
 
-    bool holdsFor(const VnIfcEntityBase& instance) const {
-        const Attribute* attribute = findAttribute(*instance.getInstanceType(), m_name);
-        VnIfcVariant value;
-        if (!attribute || attribute->isDerived || !instance.getAttr(*attribute->name, value))
+    bool holdsFor(const Instance& instance) const {
+        const std::optional<Attribute> attribute = instance.attribute(m_name);
+        if (!attribute || attribute->isDerived())
             return false;
         try {
-            return jsonOf(value) == jsonOf(TypedValue(instance, *attribute, m_value).value());
-        } catch (const Failure&) {
+            return attribute->value() == instance.parse(m_name, m_value);
+        } catch (const BadValue& error) {
             // What is no value of a select may well be one of the type that another instance's select holds.
-            if (value.type()->isSelect())
+            if (attribute->isSelect())
                 return false;
-            throw;
+            throw Failure(kWrongUse, error.what());
         }
     }
 
 private:
-    bool isKnownTo(const VnIfcEntityType& type) const {
-        return findAttribute(type, m_name) ||
-               std::ranges::any_of(type.subtypes(), [this](const VnIfcEntityType* each) { return isKnownTo(*each); });
-    }
-
     std::string m_name;
     std::string m_value;
 };
 
-void printLine(const VnIfcEntityBase& instance) {
-    const std::string name = nameOf(instance);
-    const VnIfcGUID* globalId = instance.globalId();
-    fmt::print("#{} {}{}{}\n", instance.objectId().number(), printable(keywordOf(instance)),
-               globalId && !globalId->isUnset() ? ' ' + printable(globalId->view()) : "",
-               name.empty() ? "" : " '" + printable(name) + "'");
-}
-
 } // namespace
 
+std::string lineOf(const Instance& instance) {
+    const std::string globalId = instance.globalId(), name = instance.name();
+    return printable(fmt::format("#{} {}{}{}", instance.id(), instance.keyword(),
+                                 globalId.empty() ? "" : ' ' + globalId, name.empty() ? "" : " '" + name + "'"));
+}
+
 ExitCode find(const ReadFlags& flags, const FindQuery& query, bool json) {
-    const LoadedFile file(flags);
-    const EntityFilter filter(file.model(), query.entity, !query.exact);
+    const Model model = openModel(flags);
+    const InstanceRange instances = model.instances(query.entity, query.exact);
     std::vector<Condition> conditions(query.conditions.begin(), query.conditions.end());
     for (const Condition& condition : conditions)
-        condition.checkName(filter.type());
+        condition.checkName(model, query.entity);
     Output output(writeToStandardOutput);
     JsonWriter writer(output);
-    file.model().forEach([&](const VnIfcEntityBase& instance) {
+    for (const Instance instance : instances) {
         const auto holds = [&](const Condition& condition) { return condition.holdsFor(instance); };
-        if (!filter.matches(instance) || !std::ranges::all_of(conditions, holds))
-            return;
-        if (!json)
-            return printLine(instance);
-        writeInstance(writer, instance);
-        writer.newLine();
-    });
+        if (!std::ranges::all_of(conditions, holds))
+            continue;
+        if (json) {
+            writeInstance(writer, instance);
+            writer.newLine();
+        } else {
+            output.put(lineOf(instance) + '\n');
+        }
+    }
     output.flush();
-    return file.exitCode();
+    return exitCodeOf(model);
 }
 
 } // namespace vnifc::tool

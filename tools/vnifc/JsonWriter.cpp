@@ -24,7 +24,7 @@ void JsonWriter::number(std::uint64_t value) {
     word(shortest(value, buffer));
 }
 
-void JsonWriter::number(std::int32_t value) {
+void JsonWriter::number(std::int64_t value) {
     char buffer[32];
     word(shortest(value, buffer));
 }

@@ -24,7 +24,7 @@ public:
     void null() { word("null"); }
     void boolean(bool value) { word(value ? "true" : "false"); }
     void number(std::uint64_t value);
-    void number(std::int32_t value);
+    void number(std::int64_t value);
     /// In the shortest form that reads back the same. What is no finite number becomes null.
     void number(double value);
     /// Of a text in UTF-8; each broken character becomes U+FFFD.

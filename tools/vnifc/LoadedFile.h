@@ -29,7 +29,7 @@ public:
     /// otherwise. Throws Failure when there is nothing to read.
     explicit LoadedFile(const ReadFlags& flags, const ReadNeeds& needs = {});
 
-    /// Gives the model away; nothing else may be asked then.
+    /// Gives the model away; only hasUnclearList may be asked then.
     VN_SDAI::VnIfcFile take() noexcept { return std::move(m_file); }
     VN_SDAI::VnIfcModel& model() noexcept { return m_file.model(); }
     const VN_SDAI::VnIfcModel& model() const noexcept { return m_file.model(); }

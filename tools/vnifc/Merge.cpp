@@ -20,12 +20,15 @@ ExitCode mergeFiles(const ReadFlags& flags, const std::string& target, const std
     };
     for (std::size_t i = 1; i < files.size(); ++i) {
         each.file = files[i];
-        const Model other = openModel(each);
+        Model other = openModel(each);
         try {
-            const MergeResult result = merge(model, other, options);
+            const MergeResult result = merge(model, std::move(other), options);
             if (!flags.quiet)
-                say(fmt::format("{}: added {}, shared {}, new GlobalIds {}", each.file, result.added, result.shared,
-                                result.renamed));
+                say(fmt::format("{}: added {}, shared {}, new GlobalIds {}{}", each.file, result.added, result.shared,
+                                result.renamed,
+                                result.converted > 0
+                                    ? fmt::format(", {} values brought to the units of {}", result.converted, files[0])
+                                    : ""));
         } catch (const BadValue& error) {
             throw Failure(kFileFailure, fmt::format("cannot merge {}: {}", each.file, error.what()));
         }

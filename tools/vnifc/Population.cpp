@@ -1,8 +1,7 @@
 #include "Population.h"
 
-#include "Instances.h"
-
 #include <VnIfcCore/VnIfcEntityType.h>
+#include <vnifc/Instance.h>
 
 #include <algorithm>
 #include <unordered_map>
@@ -17,7 +16,7 @@ Population::Population(const VnIfcModel& model) {
         if (const VnIfcEntityType* type = instance.getInstanceType())
             ++byType[type];
         else
-            ++withoutClass[keywordOf(instance)];
+            ++withoutClass[std::string(Instance(instance.objectId(), nullptr).keyword())];
     });
     for (const auto& [type, count] : byType)
         entities.emplace(type->name().view(), count);

@@ -1,49 +1,24 @@
-#include "Instances.h"
-#include "LoadedFile.h"
+#include "JsonInstance.h"
 #include "Messages.h"
-#include "PropertySets.h"
-#include "Units.h"
-#include "Values.h"
+#include "WholeModel.h"
 
 #include <fmt/format.h>
+#include <vnifc/Properties.h>
 
 #include <algorithm>
 
 namespace vnifc::tool {
 
-using namespace VN_SDAI;
-
 namespace {
 
+std::string wordsOf(const Instance& instance) { return Value(instance).toString(TextForm::kDescribed); }
+
 /// A value for people, without the signs that a file needs: text as it is, lists with commas.
-class PlainWords final : public ValueVisitor {
-public:
-    std::string take() { return std::move(m_words); }
-    void logical(VnIfcLogical value) override {
-        add(value == VnIfcLogical::True ? "true" : value == VnIfcLogical::False ? "false" : "unknown");
-    }
-    void integer(int value) override { add(fmt::to_string(value)); }
-    void real(double value) override { add(fmt::to_string(value)); }
-    void text(std::string_view utf8) override { add(utf8); }
-    void literal(std::string_view literal) override { add(literal); }
-    void reference(const VnDbObjectId& handle) override { add(wordsOf(handle)); }
-
-private:
-    void add(std::string_view words) {
-        if (!m_words.empty())
-            m_words += ", ";
-        m_words += words;
-    }
-
-    std::string m_words;
-};
-
 std::string inWords(const PropertyValue& value) {
-    PlainWords visitor;
-    visitValue(value.value, visitor);
-    std::string words = visitor.take();
+    std::string words =
+        value.value.kind() == Value::Kind::kInstance ? wordsOf(value.value.as<Instance>()) : value.value.toString();
     if (value.unit)
-        words += ' ' + signOf(*value.unit) + (value.hasOwnUnit ? " (own unit)" : "");
+        words += ' ' + signOf(value.unit) + (value.hasOwnUnit ? " (own unit)" : "");
     return words;
 }
 
@@ -52,7 +27,7 @@ std::string inWords(const Property& property) {
         return inWords(property.values.front());
     std::vector<std::string> values;
     for (const PropertyValue& value : property.values)
-        values.push_back(fmt::format("{} {}", value.attribute->constStr(), inWords(value)));
+        values.push_back(fmt::format("{} {}", value.attribute, inWords(value)));
     return fmt::format("{}", fmt::join(values, "; "));
 }
 
@@ -79,14 +54,14 @@ void printProperties(const std::vector<Property>& properties, std::size_t indent
     }
 }
 
-void printText(const VnIfcEntityBase& object, const std::vector<PropertySet>& sets) {
-    fmt::print("{}\n", printable(wordsOf(object.objectId())));
+void printText(const Instance& object, const std::vector<PropertySet>& sets) {
+    fmt::print("{}\n", printable(wordsOf(object)));
     for (const PropertySet& set : sets) {
-        const std::string keyword = keywordOf(*set.instance), name = nameOf(*set.instance);
-        const std::string kind = name.empty() ? "" : ' ' + keyword;
-        const std::string from = set.owner == &object ? "" : ", from its type " + wordsOf(set.owner->objectId());
-        fmt::print("\n{} (#{}{}{})\n", printable(name.empty() ? keyword : name), set.instance->objectId().number(),
-                   kind, printable(from));
+        const std::string keyword(set.instance.keyword());
+        const std::string kind = set.name.empty() ? "" : ' ' + keyword;
+        const std::string from = set.owner == object ? "" : ", from its type " + wordsOf(set.owner);
+        fmt::print("\n{} (#{}{}{})\n", printable(set.name.empty() ? keyword : set.name), set.instance.id(), kind,
+                   printable(from));
         printProperties(set.properties, 2);
     }
     if (sets.empty())
@@ -98,8 +73,8 @@ class PropertyWriter {
 public:
     explicit PropertyWriter(JsonWriter& json) : m_json(json), m_plain(json), m_described(json) {}
 
-    void write(const VnIfcEntityBase& object, const std::vector<PropertySet>& sets) {
-        begin(&object, nameOf(object));
+    void write(const Instance& object, const std::vector<PropertySet>& sets) {
+        begin(object, object.name());
         list("sets", sets, [this](const PropertySet& set) { write(set); });
         m_json.endObject();
     }
@@ -114,20 +89,20 @@ private:
         m_json.endArray();
     }
 
-    void begin(const VnIfcEntityBase* instance, const std::string& name) {
+    void begin(const Instance& instance, const std::string& name) {
         m_json.beginObject();
         m_json.key("id");
-        instance ? m_json.number(instance->objectId().number()) : m_json.null();
+        instance ? m_json.number(instance.id()) : m_json.null();
         m_json.key("type");
-        instance ? m_json.string(keywordOf(*instance)) : m_json.null();
+        instance ? m_json.string(instance.keyword()) : m_json.null();
         m_json.key("name");
         name.empty() ? m_json.null() : m_json.string(name);
     }
 
     void write(const PropertySet& set) {
-        begin(set.instance, nameOf(*set.instance));
+        begin(set.instance, set.name);
         m_json.key("from");
-        m_described.reference(set.owner->objectId());
+        m_described.instance(set.owner);
         list("properties", set.properties, [this](const Property& property) { write(property); });
         m_json.endObject();
     }
@@ -144,7 +119,7 @@ private:
     void write(const PropertyValue& value) {
         m_json.beginObject();
         m_json.key("attribute");
-        m_json.string(*value.attribute);
+        m_json.string(value.attribute);
         m_json.key("value");
         visitValue(value.value, m_plain);
         m_json.key("unit");
@@ -155,9 +130,9 @@ private:
     void writeUnit(const PropertyValue& value) {
         m_json.beginObject();
         m_json.key("sign");
-        m_json.string(signOf(*value.unit));
+        m_json.string(signOf(value.unit));
         m_json.key("ref");
-        m_json.number(value.unit->objectId().number());
+        m_json.number(value.unit.id());
         m_json.key("from");
         m_json.string(value.hasOwnUnit ? "property" : "project");
         m_json.endObject();
@@ -168,7 +143,7 @@ private:
     DescribedJsonValues m_described;
 };
 
-void printJson(const VnIfcEntityBase& object, const std::vector<PropertySet>& sets) {
+void printJson(const Instance& object, const std::vector<PropertySet>& sets) {
     Output output(writeToStandardOutput);
     JsonWriter json(output);
     PropertyWriter(json).write(object, sets);
@@ -179,10 +154,10 @@ void printJson(const VnIfcEntityBase& object, const std::vector<PropertySet>& se
 } // namespace
 
 ExitCode props(const ReadFlags& flags, const std::string& address, bool json) {
-    const LoadedFile file(flags, {.inverses = true});
-    const VnIfcEntityBase& object = instanceAt(file.model(), address);
-    (json ? printJson : printText)(object, propertySetsOf(file.model(), object));
-    return file.exitCode();
+    const Model model = openModel(flags);
+    const Instance object = model.at(address);
+    (json ? printJson : printText)(object, propertySets(object));
+    return exitCodeOf(model);
 }
 
 } // namespace vnifc::tool

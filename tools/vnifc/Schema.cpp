@@ -1,7 +1,6 @@
 #include "Commands.h"
 #include "DictionaryRecord.h"
 #include "LoadedFile.h"
-#include "Values.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -45,6 +44,13 @@ void printDictionary(const VnIfcSchema& schema) {
 // ---- Text
 
 std::string string(const Json& value) { return value.get<std::string>(); }
+
+std::string upperCase(std::string_view name) {
+    std::string upper(name);
+    for (char& c : upper)
+        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
+    return upper;
+}
 
 /// The dictionary has its names in several forms; people get one, that of the keywords of a file. A type's name ends in
 /// that of its innermost element.

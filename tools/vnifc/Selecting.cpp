@@ -167,11 +167,7 @@ std::optional<Facet> facetOf(const std::string& text, const Model& model) {
 
 void writeLines(Output& output, const InstanceRange& picked) {
     for (const Instance instance : picked) {
-        const std::string globalId = instance.globalId(), name = instance.name();
-        output.put(
-            printable(fmt::format("#{} {}{}{}", instance.id(), instance.keyword(),
-                                  globalId.empty() ? "" : ' ' + globalId, name.empty() ? "" : " '" + name + "'")) +
-            '\n');
+        output.put(lineOf(instance) + '\n');
     }
     output.flush();
 }

@@ -1,6 +1,8 @@
 #pragma once
 #include "Commands.h"
 
+#include <vnifc/Instance.h>
+
 #include <string>
 #include <vector>
 
@@ -19,6 +21,8 @@ struct RowFlags {
     bool areAsked() const { return !columns.empty() || count || !sum.empty() || !groupBy.empty(); }
 };
 
+/// The line that names an instance: "#12 IFCWALL 0aBc... 'North wall'".
+std::string lineOf(const Instance& instance);
 /// Says what the options want to know of the instances that a selector picks.
 ExitCode findRows(const ReadFlags& flags, const std::string& selector, const RowFlags& options);
 /// NAME=VALUE: gives attributes and properties of all that a selector picks a value, and writes the file.

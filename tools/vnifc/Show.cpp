@@ -1,71 +1,87 @@
-#include "Instances.h"
-#include "Inverse.h"
-#include "LoadedFile.h"
+#include "JsonInstance.h"
 #include "Messages.h"
-#include "Values.h"
+#include "WholeModel.h"
 
 #include <fmt/format.h>
+#include <vnifc/References.h>
 
 #include <algorithm>
 
 namespace vnifc::tool {
 
-using namespace VN_SDAI;
-
 namespace {
 
-void printWords(const VnIfcEntityBase& instance) {
-    fmt::print("#{} {}\n", instance.objectId().number(), printable(keywordOf(instance)));
-    const VnIfcEntityType* type = instance.getInstanceType();
-    if (!type) {
-        const auto& foreign = dynamic_cast<const VnIfcForeignInstance&>(instance);
-        fmt::print("without a class, kept as text: {}\n", printable(foreign.parameters().view()));
+std::string keptWords(const std::optional<std::string>& text) {
+    return text ? fmt::format("  (the file has {}, kept as text)", *text) : std::string();
+}
+
+void printWords(const Instance& instance) {
+    fmt::print("#{} {}\n", instance.id(), printable(instance.keyword()));
+    if (instance.isForeign()) {
+        fmt::print("without a class, kept as text: {}\n", printable(instance.foreignText()));
         return;
     }
     std::size_t width = 0;
-    for (const Attribute& attribute : attributesOf(*type))
-        width = std::max<std::size_t>(width, attribute.name->length());
-    const auto keptWords = [](std::string_view text) {
-        return text.empty() ? std::string() : printable(fmt::format("  (the file has {}, kept as text)", text));
-    };
-    VnIfcVariant value;
-    for (const Attribute& attribute : attributesOf(*type)) {
-        const bool hasValue = !attribute.isDerived && instance.getAttr(*attribute.name, value);
-        const std::string words = hasValue ? printable(wordsOf(value, attribute.mayBeEmpty)) : "* (derived)";
-        fmt::print("{:<{}}  {}{}\n", attribute.name->constStr(), width, words,
-                   keptWords(instance.keptText(attribute.position)));
+    for (const Attribute& attribute : instance.attributes())
+        width = std::max(width, attribute.name().size());
+    for (const Attribute& attribute : instance.attributes()) {
+        const std::string words =
+            attribute.isDerived() ? "* (derived)" : attribute.value().toString(TextForm::kDescribed);
+        fmt::print("{:<{}}  {}\n", attribute.name(), width, printable(words + keptWords(attribute.keptText())));
     }
-    const auto kept = instance.keptTexts();
-    if (!kept.empty() && kept.back().first >= attributesOf(*type).size())
-        fmt::print("kept as text after the last attribute: {}\n", printable(kept.back().second));
+    for (const auto& [attribute, text] : instance.keptTexts())
+        if (attribute.empty())
+            fmt::print("kept as text after the last attribute: {}\n", printable(text));
 }
 
+std::string wordsOf(const Instance& instance) { return printable(Value(instance).toString(TextForm::kDescribed)); }
+
 /// A line for each instance that refers to this one.
-void printInverses(const VnIfcEntityBase& instance) {
-    for (const auto& [name, targets] : inversesOf(instance)) {
-        fmt::print("{} (inverse)\n", name->constStr());
-        for (const VnIfcEntityBase* target : targets)
-            fmt::print("  {}\n", printable(wordsOf(target->objectId())));
+void printInverses(const Instance& instance) {
+    for (const InverseAttribute& inverse : inverseAttributes(instance)) {
+        fmt::print("{} (inverse)\n", inverse.name);
+        for (const Instance& target : inverse.instances)
+            fmt::print("  {}\n", wordsOf(target));
     }
+}
+
+/// "RelatedObjects[2]", as diff has it.
+std::string placeOf(const Reference& reference) {
+    std::string place(reference.attribute);
+    for (const std::size_t index : reference.position)
+        place += fmt::format("[{}]", index + 1);
+    const std::string text = place.empty() ? "in what is kept as text" : place + ", kept as text";
+    return reference.isInText ? text : place;
+}
+
+/// A line for each place where this instance is referred to.
+void printReferrers(const Instance& instance) {
+    const std::vector<Reference> references = referencesTo(instance);
+    fmt::print("{}\n", references.empty() ? "nothing refers to it" : "referred to by");
+    for (const Reference& reference : references)
+        fmt::print("  {}  {}\n", wordsOf(reference.from), placeOf(reference));
 }
 
 } // namespace
 
-ExitCode show(const ReadFlags& flags, const std::string& address, bool json, bool inverses) {
-    const LoadedFile file(flags, {.inverses = inverses});
-    const VnIfcEntityBase& instance = instanceAt(file.model(), address);
-    if (json) {
+ExitCode show(const ReadFlags& flags, const std::string& address, const ShowOptions& options) {
+    const Model model = openModel(flags);
+    const Instance instance = model.at(address);
+    if (options.json) {
         Output output(writeToStandardOutput);
         JsonWriter writer(output);
-        writeInstance(writer, instance, {.describe = true, .inverses = inverses});
+        writeInstance(writer, instance,
+                      {.describe = true, .inverses = options.inverses, .referrers = options.referrers});
         writer.newLine();
         output.flush();
-    } else {
-        printWords(instance);
-        if (inverses)
-            printInverses(instance);
+        return exitCodeOf(model);
     }
-    return file.exitCode();
+    printWords(instance);
+    if (options.inverses)
+        printInverses(instance);
+    if (options.referrers)
+        printReferrers(instance);
+    return exitCodeOf(model);
 }
 
 } // namespace vnifc::tool

@@ -1,158 +1,66 @@
-#include "Instances.h"
-#include "Inverse.h"
-#include "LoadedFile.h"
+#include "JsonWriter.h"
 #include "Messages.h"
 #include "Population.h"
-#include "Values.h"
-
-#include <VnIfcCore/VnIfcSchema.h>
+#include "WholeModel.h"
 
 #include <fmt/format.h>
+#include <vnifc/Relations.h>
 
 #include <limits>
-#include <unordered_set>
 
 namespace vnifc::tool {
 
-using namespace VN_SDAI;
-
 namespace {
 
-/// A project or spatial element, with what is in it but in none of the nodes below it.
-struct Node {
-    const VnIfcEntityBase* instance;
-    unsigned level;
-    Population::Counts elements;
+struct Structure {
+    std::vector<SpatialNode> nodes;
+    std::vector<Instance> outside;
+    std::size_t repeated = 0; ///< how often an instance belongs to a whole although it stands below another one
+
+    Structure(const Model& model, unsigned depth)
+        : nodes(spatialStructure(model, depth)), outside(elementsOutside(model, nodes)) {
+        for (const SpatialNode& node : nodes)
+            repeated += node.elsewhere.size();
+    }
 };
 
-/// The spatial structure of a model. Each instance stands in it once, so that a structure that runs in circles ends.
-class Structure {
-public:
-    Structure(const VnIfcModel& model, unsigned depth);
-
-    /// Each node before those below it.
-    const std::vector<Node>& nodes() const noexcept { return m_nodes; }
-    /// The elements that are nowhere in it.
-    const Population::Counts& outside() const noexcept { return m_outside; }
-    /// How often an instance belongs to a whole although it stands below another one.
-    std::size_t repeated() const noexcept { return m_repeated; }
-
-private:
-    /// An instance that is to be taken in below a node.
-    struct Pending {
-        const VnIfcEntityBase* instance;
-        std::size_t parent;
-    };
-    static constexpr std::size_t kNoParent = std::numeric_limits<std::size_t>::max();
-
-    void addRoots(const char* entity, bool onlyTop);
-    void addAllBelow(const VnIfcEntityBase& root);
-    std::size_t place(const Pending& pending);
-
-    const VnIfcModel& m_model;
-    const char* m_spatial; ///< the entity of spatial elements
-    unsigned m_depth;
-    std::unordered_set<const VnIfcEntityBase*> m_known;
-    std::vector<Node> m_nodes;
-    Population::Counts m_outside;
-    std::size_t m_repeated = 0;
-};
-
-Instances partsOf(const VnIfcEntityBase& whole) {
-    static const struct {
-        VnAnsiString relations;
-        VnAnsiString members;
-    } kWays[] = {{"IsDecomposedBy", "RelatedObjects"},
-                 {"IsNestedBy", "RelatedObjects"},
-                 {"ContainsElements", "RelatedElements"}};
-    Instances parts;
-    for (const auto& [relations, members] : kWays)
-        for (const VnIfcEntityBase* relation : targetsOf(whole, relations))
-            for (const VnIfcEntityBase* part : targetsOf(*relation, members))
-                parts.push_back(part);
-    return parts;
+Population::Counts countsOf(const std::vector<Instance>& instances) {
+    Population::Counts counts;
+    for (const Instance& each : instances)
+        ++counts[std::string(each.keyword())];
+    return counts;
 }
 
-/// Zones and the like became spatial elements after IFC2X3, under a new supertype.
-const char* spatialEntityOf(const VnIfcSchema& schema) {
-    return schema.entity("IfcSpatialElement") ? "IfcSpatialElement" : "IfcSpatialStructureElement";
-}
-
-Structure::Structure(const VnIfcModel& model, unsigned depth)
-    : m_model(model), m_spatial(spatialEntityOf(*model.schema())), m_depth(depth) {
-    addRoots("IfcProject", false);
-    addRoots(m_spatial, true);
-    addRoots(m_spatial, false);
-    const VnIfcEntityType* feature = m_model.schema()->entity("IfcFeatureElement");
-    m_model.forEach(m_model.schema()->entity("IfcElement"), true, [&](const VnIfcEntityBase& element) {
-        // Openings and the like belong to the element that they are in.
-        if (!m_known.contains(&element) && !element.isKindOf(feature))
-            ++m_outside[keywordOf(element)];
-    });
-}
-
-void Structure::addRoots(const char* entity, bool onlyTop) {
-    m_model.forEach(m_model.schema()->entity(entity), true, [&](const VnIfcEntityBase& instance) {
-        if (!onlyTop || targetsOf(instance, "Decomposes").empty())
-            addAllBelow(instance);
-    });
-}
-
-void Structure::addAllBelow(const VnIfcEntityBase& root) {
-    std::vector<Pending> pending{{&root, kNoParent}};
-    while (!pending.empty()) {
-        const Pending next = pending.back();
-        pending.pop_back();
-        if (!m_known.insert(next.instance).second) {
-            m_repeated += next.parent != kNoParent;
-            continue;
-        }
-        const std::size_t parent = place(next);
-        const Instances parts = partsOf(*next.instance);
-        for (auto part = parts.rbegin(); part != parts.rend(); ++part)
-            pending.push_back({*part, parent});
-    }
-}
-
-/// Makes an instance a node or counts it in the node that it belongs to; returns the node that its parts belong to.
-std::size_t Structure::place(const Pending& pending) {
-    const bool isRoot = pending.parent == kNoParent;
-    const unsigned level = isRoot ? 0 : m_nodes[pending.parent].level + 1;
-    if (isRoot || (level <= m_depth && pending.instance->isKindOf(m_spatial))) {
-        m_nodes.push_back({pending.instance, level, {}});
-        return m_nodes.size() - 1;
-    }
-    if (!pending.instance->isKindOf("IfcPort"))
-        ++m_nodes[pending.parent].elements[keywordOf(*pending.instance)];
-    return pending.parent;
+std::string longNameOf(const Instance& instance) {
+    return instance.has("LongName") ? instance["LongName"].toString() : std::string();
 }
 
 // ---- Output
 
-void printCounts(const Population::Counts& counts, std::size_t indent) {
-    for (const auto& [keyword, count] : byFrequency(counts))
+void printCounts(const std::vector<Instance>& instances, std::size_t indent) {
+    for (const auto& [keyword, count] : byFrequency(countsOf(instances)))
         fmt::print("{:{}}{} {}\n", "", indent, count, printable(keyword));
 }
 
 void printText(const Structure& structure) {
-    for (const Node& node : structure.nodes()) {
+    for (const SpatialNode& node : structure.nodes) {
         const std::size_t indent = 2 * std::size_t{node.level};
-        const std::string longName = textOf(*node.instance, "LongName");
-        const bool tellsMore = !longName.empty() && longName != nameOf(*node.instance);
-        fmt::print("{:{}}{}{}\n", "", indent, printable(wordsOf(node.instance->objectId())),
+        const std::string longName = longNameOf(node.instance);
+        const bool tellsMore = !longName.empty() && longName != node.instance.name();
+        fmt::print("{:{}}{}{}\n", "", indent, printable(Value(node.instance).toString(TextForm::kDescribed)),
                    tellsMore ? printable(" (" + longName + ")") : "");
         printCounts(node.elements, indent + 2);
     }
-    if (structure.outside().empty())
+    if (structure.outside.empty())
         return;
     fmt::print("elements in no spatial element\n");
-    printCounts(structure.outside(), 2);
+    printCounts(structure.outside, 2);
 }
 
-void writeCounts(JsonWriter& json, const char* key, const Population::Counts& counts) {
+void writeCounts(JsonWriter& json, const char* key, const std::vector<Instance>& instances) {
     json.key(key);
     json.beginObject();
-    for (const auto& [keyword, count] : counts) {
+    for (const auto& [keyword, count] : countsOf(instances)) {
         json.key(keyword);
         json.number(count);
     }
@@ -165,15 +73,15 @@ void writeMember(JsonWriter& json, const char* key, const std::string& text) {
 }
 
 /// Begins the object of a node, up to the list of the nodes below it.
-void beginNode(JsonWriter& json, const Node& node) {
+void beginNode(JsonWriter& json, const SpatialNode& node) {
     json.beginObject();
     json.key("id");
-    json.number(node.instance->objectId().number());
+    json.number(node.instance.id());
     json.key("type");
-    json.string(keywordOf(*node.instance));
-    writeMember(json, "globalId", textOf(*node.instance, "GlobalId"));
-    writeMember(json, "name", nameOf(*node.instance));
-    writeMember(json, "longName", textOf(*node.instance, "LongName"));
+    json.string(node.instance.keyword());
+    writeMember(json, "globalId", node.instance.globalId());
+    writeMember(json, "name", node.instance.name());
+    writeMember(json, "longName", longNameOf(node.instance));
     writeCounts(json, "elements", node.elements);
     json.key("children");
     json.beginArray();
@@ -192,16 +100,16 @@ void printJson(const Structure& structure) {
     json.beginObject();
     json.key("structure");
     json.beginArray();
-    for (const Node& node : structure.nodes()) {
+    for (const SpatialNode& node : structure.nodes) {
         endDownTo(node.level);
         beginNode(json, node);
         ++open;
     }
     endDownTo(0);
     json.endArray();
-    writeCounts(json, "outside", structure.outside());
+    writeCounts(json, "outside", structure.outside);
     json.key("repeated");
-    json.number(structure.repeated());
+    json.number(std::uint64_t{structure.repeated});
     json.endObject();
     json.newLine();
     output.flush();
@@ -210,13 +118,13 @@ void printJson(const Structure& structure) {
 } // namespace
 
 ExitCode tree(const ReadFlags& flags, std::optional<unsigned> depth, bool json) {
-    const LoadedFile file(flags, {.inverses = true});
-    const Structure structure(file.model(), depth.value_or(std::numeric_limits<unsigned>::max()));
+    const Model model = openModel(flags);
+    const Structure structure(model, depth.value_or(std::numeric_limits<unsigned>::max()));
     (json ? printJson : printText)(structure);
-    if (structure.repeated() > 0 && !flags.quiet)
+    if (structure.repeated > 0 && !flags.quiet)
         say(fmt::format("{} more places of instances that belong to several wholes; each is counted in the first only",
-                        structure.repeated()));
-    return file.exitCode();
+                        structure.repeated));
+    return exitCodeOf(model);
 }
 
 } // namespace vnifc::tool

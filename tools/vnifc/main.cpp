@@ -45,10 +45,8 @@ void addRewrite(CLI::App& app, Task& task) {
 }
 
 void addShow(CLI::App& app, Task& task) {
-    struct Options : ReadFlags {
+    struct Options : ReadFlags, ShowOptions {
         std::string address;
-        bool json = false;
-        bool inverses = false;
     };
     const auto options = std::make_shared<Options>();
     CLI::App* command = app.add_subcommand("show", "Show the attributes of an instance");
@@ -58,9 +56,10 @@ void addShow(CLI::App& app, Task& task) {
     command->add_flag("--json", options->json, "print one JSON object");
     command->add_flag("--inverse", options->inverses,
                       "the inverse attributes that the schema has, too: what refers to the instance by them");
-    command->callback([&task, options] {
-        task = [options] { return show(*options, options->address, options->json, options->inverses); };
-    });
+    command->add_flag("--referrers", options->referrers,
+                      "everything that refers to the instance: which instance, by which attribute, at which place in "
+                      "lists, counted from 1 (from 0 in JSON)");
+    command->callback([&task, options] { task = [options] { return show(*options, options->address, *options); }; });
 }
 
 void addTree(CLI::App& app, Task& task) {

@@ -19,6 +19,7 @@ struct ExtractResult {
 /// - its parts, openings and projections with what fills them, its ports; the whole that it is a part of; what a picked
 ///   group gathers. A picked spatial element does not bring what is in it: `location=` of a selector picks that,
 /// - styles, layers and whatever else is about what stays,
+/// - what the schema wants to refer to something that stays: the curve of a segment, the product of a placement,
 /// - relations between what stays; of those that are about more, the rest is taken out.
 /// GlobalIds and numbers stay. Instances of other models among the picked ones throw BadValue.
 VNIFC_LAYER_API ExtractResult extract(Model& model, std::span<const Instance> picked);

@@ -13,9 +13,12 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace vnifc {
 
+class Attribute;
 class AttributeRange;
 class InstanceRange;
 class Value;
@@ -80,18 +83,27 @@ public:
     /// (1.,2.), IFCLABEL('text'), $ for no value) and, where that is no ambiguity, plainer ones: text without
     /// apostrophes, literals without dots, true, false and unknown, and for a select the value alone. Throws as set.
     Value parse(std::string_view attribute, std::string_view text) const;
+    /// Stores what somebody typed. What has the form of an exchange file stays as it is, byte by byte, where set would
+    /// write it in the library's own encoding. Throws as set.
+    void setFromText(std::string_view attribute, std::string_view text);
     /// True when the entity has such an attribute, explicit or inverse.
     bool has(std::string_view attribute) const;
     /// What the file held for an explicit attribute that it could not take, as it stands there; nothing when all is
     /// well.
     std::optional<std::string> keptText(std::string_view attribute) const;
+    /// All of that: the name of the attribute and the text, in the order of the parameter list. What followed the last
+    /// parameter has no name.
+    std::vector<std::pair<std::string_view, std::string>> keptTexts() const;
 
     /// The explicit attributes in the order of the parameter list, inherited ones first.
     AttributeRange attributes() const;
+    /// The one of that name; nothing when the entity has none.
+    std::optional<Attribute> attribute(std::string_view name) const;
     /// The instances that this one refers to, each once, in the order of the attributes.
     InstanceRange references() const;
-    /// The instances that refer to this one, whatever the attribute, each once, ascending. The first call looks at the
-    /// whole model; the result of that is kept until references change.
+    /// The instances that refer to this one, whatever the attribute and also in what is kept as text, each once,
+    /// ascending; referencesTo in References.h tells where. The first call looks at the whole model; the result of that
+    /// is kept until references change.
     InstanceRange referrers() const;
 
     /// GlobalId, and Name or what the entity has in its place; empty where unset or absent.

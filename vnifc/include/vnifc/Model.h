@@ -91,6 +91,9 @@ public:
     InstanceRange instances(std::string_view entity, bool exact = false) const;
     /// True when the release has an entity of that name.
     bool hasEntity(std::string_view entity) const noexcept;
+    /// True when instances of the entity, or of one of its subtypes, have an attribute of that name, explicit or
+    /// inverse; false for an unknown entity.
+    bool hasAttribute(std::string_view entity, std::string_view attribute) const;
     /// Looks the name of an explicit or inverse attribute up. Throws NotFound when there is no such entity or
     /// attribute.
     AttributeKey key(std::string_view entity, std::string_view attribute) const;

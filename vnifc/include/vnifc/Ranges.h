@@ -97,12 +97,15 @@ public:
     bool isOptional() const noexcept;
     /// A subtype computes the value; it is not stored.
     bool isDerived() const noexcept;
+    /// Its values are instances, or say of which type they are.
+    bool isSelect() const noexcept;
     Value value() const;
     /// See Instance::keptText.
     std::optional<std::string> keptText() const;
 
 private:
     friend class AttributeRange;
+    friend class Instance;
     Attribute(const Instance& instance, const detail::AttributeInfo* info) noexcept
         : m_instance(instance), m_info(info) {}
 

@@ -34,6 +34,8 @@ struct SpatialNode {
     Instance instance;
     unsigned level;                 ///< 0 for a root
     std::vector<Instance> elements; ///< everything there, also parts of parts, without ports
+    /// What is a part here too, but stands below another node, or more than once below this one.
+    std::vector<Instance> elsewhere = {};
 };
 /// The spatial structure, each node before those below it; nodes deeper than `depth` are elements of the one above.
 /// Each instance stands in it once, so that a structure that runs in circles ends.

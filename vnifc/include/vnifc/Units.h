@@ -66,4 +66,14 @@ struct VNIFC_LAYER_API Quantity {
 /// BadValue for a unit that has no way to SI.
 VNIFC_LAYER_API std::optional<Quantity> quantity(const Instance& instance, std::string_view attribute);
 
+/// Gives the project of a model the units that another model's project declares, and brings all values to them: those
+/// of attributes and properties whose type is a measure, geometry included. Values with a unit of their own keep it;
+/// kinds of unit that the other project does not declare stay as they are. Returns the number of values that changed.
+///
+/// Throws BadValue, with nothing changed, when one of the models has not exactly one project, and when a value cannot
+/// be converted: one of money in another currency, of a kind that only the other project declares a unit of, in an
+/// instance without a class, or where what it is measured in cannot be told, as the coordinates of curves in the
+/// parameter space of a surface. Kinds of which neither project declares a unit stay as they are.
+VNIFC_LAYER_API std::uint64_t convertUnits(Model& model, const Model& like);
+
 } // namespace vnifc

@@ -1,5 +1,6 @@
 #include "../whole/Annotations.h"
 #include "../whole/Targets.h"
+#include "Holders.h"
 
 #include <vnifc/Extract.h>
 
@@ -63,7 +64,8 @@ constexpr RelationRule kRules[] = {
 
 class Extraction {
 public:
-    explicit Extraction(ModelState& state) : m_state(state), m_roster(state.model()), m_stay(m_roster.size()) {
+    explicit Extraction(ModelState& state)
+        : m_state(state), m_roster(state.model()), m_holders(state, m_roster), m_stay(m_roster.size()) {
         const VnIfcSchema& schema = state.schema();
         m_relationship = schema.entity("IfcRelationship");
         m_root = schema.entity("IfcRoot");
@@ -85,7 +87,7 @@ public:
         spread();
         keepRelations();
         keepStrangers();
-        while (keepAnnotations())
+        while (keepAnnotations() || keepHolders())
             spread();
         for (const std::uint32_t each : m_trimmed)
             trim(each);
@@ -255,6 +257,14 @@ private:
         return found;
     }
 
+    /// What the schema wants to refer to something that stays; false when nothing misses it.
+    bool keepHolders() {
+        const std::vector<std::uint32_t> missing = m_holders.missing([this](std::uint32_t i) { return stays(i); });
+        for (const std::uint32_t each : missing)
+            keep(each, Stay::kContext);
+        return !missing.empty();
+    }
+
     bool isAboutStaying(const VnIfcEntityBase& instance, const std::vector<const AttributeRow*>& rows) const {
         bool isAny = false;
         for (const AttributeRow* row : rows) {
@@ -306,6 +316,7 @@ private:
     ModelState& m_state;
     Roster m_roster;
     Annotations m_annotations;
+    Holders m_holders;
     const VnIfcEntityType* m_relationship = nullptr;
     const VnIfcEntityType* m_root = nullptr;
     const VnIfcEntityType* m_project = nullptr;

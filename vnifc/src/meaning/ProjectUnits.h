@@ -8,6 +8,9 @@
 
 namespace vnifc::detail {
 
+/// "LENGTHUNIT" for "IFCPOSITIVELENGTHMEASURE" and for itself; empty for what is no measure.
+std::string unitKindOf(std::string_view measure);
+
 /// The units that a project declares for all values that do not tell their own.
 class ProjectUnits {
 public:

@@ -184,8 +184,11 @@ private:
         while (!pending.empty()) {
             const Pending next = pending.back();
             pending.pop_back();
-            if (!m_known.insert(next.instance).second)
+            if (!m_known.insert(next.instance).second) {
+                if (next.parent != kNoParent)
+                    m_nodes[next.parent].elsewhere.push_back(m_state.wrap(*next.instance));
                 continue;
+            }
             const std::size_t parent = place(next);
             const auto parts = Relations(m_state.wrap(*next.instance)).all(*next.instance, kAllBelow);
             for (auto part = parts.rbegin(); part != parts.rend(); ++part)
@@ -199,7 +202,7 @@ private:
         const bool isRoot = pending.parent == kNoParent;
         const unsigned level = isRoot ? 0 : m_nodes[pending.parent].level + 1;
         if (isRoot || (level <= m_depth && m_state.is(*pending.instance, spatial()))) {
-            m_nodes.push_back({m_state.wrap(*pending.instance), level, {}});
+            m_nodes.push_back({m_state.wrap(*pending.instance), level, {}, {}});
             return m_nodes.size() - 1;
         }
         if (!m_state.is(*pending.instance, Entity::IfcPort))

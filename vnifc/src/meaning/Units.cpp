@@ -171,31 +171,6 @@ std::string signOfUnit(ModelState& state, const VnIfcEntityBase& unit) {
     return state.text(unit, state.is(unit, Entity::IfcMonetaryUnit) ? Name::Currency : Name::Name);
 }
 
-/// "LENGTHUNIT" for "IFCPOSITIVELENGTHMEASURE" and for itself; empty for what is no measure.
-std::string kindOf(std::string_view measure) {
-    static constexpr std::pair<std::string_view, std::string_view> kOthers[] = {
-        {"IFCTHERMALCONDUCTIVITYMEASURE", "THERMALCONDUCTANCEUNIT"},
-        {"IFCSECTIONALAREAINTEGRALMEASURE", "SECTIONAREAINTEGRALUNIT"}};
-    for (const auto& [other, kind] : kOthers)
-        if (measure == other)
-            return std::string(kind);
-    constexpr std::string_view kMeasure = "MEASURE";
-    if (!measure.ends_with(kMeasure))
-        return measure.ends_with("UNIT") ? std::string(measure) : std::string();
-    measure.remove_suffix(kMeasure.size());
-    for (const std::string_view prefix : {"IFC", "POSITIVE", "NONNEGATIVE"})
-        if (measure.starts_with(prefix))
-            measure.remove_prefix(prefix.size());
-    return std::string(measure) + "UNIT";
-}
-
-std::string upperCase(std::string_view name) {
-    std::string upper(name);
-    for (char& c : upper)
-        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
-    return upper;
-}
-
 } // namespace
 
 /// Finds the way from the instance of a unit to SI units.
@@ -403,7 +378,7 @@ std::string signOf(const Instance& unit) { return signOfUnit(detail::stateOf(uni
 
 Instance projectUnit(const Model& model, std::string_view measure) {
     ModelState& state = *model.wrap({}).state();
-    VnIfcEntityBase* unit = state.units().find(upperCase(measure));
+    VnIfcEntityBase* unit = state.units().find(detail::upperCase(measure));
     return unit ? state.wrap(*unit) : Instance();
 }
 
@@ -427,6 +402,23 @@ std::optional<Quantity> quantity(const Instance& instance, std::string_view attr
 
 namespace detail {
 
+std::string unitKindOf(std::string_view measure) {
+    static constexpr std::pair<std::string_view, std::string_view> kOthers[] = {
+        {"IFCTHERMALCONDUCTIVITYMEASURE", "THERMALCONDUCTANCEUNIT"},
+        {"IFCSECTIONALAREAINTEGRALMEASURE", "SECTIONAREAINTEGRALUNIT"}};
+    for (const auto& [other, kind] : kOthers)
+        if (measure == other)
+            return std::string(kind);
+    constexpr std::string_view kMeasure = "MEASURE";
+    if (!measure.ends_with(kMeasure))
+        return measure.ends_with("UNIT") ? std::string(measure) : std::string();
+    measure.remove_suffix(kMeasure.size());
+    for (const std::string_view prefix : {"IFC", "POSITIVE", "NONNEGATIVE"})
+        if (measure.starts_with(prefix))
+            measure.remove_prefix(prefix.size());
+    return std::string(measure) + "UNIT";
+}
+
 ProjectUnits::ProjectUnits(ModelState& state) {
     const auto projects = state.population.select(state.model(), [&](const VN_SDAI::VnIfcEntityType* type) {
         return type && type == state.type(Entity::IfcProject);
@@ -445,7 +437,7 @@ ProjectUnits::ProjectUnits(ModelState& state) {
 }
 
 VnIfcEntityBase* ProjectUnits::find(std::string_view measure) const {
-    const auto found = m_units.find(kindOf(measure));
+    const auto found = m_units.find(unitKindOf(measure));
     return found == m_units.end() ? nullptr : found->second;
 }
 

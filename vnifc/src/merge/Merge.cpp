@@ -1,4 +1,5 @@
 #include "../compare/Digests.h"
+#include "../units/UnitChanges.h"
 #include "../whole/Living.h"
 #include "../whole/Targets.h"
 
@@ -10,7 +11,6 @@
 #include <VnIfcCore/VnIfcGUID.h>
 
 #include <algorithm>
-#include <cmath>
 #include <map>
 #include <set>
 
@@ -20,9 +20,6 @@ using namespace VN_SDAI;
 using namespace detail;
 
 namespace {
-
-// Files write the factor of a degree with as few digits as 0.0174533.
-constexpr double kDigits = 1e-6;
 
 Instance projectOf(const Model& model) {
     const std::vector<Instance> projects = model.instances("IfcProject").toVector();
@@ -37,24 +34,17 @@ std::vector<Instance> listOf(const Instance& instance, const char* attribute) {
 
 Instance oneOf(const Instance& instance, const char* attribute) { return instance[attribute].valueOr(Instance()); }
 
-/// "LENGTHUNIT"; of money the entity.
-std::string kindOf(const Instance& unit) {
-    return unit.has("UnitType") ? unit["UnitType"].valueOr(std::string()) : std::string(unit.type());
+bool hasSameUnits(const Model& target, const Model& other) {
+    return UnitChanges(projectOf(other), projectOf(target)).empty();
 }
 
-bool isSameUnit(const Instance& left, const Instance& right) {
-    if (left.is("IfcMonetaryUnit") || right.is("IfcMonetaryUnit"))
-        return signOf(left) == signOf(right);
-    try {
-        const Unit a(left);
-        const Unit b(right);
-        const auto isClose = [](double x, double y) { return std::abs(x - y) <= kDigits * std::abs(x); };
-        return isClose(a.factor(), b.factor()) && isClose(a.offset(), b.offset()) && a.dimension() == b.dimension();
-    } catch (const BadValue&) {
-        return left.name() == right.name(); // context-dependent ones have nothing but a name
-    }
+void checkReleases(const Model& target, const Model& other) {
+    if (target.release() != other.release())
+        throw BadValue("it is of " + std::string(other.release()) + ", expected " + std::string(target.release()) +
+                       ": convert it first");
 }
 
+/// Of two models of one release whose units are the same.
 class Merger {
 public:
     Merger(Model& target, const Model& other, const MergeOptions& options)
@@ -62,10 +52,7 @@ public:
           m_there(*other.wrap({}).state()), m_project(projectOf(target)), m_otherProject(projectOf(other)),
           m_roster(m_here.model()), m_otherRoster(m_there.model()), m_digests(m_here, m_roster, {}),
           m_otherDigests(m_there, m_otherRoster, {}) {
-        if (target.release() != other.release())
-            throw BadValue("it is of " + std::string(other.release()) + ", expected " + std::string(target.release()) +
-                           ": convert it first");
-        compareUnits();
+        findNewUnits();
     }
 
     MergeResult run() {
@@ -88,18 +75,21 @@ public:
     }
 
 private:
-    void compareUnits() {
-        std::map<std::string, Instance> units;
-        for (const Instance& unit : listOf(oneOf(m_project, "UnitsInContext"), "Units"))
-            units.emplace(kindOf(unit), unit);
+    /// Kinds that only the other project declares come along, unless they would mean something for values that are
+    /// here.
+    void findNewUnits() {
+        const std::map<std::string, Instance> units = unitsOf(m_project);
+        UnitChanges changes;
         for (const Instance& unit : listOf(oneOf(m_otherProject, "UnitsInContext"), "Units")) {
-            const auto found = units.find(kindOf(unit));
-            if (found == units.end())
-                m_newUnits.push_back(unit);
-            else if (!isSameUnit(found->second, unit))
-                throw BadValue("its unit of kind " + found->first + " is " + signOf(unit) + ", expected " +
-                               signOf(found->second) + ": values in different units are not mixed");
+            const std::string kind = kindOf(unit);
+            if (units.contains(kind))
+                continue;
+            m_newUnits.push_back(unit);
+            if (kind != "USERDEFINED" && !kind.empty())
+                changes.forbid(kind, "the project that is there declares no unit of kind " + kind + ", this one " +
+                                         signOf(unit));
         }
+        checkChanges(m_target, changes);
     }
 
     void standIn(const Instance& other, const Instance& here) {
@@ -248,7 +238,18 @@ private:
 } // namespace
 
 MergeResult merge(Model& target, const Model& other, const MergeOptions& options) {
-    return Merger(target, other, options).run();
+    checkReleases(target, other);
+    if (hasSameUnits(target, other))
+        return Merger(target, other, options).run();
+    return merge(target, openText(other.text(), {.release = std::string(other.release()), .keptFindings = 0}), options);
+}
+
+MergeResult merge(Model& target, Model&& other, const MergeOptions& options) {
+    checkReleases(target, other);
+    const std::uint64_t converted = convertUnits(other, target);
+    MergeResult result = Merger(target, other, options).run();
+    result.converted = converted;
+    return result;
 }
 
 } // namespace vnifc

@@ -65,12 +65,16 @@ const VnIfcParameterType* innermost(const VnIfcParameterType* type) noexcept {
     return type;
 }
 
-std::string upperNameOf(const VnIfcParameterType* type) {
-    const auto* named = dynamic_cast<const VnIfcNameType*>(type);
-    std::string upper(named ? named->name().view() : std::string_view());
+std::string upperCase(std::string_view name) {
+    std::string upper(name);
     for (char& c : upper)
         c = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
     return upper;
+}
+
+std::string upperNameOf(const VnIfcParameterType* type) {
+    const auto* named = dynamic_cast<const VnIfcNameType*>(type);
+    return named ? upperCase(named->name().view()) : std::string();
 }
 
 ClassInfo::ClassInfo(const VnIfcEntityType& record) : type(record), rows(*record.entityClass()) {
@@ -95,12 +99,14 @@ ClassInfo::ClassInfo(const VnIfcEntityType& record) : type(record), rows(*record
     static constexpr std::string_view kUnitCarriers[] = {
         "IfcProject",         "IfcUnitAssignment",     "IfcNamedUnit",   "IfcDerivedUnit",
         "IfcMeasureWithUnit", "IfcDerivedUnitElement", "IfcMonetaryUnit"};
-    carriesUnits = std::ranges::any_of(kUnitCarriers, [&](std::string_view name) {
-        for (const EntityClass* each = &rows; each; each = each->supertype)
-            if (each->name == name)
-                return true;
-        return false;
-    });
+    carriesUnits = std::ranges::any_of(kUnitCarriers, [this](std::string_view name) { return is(name); });
+}
+
+bool ClassInfo::is(std::string_view entity) const noexcept {
+    for (const EntityClass* each = &rows; each; each = each->supertype)
+        if (each->name == entity)
+            return true;
+    return false;
 }
 
 const AttributeRow* ClassInfo::find(std::string_view name) const noexcept {

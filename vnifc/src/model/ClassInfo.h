@@ -5,6 +5,7 @@
 #include <VnIfcTyped/Entity.h>
 
 #include <array>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -30,6 +31,8 @@ struct ClassInfo {
     const AttributeInfo* findExplicit(std::string_view name) const noexcept;
     const AttributeInfo* infoOf(const VN_SDAI::typed::AttributeRow& row) const noexcept;
     const VN_SDAI::typed::AttributeRow* row(Name name) const noexcept { return named[static_cast<std::size_t>(name)]; }
+    /// True for the entity of that name, as declared, and its subtypes.
+    bool is(std::string_view entity) const noexcept;
     /// True when inverse attributes mirror that attribute.
     bool isMirrored(const VN_SDAI::typed::AttributeRow& row) const noexcept;
 
@@ -44,6 +47,8 @@ struct ClassInfo {
 
 /// Comparison without regard to the case of ASCII letters.
 bool sameName(std::string_view left, std::string_view right) noexcept;
+/// The form of keywords; of ASCII letters only.
+std::string upperCase(std::string_view name);
 
 /// The type beneath names.
 const VN_SDAI::VnIfcParameterType* underlying(const VN_SDAI::VnIfcParameterType* type) noexcept;

@@ -127,6 +127,11 @@ Value Instance::parse(std::string_view attribute, std::string_view text) const {
     return detail::parse(*m_state, instance, explicitAttribute(*m_state, instance, attribute), text);
 }
 
+void Instance::setFromText(std::string_view attribute, std::string_view text) {
+    VnIfcEntityBase& instance = opened();
+    detail::storeText(*m_state, instance, explicitAttribute(*m_state, instance, attribute), text);
+}
+
 bool Instance::has(std::string_view attribute) const {
     const ClassInfo* info = m_state ? m_state->classOf(opened()) : nullptr;
     return info && info->find(attribute);
@@ -138,11 +143,26 @@ std::optional<std::string> Instance::keptText(std::string_view attribute) const 
     return text.empty() ? std::nullopt : std::optional<std::string>(text);
 }
 
+std::vector<std::pair<std::string_view, std::string>> Instance::keptTexts() const {
+    const VnIfcEntityBase& instance = opened();
+    std::vector<std::pair<std::string_view, std::string>> result;
+    if (const ClassInfo* info = m_state->classOf(instance))
+        for (const auto& [position, text] : instance.keptTexts())
+            result.emplace_back(position < info->attributes.size() ? info->attributes[position].row->name : "", text);
+    return result;
+}
+
 AttributeRange Instance::attributes() const {
     const ClassInfo* info = m_state->classOf(opened());
     if (!info)
         return {*this, nullptr, nullptr};
     return {*this, info->attributes.data(), info->attributes.data() + info->attributes.size()};
+}
+
+std::optional<Attribute> Instance::attribute(std::string_view name) const {
+    const ClassInfo* info = m_state->classOf(opened());
+    const AttributeInfo* found = info ? info->findExplicit(name) : nullptr;
+    return found ? std::optional(Attribute(*this, found)) : std::nullopt;
 }
 
 InstanceRange Instance::references() const {
@@ -193,6 +213,7 @@ std::string_view Attribute::typeName() const noexcept { return m_info->typeName;
 unsigned Attribute::position() const noexcept { return m_info->position; }
 bool Attribute::isOptional() const noexcept { return m_info->row->mark == typed::kOptional; }
 bool Attribute::isDerived() const noexcept { return m_info->isDerived; }
+bool Attribute::isSelect() const noexcept { return m_info->row->kind == typed::AttributeKind::kSelect; }
 
 Value Attribute::value() const {
     return valueOf(*m_instance.state(), detail::opened(m_instance), *m_info->row, m_info);

@@ -41,8 +41,10 @@ VnIfcFile checked(VnIfcFile file, const std::string& what) {
     return file;
 }
 
-/// The number in "#12" or "12"; false for anything else.
+/// The number in "#12" or "12"; false for anything else, also for a GlobalId of digits only.
 bool readNumber(std::string_view address, std::uint64_t& number) {
+    if (address.size() == VnIfcGUID::kLength)
+        return false;
     if (address.starts_with('#'))
         address.remove_prefix(1);
     const char* const end = address.data() + address.size();
@@ -218,6 +220,19 @@ InstanceRange Model::instances(std::string_view entity, bool exact) const {
         throw NotFound("neither " + std::string(release()) + " nor the file has an entity \"" + std::string(entity) +
                        '"');
     return {std::move(strangers), m_state.get()};
+}
+
+bool Model::hasAttribute(std::string_view entity, std::string_view attribute) const {
+    const VnIfcEntityType* type = m_state->schema().entity(entity);
+    std::vector<const VnIfcEntityType*> pending(type ? 1 : 0, type);
+    while (!pending.empty()) {
+        const VnIfcEntityType* next = pending.back();
+        pending.pop_back();
+        if (m_state->classOf(*next).find(attribute))
+            return true;
+        pending.insert(pending.end(), next->subtypes().begin(), next->subtypes().end());
+    }
+    return false;
 }
 
 AttributeKey Model::key(std::string_view entity, std::string_view attribute) const {

@@ -2,7 +2,6 @@
 #include "Reading.h"
 #include "Writing.h"
 
-#include <VnIfcCore/VnIfcEnumerationType.h>
 #include <VnIfcCore/VnIfcSelectType.h>
 #include <VnIfcCore/VnIfcText.h>
 
@@ -87,14 +86,6 @@ std::string exchangeForm(const VnIfcSchema& schema, const VnIfcEntityBase& insta
 
 // ---- why something does not fit
 
-std::string literalsOf(const VnIfcParameterType* type) {
-    const auto* enumeration = dynamic_cast<const VnIfcEnumerationType*>(underlying(type));
-    std::string literals;
-    for (const VnAnsiString& literal : enumeration ? enumeration->literals() : std::span<const VnAnsiString>())
-        literals.append(literals.empty() ? "one of " : ", ").append(literal.view());
-    return literals;
-}
-
 std::string typeNameOf(const VnIfcParameterType* type) {
     const auto* named = dynamic_cast<const VnIfcNameType*>(type);
     return named ? std::string(named->name().view()) : "the attribute";
@@ -115,7 +106,7 @@ std::string reasonOf(const ParameterReader& reader, const AttributeInfo& attribu
     default:
         break;
     }
-    const std::string literals = literalsOf(attribute.type);
+    const std::string literals = literalsOf(*attribute.row);
     if (!literals.empty())
         return "expected " + literals;
     const bool isSelect = dynamic_cast<const VnIfcSelectType*>(innermost(attribute.type)) != nullptr;
@@ -154,16 +145,30 @@ std::string placeOf(const VnIfcEntityBase& instance, const AttributeInfo& attrib
            std::string(instance.getInstanceType()->name().view()) + '.' + attribute.row->name;
 }
 
-Value parse(ModelState& state, const VnIfcEntityBase& instance, const AttributeInfo& attribute, std::string_view text) {
+namespace {
+
+/// An instance that stands in no model, with what was typed in the attribute.
+std::unique_ptr<VnIfcEntityBase> holderOf(ModelState& state, const VnIfcEntityBase& instance,
+                                          const AttributeInfo& attribute, std::string_view text) {
     if (attribute.isDerived)
         throw BadValue(placeOf(instance, attribute) + ": the value is derived and cannot be changed");
-    const std::unique_ptr<VnIfcEntityBase> holder(instance.getInstanceType()->create());
+    std::unique_ptr<VnIfcEntityBase> holder(instance.getInstanceType()->create());
     ParameterReader reader(state.model());
     if (!reader.read(*holder, attribute.position, exchangeForm(state.schema(), instance, attribute, text)))
         throw BadValue(placeOf(instance, attribute) + ": " + reasonOf(reader, attribute) + ", found " +
                        std::string(text));
     checkTargets(instance, *holder, attribute, text);
-    return valueOf(state, *holder, *attribute.row, &attribute);
+    return holder;
+}
+
+} // namespace
+
+Value parse(ModelState& state, const VnIfcEntityBase& instance, const AttributeInfo& attribute, std::string_view text) {
+    return valueOf(state, *holderOf(state, instance, attribute, text), *attribute.row, &attribute);
+}
+
+void storeText(ModelState& state, VnIfcEntityBase& instance, const AttributeInfo& attribute, std::string_view text) {
+    storeFrom(state, instance, attribute, *holderOf(state, instance, attribute, text));
 }
 
 } // namespace vnifc::detail

@@ -16,13 +16,6 @@ using typed::fieldOf;
 
 namespace {
 
-std::string upperCase(std::string_view name) {
-    std::string upper(name);
-    for (char& c : upper)
-        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
-    return upper;
-}
-
 /// One walk through one value.
 class Walk {
 public:

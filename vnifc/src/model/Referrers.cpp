@@ -1,6 +1,6 @@
 #include "Referrers.h"
 
-#include "ModelState.h"
+#include "../whole/References.h"
 
 #include <algorithm>
 
@@ -52,11 +52,17 @@ void Referrers::build(ModelState& state) {
         edges.emplace_back(static_cast<std::uint32_t>(ordinal), source);
         ++m_ends[ordinal];
     };
-    for (; source < count; ++source)
-        if (const VnIfcEntityBase* instance = all[source].openObject())
-            if (const ClassInfo* info = state.classOf(*instance))
-                for (const typed::AttributeRow* row : info->references)
-                    forEachHandle(*instance, *row, add);
+    const auto addNumber = [&](std::size_t, std::size_t, std::uint64_t number) { add(state.model().find(number)); };
+    for (; source < count; ++source) {
+        const VnIfcEntityBase* instance = all[source].openObject();
+        if (!instance)
+            continue;
+        if (const ClassInfo* info = state.classOf(*instance))
+            for (const typed::AttributeRow* row : info->references)
+                forEachHandle(*instance, *row, add);
+        if (hasText(*instance))
+            forEachText(*instance, [&](std::string_view text) { forEachTextReference(text, addNumber); });
+    }
 
     std::uint32_t sum = 0;
     for (std::uint32_t& end : m_ends)

@@ -33,15 +33,24 @@ std::string expectation(const AttributeInfo& attribute) {
         return "true, false or unknown";
     case AttributeKind::kBinary:
         return "no value, since values of BINARY are kept as text and cannot be changed";
-    case AttributeKind::kEnumeration: {
-        std::string literals;
-        for (const char* literal : typed::enumerationClassOf(*attribute.row).literals)
-            literals.append(literals.empty() ? "one of " : ", ").append(literal);
-        return literals;
-    }
+    case AttributeKind::kEnumeration:
+        return literalsOf(*attribute.row);
     default:
         return "a value of " + std::string(attribute.typeName);
     }
+}
+
+/// What an instance holds in the form in which another one takes it.
+VnIfcVariant offeredBy(const VnIfcEntityBase& holder, const AttributeInfo& attribute) {
+    VnIfcVariant held;
+    holder.getAttr(attribute.row->name, held);
+    VnIfcVariant offered = held;
+    // Enumerations and aggregates are not taken in the form in which they are given.
+    if (held.type()->enumeration())
+        held.convertTo(VnIfcVariantType::Desc<const char*>::value(), offered);
+    else if (held.type()->isAggregate())
+        held.convertTo(VnIfcVariantType::Desc<VnIfcArray<VnIfcVariant>>::value(), offered);
+    return offered;
 }
 
 /// Brings one value into one attribute.
@@ -339,13 +348,7 @@ private:
         ParameterReader reader(m_state.model());
         if (!reader.read(*holder, m_attribute.position, value.toString(TextForm::kExchange)))
             refuse();
-        VnIfcVariant held, offered;
-        holder->getAttr(m_attribute.row->name, held);
-        offered = held;
-        // An instance does not take aggregates in the form in which it gives them.
-        if (held.type()->isAggregate())
-            held.convertTo(VnIfcVariantType::Desc<VnIfcArray<VnIfcVariant>>::value(), offered);
-        put(offered);
+        put(offeredBy(*holder, m_attribute));
     }
 
     void checkInstances(const Value& value) const {
@@ -370,15 +373,45 @@ bool canRefer(AttributeKind kind) noexcept {
 
 } // namespace
 
-void store(ModelState& state, VnIfcEntityBase& instance, const AttributeInfo& attribute, const Value& value) {
+namespace {
+
+/// Calls `change()`, which stores something in the attribute, and lets follow what is derived from it.
+template <class Change>
+void changing(ModelState& state, VnIfcEntityBase& instance, const AttributeInfo& attribute, Change change) {
     if (attribute.isDerived)
         throw BadValue(placeOf(instance, attribute) + ": the value is derived and cannot be changed");
-    const bool refers = canRefer(attribute.row->kind);
+    // What is kept as text may refer, whatever the attribute.
+    const bool refers = canRefer(attribute.row->kind) || instance.keepsText(attribute.position);
     const Unmirrored unmirrored(state, instance, refers && state.classOf(instance)->isMirrored(*attribute.row));
-    Store(state, instance, attribute, value).run();
+    change();
     if (refers)
         state.referencesChanged();
     state.changed(*state.classOf(instance));
+}
+
+} // namespace
+
+std::string literalsOf(const typed::AttributeRow& row) {
+    std::string literals;
+    if (row.kind == AttributeKind::kEnumeration)
+        for (const char* literal : typed::enumerationClassOf(row).literals)
+            literals.append(literals.empty() ? "one of " : ", ").append(literal);
+    return literals;
+}
+
+void store(ModelState& state, VnIfcEntityBase& instance, const AttributeInfo& attribute, const Value& value) {
+    changing(state, instance, attribute, [&] { Store(state, instance, attribute, value).run(); });
+}
+
+void storeFrom(ModelState& state, VnIfcEntityBase& instance, const AttributeInfo& attribute,
+               const VnIfcEntityBase& holder) {
+    auto& entity = static_cast<typed::Entity&>(instance);
+    changing(state, instance, attribute, [&] {
+        if (!typed::testField(static_cast<const typed::Entity&>(holder), *attribute.row))
+            typed::unsetField(entity, attribute.position);
+        else if (!typed::putField(entity, attribute.position, offeredBy(holder, attribute)))
+            throw BadValue(placeOf(instance, attribute) + ": the value cannot be taken");
+    });
 }
 
 } // namespace vnifc::detail

@@ -7,6 +7,12 @@ namespace vnifc::detail {
 /// Stores a value, null to unset; inverse attributes follow. Throws BadValue, with the attribute unchanged, when it
 /// does not fit.
 void store(ModelState& state, VN_SDAI::VnIfcEntityBase& instance, const AttributeInfo& attribute, const Value& value);
+/// Stores what another instance of the entity has in the attribute; throws BadValue when it cannot be taken.
+void storeFrom(ModelState& state, VN_SDAI::VnIfcEntityBase& instance, const AttributeInfo& attribute,
+               const VN_SDAI::VnIfcEntityBase& holder);
+/// Stores what somebody typed; see Instance::setFromText.
+void storeText(ModelState& state, VN_SDAI::VnIfcEntityBase& instance, const AttributeInfo& attribute,
+               std::string_view text);
 /// The value of an attribute that somebody means by a text; see Instance::parse.
 Value parse(ModelState& state, const VN_SDAI::VnIfcEntityBase& instance, const AttributeInfo& attribute,
             std::string_view text);
@@ -30,6 +36,9 @@ private:
     VN_SDAI::VnIfcEntityBase* m_instance;
 };
 
+/// "one of A, B": those that the class takes, which need not be those of the dictionary's record; empty for no
+/// enumeration.
+std::string literalsOf(const VN_SDAI::typed::AttributeRow& row);
 /// "#12 IFCWALL.Name", for messages.
 std::string placeOf(const VN_SDAI::VnIfcEntityBase& instance, const AttributeInfo& attribute);
 

@@ -125,13 +125,6 @@ private:
     std::vector<std::size_t> m_hidden; ///< number of elements that are left out, list by list from the outermost
 };
 
-std::string upperCase(std::string_view name) {
-    std::string upper(name);
-    for (char& c : upper)
-        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
-    return upper;
-}
-
 } // namespace
 
 ValueVisitor::~ValueVisitor() = default;
@@ -201,7 +194,7 @@ void visitValue(const Value& value, ValueVisitor& visitor) {
     }
     case Value::Kind::kTyped: {
         const auto& typed = std::get<Typed>(value.variant());
-        visitor.beginTyped(upperCase(typed.type()));
+        visitor.beginTyped(detail::upperCase(typed.type()));
         visitValue(typed.value(), visitor);
         return visitor.endTyped();
     }

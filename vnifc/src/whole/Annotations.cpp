@@ -32,16 +32,9 @@ constexpr About kAbout[] = {
 
 constexpr std::string_view kRelationship = "Relationship";
 
-bool isKindOf(const typed::EntityClass& type, std::string_view name) {
-    for (const typed::EntityClass* each = &type; each; each = each->supertype)
-        if (each->name == name)
-            return true;
-    return false;
-}
-
 /// IfcApprovalRelationship, IfcExternalReferenceRelationship: relationships without a GlobalId.
-bool isResourceRelationship(const typed::EntityClass& type) {
-    return std::string_view(type.name).ends_with(kRelationship) && !isKindOf(type, "IfcRoot");
+bool isResourceRelationship(const ClassInfo& info) {
+    return std::string_view(info.rows.name).ends_with(kRelationship) && !info.is("IfcRoot");
 }
 
 } // namespace
@@ -51,10 +44,10 @@ const std::vector<const typed::AttributeRow*>& Annotations::lookUp(const ClassIn
     if (!isNew)
         return found->second;
     for (const About& about : kAbout)
-        if (isKindOf(info.rows, about.entity))
+        if (info.is(about.entity))
             if (const AttributeInfo* attribute = info.findExplicit(about.attribute))
                 found->second.push_back(attribute->row);
-    if (isResourceRelationship(info.rows))
+    if (isResourceRelationship(info))
         found->second = info.references;
     return found->second;
 }
