@@ -1,18 +1,23 @@
 // Reading, writing and inverse attributes of one large file, beside the baselines in the same run. The file is named by
 // VNIFC_BENCH_FILE; see docs/performance.md for how it is made.
 #include "Baselines.h"
+#include "SerialTime.h"
 
 #include <IFC4X3/Module.h>
+#include <VnIfcCore/VnIfcCheck.h>
 #include <VnIfcCore/VnIfcModel.h>
 #include <VnIfcCore/VnIfcSchema.h>
 #include <VnRx/VnModuleLifeCycleApp.h>
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -124,22 +129,125 @@ void setInverses(benchmark::State& state) {
         if (!model.readFile(fileName(), options))
             std::abort();
         state.ResumeTiming();
-        model.setInverseCounterParts();
+        model.setInverseCounterParts(static_cast<unsigned>(state.range(0)));
     }
     setRate(state);
+}
+
+/// A whole load, inverse attributes included. The counter is the share of its processor time that is serial.
+void serialShare(benchmark::State& state) {
+    if (!ready(state))
+        return;
+    VnIfcReadOptions options;
+    options.threads = static_cast<unsigned>(state.range(0));
+    for (auto _ : state) {
+        VnIfcModel model(schema());
+        bench::startProcessorTime();
+        const bool isRead = static_cast<bool>(model.readFile(fileName(), options));
+        const bench::ProcessorTime time = bench::processorTime();
+        if (!isRead)
+            std::abort();
+        state.counters["serial"] = time.serial / time.all;
+        state.PauseTiming();
+        model.clear();
+        state.ResumeTiming();
+    }
+}
+
+void check(benchmark::State& state) {
+    if (!ready(state))
+        return;
+    VnIfcModel& model = loaded();
+    model.setInverseCounterParts();
+    for (auto _ : state) {
+        VnIfcCheck check(model, {});
+        check.run(static_cast<unsigned>(state.range(0)));
+        state.counters["errors"] = static_cast<double>(check.errors());
+    }
+    setRate(state);
+}
+
+/// Files of 5 to 100 kB, cut out of the large one.
+class SmallFiles {
+public:
+    SmallFiles() {
+        std::filesystem::create_directories(m_directory);
+        const std::string& text = fileText();
+        const std::size_t data = text.find("DATA;") + 6;
+        std::size_t begin = data;
+        for (std::size_t i = 0; i < kFiles; ++i) {
+            const std::size_t size = 5'000 + i * 7919 % 95'001;
+            if (begin + size >= text.size())
+                begin = data;
+            const std::size_t end = std::min(text.find(";\n", begin + size), text.find("ENDSEC;", begin) - 2) + 2;
+            m_paths.push_back(m_directory / (std::to_string(i) + ".ifc"));
+            std::ofstream(m_paths.back(), std::ios::binary)
+                << std::string_view(text).substr(0, data) << std::string_view(text).substr(begin, end - begin)
+                << "ENDSEC;\nEND-ISO-10303-21;\n";
+            m_bytes += std::filesystem::file_size(m_paths.back());
+            begin = end;
+        }
+    }
+    SmallFiles(const SmallFiles&) = delete;
+    SmallFiles& operator=(const SmallFiles&) = delete;
+    ~SmallFiles() {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_directory, ignored);
+    }
+
+    const std::vector<std::filesystem::path>& paths() const { return m_paths; }
+    std::size_t bytes() const { return m_bytes; }
+
+private:
+    static constexpr std::size_t kFiles = 2'000;
+
+    std::filesystem::path m_directory = std::filesystem::temp_directory_path() / "vnifc_bench_files";
+    std::vector<std::filesystem::path> m_paths;
+    std::size_t m_bytes = 0;
+};
+
+/// One file a thread.
+void manyFiles(benchmark::State& state) {
+    if (!ready(state))
+        return;
+    static const SmallFiles files;
+    for (auto _ : state) {
+        std::atomic<std::size_t> next = 0;
+        const auto serve = [&] {
+            VnIfcReadOptions options;
+            options.threads = 1;
+            options.inverses = false;
+            for (std::size_t i; (i = next.fetch_add(1)) < files.paths().size();) {
+                VnIfcModel model(schema());
+                if (!model.readFile(files.paths()[i], options))
+                    std::abort();
+            }
+        };
+        std::vector<std::jthread> threads;
+        for (int i = 0; i < state.range(0); ++i)
+            threads.emplace_back(serve);
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * static_cast<std::int64_t>(files.bytes()));
+    state.counters["MB"] = static_cast<double>(files.bytes()) / 1e6;
 }
 
 /// What a run takes when nobody else disturbs the machine.
 double fastest(const std::vector<double>& times) { return *std::min_element(times.begin(), times.end()); }
 
 void inRatios(benchmark::internal::Benchmark* benchmark) {
-    benchmark->Unit(benchmark::kMillisecond)->UseRealTime()->ComputeStatistics("fastest", fastest);
+    benchmark->Unit(benchmark::kMillisecond)
+        ->MeasureProcessCPUTime()
+        ->UseRealTime()
+        ->ComputeStatistics("fastest", fastest);
 }
 
 BENCHMARK(plainScan)->Apply(inRatios);
 BENCHMARK(plainTokenizer)->Apply(inRatios);
 BENCHMARK(load)->Arg(1)->Arg(2)->Apply(inRatios);
-BENCHMARK(setInverses)->Apply(inRatios);
+BENCHMARK(setInverses)->Arg(1)->Arg(2)->Apply(inRatios);
+BENCHMARK(serialShare)->Arg(2)->Arg(8)->Apply(inRatios);
+BENCHMARK(check)->Arg(1)->Arg(2)->Apply(inRatios);
+BENCHMARK(manyFiles)->Arg(2)->Apply(inRatios);
 BENCHMARK(write)->Arg(1)->Arg(2)->Apply(inRatios);
 
 } // namespace

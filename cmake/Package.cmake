@@ -1,10 +1,6 @@
 # find_package(vnifc) gives vnifc::VnIfcCore and a target for each release that was built, vnifc::VnIfc4x3Add2 and so
 # on. The libraries need nothing from others in public, so the exported targets are the whole of the package's
 # configuration.
-if(NOT TARGET VnIfcCore)
-    return()
-endif()
-
 include(CMakePackageConfigHelpers)
 
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/vnifc")

@@ -1,8 +1,8 @@
 // Any bytes as a schema in EXPRESS, or as its declarations: they are read, resolved and emitted, or refused with the
 // place of the fault.
 #include <Emit.h>
-#include <express/Parser.h>
 #include <Resolve.h>
+#include <express/Parser.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -46,11 +46,15 @@ void readSchema(std::string_view text) {
     const SchemaDecl schema = parseSchema(kFile, text);
     require(isWord(schema.name));
     const BuildingOrder order = orderOf(schema);
+    static const Target target{
+        readRelease("r.txt", "name S\nmodule VnS\npackage s\ntitle S\nversion kIfc4 kZero\nserves S\n"), "schemas/s"};
     static const SchemaDecl records = parseSchema("r.exp", "SCHEMA R; END_SCHEMA;");
-    const Model model = resolve(schema, records, order);
-    require(model.entities.size() == schema.entities.size());
-    require(model.entityOrder.size() == model.entities.size());
-    require(emit(model, {"s", "r", "o"}) == emit(resolve(schema, records, order), {"s", "r", "o"}));
+    for (const Differences& differences : {Differences{}, Differences{records, order}}) {
+        const Model model = resolve(schema, differences);
+        require(model.entities.size() == schema.entities.size());
+        require(model.entityOrder.size() == model.entities.size());
+        require(emit(model, target) == emit(resolve(schema, differences), target));
+    }
 }
 
 } // namespace

@@ -25,7 +25,7 @@ Sections split(std::string_view text) {
     return {text.substr(0, data + 5), text.substr(data + 5, end - data - 5)};
 }
 
-/// Appends `data` with `shift` added to every number behind a "#" that is not in a string, times `factor`.
+/// Appends `data` with `shift` added to every number after a "#" that is not in a string, times `factor`.
 void appendShifted(std::string& out, std::string_view data, unsigned long long shift, unsigned long long factor) {
     bool inString = false;
     for (std::size_t i = 0; i < data.size(); ++i) {

@@ -12,9 +12,8 @@ std::string aggregateType(const Layer& layer, const std::string& element) {
     const std::string name = layer.kind == AggregateKind::kSet || layer.kind == AggregateKind::kBag
                                  ? "VN_SDAI::VnIfcSetAggr"
                                  : "VN_SDAI::VnIfcListAggr";
-    if (isUnbounded(layer)) {
+    if (isUnbounded(layer))
         return name + "<" + element + ">";
-    }
     return name + "Bounded<" + element + ", " + std::to_string(layer.lower.value.value_or(0)) + ", " +
            std::to_string(layer.upper.value.value_or(kUnboundedArgument)) + ">";
 }
@@ -47,28 +46,24 @@ std::string valueType(const Type& type) {
 
 std::string memberType(const Type& type) {
     const std::string element = valueType(type);
-    if (type.layers.empty()) {
+    if (type.layers.empty())
         return element;
-    }
-    if (type.layers.size() == 1) {
+    if (type.layers.size() == 1)
         return aggregateType(type.layers[0], element);
-    }
     // Bounds of nested lists are kept nowhere, so that one class serves them all.
     return "VN_SDAI::VnIfcListAggrCompound<VN_SDAI::VnIfcListAggr<" + element + ">>";
 }
 
 std::string arrayType(const Type& type) {
     std::string result = valueType(type);
-    for (std::size_t i = 0; i < type.layers.size(); ++i) {
+    for (std::size_t i = 0; i < type.layers.size(); ++i)
         result = "VN_SDAI::VnIfcArray<" + result + ">";
-    }
     return result;
 }
 
 std::string unsetInitialiser(const Type& type) {
-    if (type.isAggregate()) {
+    if (type.isAggregate())
         return "";
-    }
     switch (type.kind) {
     case Kind::kBinary:
     case Kind::kString:

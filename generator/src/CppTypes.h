@@ -15,7 +15,7 @@ std::string memberType(const Type& type);
 /// C++ type of the plain array in which an aggregation's contents are handed over.
 std::string arrayType(const Type& type);
 
-/// What stands behind a member's name in its declaration, so that it starts unset.
+/// What stands after a member's name in its declaration, so that it starts unset.
 std::string unsetInitialiser(const Type& type);
 
 /// A bound as the dictionary's and the inverse attributes' tables write it: a number or "kUnbounded".

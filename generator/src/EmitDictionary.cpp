@@ -7,61 +7,52 @@ namespace {
 
 void writeTexts(Writer& out, std::string_view table, const std::vector<std::string>& texts) {
     out.line("constexpr const char* ", table, "[] = {");
-    for (const std::string& text : texts) {
+    for (const std::string& text : texts)
         out.line("    \"", text, "\",");
-    }
     out.line("};");
 }
 
 void writeEntities(Writer& out, const Model& model) {
     out.line("constexpr const EntityClass* entityTable[] = {");
-    for (const Entity* entity : model.entityOrder) {
+    for (const Entity* entity : model.entityOrder)
         out.line("    &", entity->name, "::s_class,");
-    }
     out.line("};\n");
 }
 
 void writeEnumerations(Writer& out, const Model& model) {
     out.line("constexpr const EnumerationClass* enumerationClassTable[] = {");
-    for (const Enumeration& enumeration : model.enumerations) {
+    for (const Enumeration& enumeration : model.enumerations)
         out.line("    &", enumeration.name, "::s_class,");
-    }
     out.line("};\n");
-    for (const Enumeration& record : model.enumerationRecords) {
+    for (const Enumeration& record : model.enumerationRecords)
         writeTexts(out, "literals_" + record.name, record.literals);
-    }
     out.line("constexpr EnumerationRecord enumerationTable[] = {");
-    for (const Enumeration& record : model.enumerationRecords) {
+    for (const Enumeration& record : model.enumerationRecords)
         out.line("    {\"", lower(record.name), "\", literals_", record.name, "},");
-    }
     out.line("};\n");
 }
 
 void writeDefinedTypes(Writer& out, const Model& model) {
     out.line("constexpr DefinedType definedTypeTable[] = {");
-    for (const DefinedType* type : model.definedTypeOrder) {
+    for (const DefinedType* type : model.definedTypeOrder)
         out.line("    {\"", type->name, "\", \"", type->underlying, "\"},");
-    }
     out.line("};\n");
 }
 
 void writeSelects(Writer& out, const Model& model) {
     out.line("constexpr const SelectClass* selectClassTable[] = {");
-    for (const Select* select : model.selectOrder) {
+    for (const Select* select : model.selectOrder)
         out.line("    &", select->name, "::s_class,");
-    }
     out.line("};\n");
     for (const Select* select : model.selectOrder) {
         std::vector<std::string> members;
-        for (const std::string& member : select->members) {
+        for (const std::string& member : select->members)
             members.push_back(upper(member));
-        }
         writeTexts(out, "members_" + select->name, members);
     }
     out.line("constexpr SelectRecord selectTable[] = {");
-    for (const Select* select : model.selectOrder) {
+    for (const Select* select : model.selectOrder)
         out.line("    {\"", select->name, "\", members_", select->name, ", &", select->name, "::sType},");
-    }
     out.line("};\n");
 }
 
@@ -115,9 +106,8 @@ std::string source(const Model& model, const Target& target) {
 
 template <class Records>
 void includeAll(Writer& out, const Records& records) {
-    for (const auto& record : records) {
+    for (const auto& record : records)
         out.includeClass(record.name);
-    }
 }
 
 } // namespace

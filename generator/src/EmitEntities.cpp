@@ -27,14 +27,12 @@ void writeAccessors(Writer& out, const ExplicitAttribute& attribute, std::size_t
         out.line("    const ", type, "& get", name, "() const noexcept { return m_", name, "; }");
     }
     out.line("    void set", name, "(const ", arrayType(attribute.type), "& value) {");
-    if (isMirrored) {
+    if (isMirrored)
         out.line("        referenceChanges();");
-    }
-    if (attribute.type.isAggregate()) {
+    if (attribute.type.isAggregate())
         out.line("        m_", name, ".assign(value);");
-    } else {
+    else
         out.line("        m_", name, " = value;");
-    }
     out.line("        touched(", position, ");");
     out.line("    }");
 }
@@ -42,37 +40,30 @@ void writeAccessors(Writer& out, const ExplicitAttribute& attribute, std::size_t
 void writeIncludes(Writer& out, const Entity& entity) {
     std::set<std::string> held;
     std::set<std::string> named;
-    for (const ExplicitAttribute& attribute : entity.explicits) {
-        if (attribute.type.kind == Kind::kEnumeration || attribute.type.kind == Kind::kSelect) {
+    for (const ExplicitAttribute& attribute : entity.explicits)
+        if (attribute.type.kind == Kind::kEnumeration || attribute.type.kind == Kind::kSelect)
             held.insert(attribute.type.name);
-        } else if (isReference(attribute.type)) {
+        else if (isReference(attribute.type))
             named.insert(attribute.type.name);
-        }
-    }
-    for (const Entity* known : entity.lineage()) {
+    for (const Entity* known : entity.lineage())
         named.erase(known->name);
-    }
     out.line("#pragma once");
     out.includeClass(entity.supertype ? entity.supertype->name : "Release");
-    for (const std::string& name : held) {
+    for (const std::string& name : held)
         out.includeClass(name);
-    }
     out.openNamespace();
-    for (const std::string& name : named) {
+    for (const std::string& name : named)
         out.line("class ", name, ";");
-    }
-    if (!named.empty()) {
+    if (!named.empty())
         out.line();
-    }
 }
 
 void writeTableDeclarations(Writer& out, const Entity& entity) {
     out.line("    static VN_SDAI::VnIfcEntityType* g_pEntityType;");
     out.line("    static const typed::EntityClass s_class;");
     const auto declare = [&out](std::string_view type, std::string_view name, std::size_t count) {
-        if (count != 0) {
+        if (count != 0)
             out.line("    static const typed::", type, " ", name, "[", count, "];");
-        }
     };
     declare("AttributeRow", "s_rows", entity.explicits.size());
     declare("InverseRow", "s_inverses", entity.inverses.size());
@@ -81,16 +72,13 @@ void writeTableDeclarations(Writer& out, const Entity& entity) {
 }
 
 void writeMembers(Writer& out, const Entity& entity) {
-    if (entity.explicits.empty() && entity.inverses.empty()) {
+    if (entity.explicits.empty() && entity.inverses.empty())
         return;
-    }
     out.line("\nprotected:");
-    for (const ExplicitAttribute& attribute : entity.explicits) {
+    for (const ExplicitAttribute& attribute : entity.explicits)
         out.line("    ", memberType(attribute.type), " m_", attribute.name, unsetInitialiser(attribute.type), ";");
-    }
-    for (const InverseAttribute& inverse : entity.inverses) {
+    for (const InverseAttribute& inverse : entity.inverses)
         out.line("    ", inverse.isSingle() ? kHandle : kInverseSet, " m_", inverse.name, ";");
-    }
 }
 
 std::string header(const Entity& entity, const Target& target) {
@@ -122,24 +110,20 @@ std::string header(const Entity& entity, const Target& target) {
 // whether they are binary.
 std::string constraints(const Type& type) {
     unsigned unique = 0;
-    for (std::size_t level = 0; level < type.layers.size(); ++level) {
+    for (std::size_t level = 0; level < type.layers.size(); ++level)
         unique |= type.layers[level].isUnique ? 1u << level : 0u;
-    }
     const bool isBinary = type.kind == Kind::kBinary && type.isAggregate();
-    if (type.kind != Kind::kEntity && unique == 0 && !isBinary) {
+    if (type.kind != Kind::kEntity && unique == 0 && !isBinary)
         return "";
-    }
     std::string text = type.kind == Kind::kEntity ? ", &" + type.name + "::g_pEntityType" : ", nullptr";
-    if (unique != 0 || isBinary) {
+    if (unique != 0 || isBinary)
         text += ", " + std::to_string(unique);
-    }
     return isBinary ? text + ", true" : text;
 }
 
 void writeRows(Writer& out, const Entity& entity) {
-    if (entity.explicits.empty()) {
+    if (entity.explicits.empty())
         return;
-    }
     out.line("constinit const AttributeRow ", entity.name, "::s_rows[", entity.explicits.size(), "] = {");
     for (const ExplicitAttribute& attribute : entity.explicits) {
         const std::string member = entity.name + "::m_" + attribute.name;
@@ -152,9 +136,8 @@ void writeRows(Writer& out, const Entity& entity) {
 }
 
 void writeInverses(Writer& out, const Entity& entity) {
-    if (entity.inverses.empty()) {
+    if (entity.inverses.empty())
         return;
-    }
     out.line("constinit const InverseRow ", entity.name, "::s_inverses[", entity.inverses.size(), "] = {");
     for (const InverseAttribute& inverse : entity.inverses) {
         const std::string bounds = inverse.hasBounds
@@ -168,9 +151,8 @@ void writeInverses(Writer& out, const Entity& entity) {
 }
 
 void writeDerived(Writer& out, const Entity& entity) {
-    if (entity.derived.empty()) {
+    if (entity.derived.empty())
         return;
-    }
     out.line("constinit const DerivedRow ", entity.name, "::s_derived[", entity.derived.size(), "] = {");
     for (const DerivedAttribute& attribute : entity.derived) {
         const std::string type = attributeTypeText(attribute.type);
@@ -185,9 +167,8 @@ void writeDerived(Writer& out, const Entity& entity) {
 }
 
 void writeFields(Writer& out, const Entity& entity) {
-    if (!entity.changesFields()) {
+    if (!entity.changesFields())
         return;
-    }
     out.line("constinit const AttributeRow* const ", entity.name, "::s_fields[", entity.fields.size(), "] = {");
     for (const Field& field : entity.fields) {
         out.line("    &", field.owner->name, field.isDerived ? "::s_derived[" : "::s_rows[", field.index,
@@ -199,18 +180,15 @@ void writeFields(Writer& out, const Entity& entity) {
 void writeChain(Writer& out, const Entity& entity) {
     out.line("constexpr VN_SDAI::VnIfcEntityType** chain_", entity.name, "[] = {");
     out.line("    &", entity.name, "::g_pEntityType,");
-    for (const Entity* ancestor : entity.lineage()) {
-        if (ancestor != &entity) {
+    for (const Entity* ancestor : entity.lineage())
+        if (ancestor != &entity)
             out.line("    &", ancestor->name, "::g_pEntityType,");
-        }
-    }
     out.line("};");
 }
 
 void writeLinks(Writer& out, const Entity& entity) {
-    if (entity.links.empty()) {
+    if (entity.links.empty())
         return;
-    }
     for (const Link& link : entity.links) {
         out.line("constexpr InverseTarget targets_", entity.name, "_", entity.explicits[link.attribute].name, "[] = {");
         for (const LinkTarget& target : link.targets) {
@@ -228,37 +206,32 @@ void writeLinks(Writer& out, const Entity& entity) {
 }
 
 void writeUniques(Writer& out, const Entity& entity) {
-    if (entity.uniques.empty()) {
+    if (entity.uniques.empty())
         return;
-    }
     for (const UniqueRule& rule : entity.uniques) {
         out.line("constexpr const AttributeRow* unique_", entity.name, "_", rule.label, "[] = {");
-        for (const Field& field : rule.attributes) {
+        for (const Field& field : rule.attributes)
             out.line("    &", field.owner->name, "::s_rows[", field.index, "],");
-        }
         out.line("};");
     }
     out.line("constexpr UniqueRule uniques_", entity.name, "[] = {");
-    for (const UniqueRule& rule : entity.uniques) {
+    for (const UniqueRule& rule : entity.uniques)
         out.line("    {\"", rule.label, "\", unique_", entity.name, "_", rule.label, "},");
-    }
     out.line("};");
 }
 
 // The nearest class that has a table for the parameter list.
 const Entity* ownerOfFields(const Entity& entity) {
     const Entity* owner = &entity;
-    while (owner != nullptr && !owner->changesFields()) {
+    while (owner != nullptr && !owner->changesFields())
         owner = owner->supertype;
-    }
     return owner;
 }
 
 std::string collector(const Entity& entity) {
     std::string properties;
-    for (const Property& property : propertiesOf(entity)) {
+    for (const Property& property : propertiesOf(entity))
         properties += (properties.empty() ? "" : ", ") + property.name;
-    }
     return properties.empty() ? "collectNothing" : "collectProperties<" + properties + ">";
 }
 
@@ -315,16 +288,12 @@ std::set<std::string> classesFor(std::span<const Entity> entities) {
     std::set<std::string> names;
     for (const Entity& entity : entities) {
         names.insert(entity.name);
-        for (const ExplicitAttribute& attribute : entity.explicits) {
-            if (attribute.type.kind == Kind::kEntity) {
+        for (const ExplicitAttribute& attribute : entity.explicits)
+            if (attribute.type.kind == Kind::kEntity)
                 names.insert(attribute.type.name);
-            }
-        }
-        for (const Link& link : entity.links) {
-            for (const LinkTarget& target : link.targets) {
+        for (const Link& link : entity.links)
+            for (const LinkTarget& target : link.targets)
                 names.insert(target.entity->name);
-            }
-        }
     }
     return names;
 }
@@ -334,13 +303,11 @@ std::string source(std::span<const Entity> entities, const Target& target) {
     out.include("entities/EntityTables.h");
     out.includeClass("AttributeProperties");
     out.line();
-    for (const std::string& name : classesFor(entities)) {
+    for (const std::string& name : classesFor(entities))
         out.includeClass(name);
-    }
     out.openSource();
-    for (const Entity& entity : entities) {
+    for (const Entity& entity : entities)
         writeDefinitions(out, entity);
-    }
     out.closeNamespace();
     return out.take();
 }
@@ -348,9 +315,8 @@ std::string source(std::span<const Entity> entities, const Target& target) {
 } // namespace
 
 void emitEntities(Files& files, const Model& model, const Target& target) {
-    for (const Entity& entity : model.entities) {
+    for (const Entity& entity : model.entities)
         files[target.header(entity.name)] = header(entity, target);
-    }
     const std::span<const Entity> entities(model.entities);
     const std::size_t size = (entities.size() + kUnits - 1) / kUnits;
     for (std::size_t unit = 0; unit < kUnits; ++unit) {

@@ -13,9 +13,8 @@ std::string header(const Enumeration& enumeration, const Target& target) {
     out.openNamespace();
     out.line("/// Literals of ", name, " in the schema's order; UNSET means that no value is set.");
     out.line("enum ", name, "Code : std::uint32_t {");
-    for (const std::string& literal : enumeration.literals) {
+    for (const std::string& literal : enumeration.literals)
         out.line("    k", name, "_", literal, ",");
-    }
     out.line("    k", name, "_UNSET");
     out.line("};\n");
     out.line("/// EXPRESS enumeration ", name, " (ISO 16739).");
@@ -33,16 +32,14 @@ std::string source(const Model& model, const Target& target) {
     Writer out(target);
     out.include("types/Descriptors.h");
     out.line();
-    for (const Enumeration& enumeration : model.enumerations) {
+    for (const Enumeration& enumeration : model.enumerations)
         out.includeClass(enumeration.name);
-    }
     out.openSource();
     out.line("extern std::atomic<std::size_t> descriptorCount;\n\nnamespace {\n");
     for (const Enumeration& enumeration : model.enumerations) {
         out.line("constexpr const char* literals_", enumeration.name, "[] = {");
-        for (const std::string& literal : enumeration.literals) {
+        for (const std::string& literal : enumeration.literals)
             out.line("    \"", literal, "\",");
-        }
         out.line("};");
     }
     out.line("\n} // namespace\n");
@@ -58,9 +55,8 @@ std::string source(const Model& model, const Target& target) {
 } // namespace
 
 void emitEnumerations(Files& files, const Model& model, const Target& target) {
-    for (const Enumeration& enumeration : model.enumerations) {
+    for (const Enumeration& enumeration : model.enumerations)
         files[target.header(enumeration.name)] = header(enumeration, target);
-    }
     files["src/Enumerations.cpp"] = source(model, target);
 }
 

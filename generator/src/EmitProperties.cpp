@@ -8,17 +8,13 @@ std::vector<Property> propertiesOf(const Entity& entity) {
     const auto add = [&](const std::string& attribute, std::string_view part, std::size_t index) {
         properties.push_back({entity.name + attribute + "Property", part, index});
     };
-    for (std::size_t i = 0; i < entity.explicits.size(); ++i) {
+    for (std::size_t i = 0; i < entity.explicits.size(); ++i)
         add(entity.explicits[i].name, "kExplicit", i);
-    }
-    for (std::size_t i = 0; i < entity.derived.size(); ++i) {
-        if (entity.derived[i].redeclaredOwner != nullptr) {
+    for (std::size_t i = 0; i < entity.derived.size(); ++i)
+        if (entity.derived[i].redeclaredOwner != nullptr)
             add(entity.derived[i].name, "kRedeclared", i);
-        }
-    }
-    for (std::size_t i = 0; i < entity.inverses.size(); ++i) {
+    for (std::size_t i = 0; i < entity.inverses.size(); ++i)
         add(entity.inverses[i].name, "kInverse", i);
-    }
     return properties;
 }
 
@@ -30,9 +26,8 @@ void emitProperties(Files& files, const Model& model, const Target& target) {
     out.line("\n// The property classes of all attributes. To use one, include its entity's header as well.");
     out.openNamespace();
     for (const Entity& entity : model.entities) {
-        if (!entity.hasProperties()) {
+        if (!entity.hasProperties())
             continue;
-        }
         out.line("class ", entity.name, ";");
         for (const Property& property : propertiesOf(entity)) {
             out.line("using ", property.name, " = typed::AttributePropertyOf<", entity.name,

@@ -60,11 +60,9 @@ void writeIncludes(Writer& out, const Select& select) {
     out.line("#pragma once");
     out.includeClass("Release");
     out.include("VnIfcTyped/Select.h");
-    for (const SelectLeaf& leaf : select.leaves) {
-        if (isEnumeration(leaf)) {
+    for (const SelectLeaf& leaf : select.leaves)
+        if (isEnumeration(leaf))
             out.includeClass(leaf.name);
-        }
-    }
     out.line("\n#include <utility>");
 }
 
@@ -74,9 +72,8 @@ void writeMembers(Writer& out, const Select& select) {
         writeSetter(out, leaf);
     }
     out.line("    const typed::SelectClass& selectClass() const noexcept override;\n");
-    for (const SelectLeaf& leaf : select.leaves) {
+    for (const SelectLeaf& leaf : select.leaves)
         out.line("    static const VN_SDAI::VnAnsiString ", nameConstant(leaf), ";");
-    }
 }
 
 /// The aggregate of the select that entities have as members; empty when there is none.
@@ -98,18 +95,15 @@ std::string header(const Select& select, const std::string& aggregate, const Tar
     Writer out(target);
     writeIncludes(out, select);
     out.openNamespace();
-    for (const SelectLeaf& leaf : select.leaves) {
-        if (isEntity(leaf)) {
+    for (const SelectLeaf& leaf : select.leaves)
+        if (isEntity(leaf))
             out.line("class ", leaf.name, ";");
-        }
-    }
     out.line("\n/// EXPRESS select ", name, " (ISO 16739).");
     out.line("class ", target.release.api(), " ", name, " : public typed::Select {");
     out.line("public:");
     out.line("    enum e", name, " : std::int32_t {");
-    for (const SelectLeaf& leaf : select.leaves) {
+    for (const SelectLeaf& leaf : select.leaves)
         out.line("        k", leaf.name, ",");
-    }
     out.line("        kUnset,\n        kPending\n    };\n");
     if (!aggregate.empty()) {
         out.line("    /// What members of entities hold this select in.");
@@ -134,32 +128,29 @@ std::string header(const Select& select, const std::string& aggregate, const Tar
 
 void writeRow(Writer& out, const Select& select, const SelectLeaf& leaf) {
     const std::string constant = select.name + "::" + nameConstant(leaf);
-    if (isEntity(leaf)) {
+    if (isEntity(leaf))
         out.line("    entityMember(", constant, ", &", leaf.name, "::g_pEntityType),");
-    } else if (leaf.type.isAggregate()) {
+    else if (leaf.type.isAggregate())
         out.line("    aggregateMember<", memberType(leaf.type), ">(", constant, "),");
-    } else if (isEnumeration(leaf)) {
+    else if (isEnumeration(leaf))
         out.line("    enumerationMember(", constant, ", ", leaf.name, "::s_class),");
-    } else {
+    else
         out.line("    simpleMember(", constant, ", VN_SDAI::VnTypeCodeKind::", formOf(leaf.type).code, "),");
-    }
 }
 
 void writeTable(Writer& out, const Select& select) {
     const std::string& name = select.name;
     out.line("namespace {");
     out.line("constinit const SelectMember members_", name, "[] = {");
-    for (const SelectLeaf& leaf : select.leaves) {
+    for (const SelectLeaf& leaf : select.leaves)
         writeRow(out, select, leaf);
-    }
     out.line("};");
     if (select.leaves.empty()) {
         out.line("constexpr std::span<const std::uint16_t> index_", name, ";");
     } else {
         out.line("constexpr auto index_", name, " = memberIndex({");
-        for (const SelectLeaf& leaf : select.leaves) {
+        for (const SelectLeaf& leaf : select.leaves)
             out.line("    \"", leaf.name, "\",");
-        }
         out.line("});");
     }
     out.line("} // namespace");
@@ -169,19 +160,16 @@ void writeDefinitions(Writer& out, const Select& select) {
     const std::string& name = select.name;
     out.line();
     // constexpr, so that no destructor has to be registered for each of them when the module is loaded.
-    for (const SelectLeaf& leaf : select.leaves) {
+    for (const SelectLeaf& leaf : select.leaves)
         out.line("constexpr VN_SDAI::VnAnsiString ", name, "::", nameConstant(leaf), "{text_", leaf.name, "};");
-    }
     writeTable(out, select);
     out.line("VN_SDAI::VnIfcNameType* ", name, "::sType = nullptr;");
     out.line("constinit const SelectClass ", name, "::s_class = typed::selectClass<", name, ", descriptorCount>(\"",
              name, "\", members_", name, ", index_", name, ");");
     out.line("const SelectClass& ", name, "::selectClass() const noexcept { return s_class; }");
-    for (const SelectLeaf& leaf : select.leaves) {
-        if (isEntity(leaf)) {
+    for (const SelectLeaf& leaf : select.leaves)
+        if (isEntity(leaf))
             out.line("void ", name, "::set", leaf.name, "(", leaf.name, "* value) { setInstance(value); }");
-        }
-    }
 }
 
 std::string source(std::span<const Select> selects, const Target& target) {
@@ -191,26 +179,22 @@ std::string source(std::span<const Select> selects, const Target& target) {
         classes.insert(select.name);
         for (const SelectLeaf& leaf : select.leaves) {
             names.insert(leaf.name);
-            if (isEntity(leaf)) {
+            if (isEntity(leaf))
                 classes.insert(leaf.name);
-            }
         }
     }
     Writer out(target);
     out.include("types/Descriptors.h");
     out.line();
-    for (const std::string& name : classes) {
+    for (const std::string& name : classes)
         out.includeClass(name);
-    }
     out.openSource();
     out.line("extern std::atomic<std::size_t> descriptorCount;\n\nnamespace {");
-    for (const std::string& name : names) {
+    for (const std::string& name : names)
         out.line("constexpr VN_SDAI::VnStaticText text_", name, "{\"", name, "\"};");
-    }
     out.line("} // namespace");
-    for (const Select& select : selects) {
+    for (const Select& select : selects)
         writeDefinitions(out, select);
-    }
     out.closeNamespace();
     return out.take();
 }
@@ -218,9 +202,8 @@ std::string source(std::span<const Select> selects, const Target& target) {
 } // namespace
 
 void emitSelects(Files& files, const Model& model, const Target& target) {
-    for (const Select& select : model.selects) {
+    for (const Select& select : model.selects)
         files[target.header(select.name)] = header(select, aggregateOf(model, select), target);
-    }
     const std::span<const Select> selects(model.selects);
     const std::size_t size = (selects.size() + kUnits - 1) / kUnits;
     for (std::size_t unit = 0; unit < kUnits; ++unit) {

@@ -31,9 +31,8 @@ std::string attributeTypeText(const Type& type) { return layersText(type, 0) + u
 
 std::vector<const Entity*> Entity::lineage() const {
     std::vector<const Entity*> result;
-    for (const Entity* entity = this; entity != nullptr; entity = entity->supertype) {
+    for (const Entity* entity = this; entity != nullptr; entity = entity->supertype)
         result.push_back(entity);
-    }
     std::reverse(result.begin(), result.end());
     return result;
 }

@@ -17,9 +17,8 @@ void writeFile(const std::filesystem::path& path, const std::string& text) {
     std::ofstream stream(path, std::ios::binary | std::ios::trunc);
     stream.write(text.data(), static_cast<std::streamsize>(text.size()));
     stream.close();
-    if (!stream) {
+    if (!stream)
         fail("cannot write ", path);
-    }
 }
 
 } // namespace
@@ -27,9 +26,8 @@ void writeFile(const std::filesystem::path& path, const std::string& text) {
 std::string readFile(const std::filesystem::path& path) {
     std::ifstream stream(path, std::ios::binary);
     std::string text(std::istreambuf_iterator<char>(stream), {});
-    if (!stream.is_open() || stream.bad()) {
+    if (!stream.is_open() || stream.bad())
         fail("cannot read ", path);
-    }
     return text;
 }
 

@@ -49,9 +49,8 @@ std::string anonymousName(const TypeSpec& type) {
 
 Enumeration enumerationOf(const ItemsDecl& decl) {
     Enumeration enumeration{decl.name.text, {}};
-    for (const Name& item : decl.items) {
+    for (const Name& item : decl.items)
         enumeration.literals.push_back(upper(item.text));
-    }
     return enumeration;
 }
 
@@ -103,26 +102,22 @@ private:
 
 template <class Decl>
 void Resolver::declare(const std::vector<Decl>& decls, SymbolKind kind) {
-    for (std::size_t i = 0; i < decls.size(); ++i) {
-        if (!m_symbols.emplace(lower(decls[i].name.text), Symbol{kind, i}).second) {
+    for (std::size_t i = 0; i < decls.size(); ++i)
+        if (!m_symbols.emplace(lower(decls[i].name.text), Symbol{kind, i}).second)
             fail(decls[i].name, "a name that is not declared before");
-        }
-    }
 }
 
 const Symbol& Resolver::lookUp(const Name& name, std::string_view expected) const {
     const auto found = m_symbols.find(lower(name.text));
-    if (found == m_symbols.end()) {
+    if (found == m_symbols.end())
         fail(name, expected);
-    }
     return found->second;
 }
 
 Entity& Resolver::lookUpEntity(const Name& name) {
     const Symbol& symbol = lookUp(name, "an entity of the schema");
-    if (symbol.kind != SymbolKind::kEntity) {
+    if (symbol.kind != SymbolKind::kEntity)
         fail(name, "an entity of the schema");
-    }
     return m_model.entities[symbol.index];
 }
 
@@ -168,9 +163,8 @@ Type Resolver::resolveType(const TypeSpec& spec) const {
             setElement(type, current->name, symbol);
             return type;
         }
-        if (steps > m_schema.definedTypes.size()) {
+        if (steps > m_schema.definedTypes.size())
             fail(current->name, "a type that is not defined by itself");
-        }
         const DefinedTypeDecl& decl = m_schema.definedTypes[symbol.index];
         type.name = type.name.empty() ? decl.name.text : type.name;
         current = &decl.type;
@@ -178,16 +172,13 @@ Type Resolver::resolveType(const TypeSpec& spec) const {
 }
 
 void Resolver::createRecords() {
-    for (const ItemsDecl& decl : m_schema.enumerations) {
+    for (const ItemsDecl& decl : m_schema.enumerations)
         m_model.enumerations.push_back(enumerationOf(decl));
-    }
     const SchemaDecl& records = m_differences.enumerations ? *m_differences.enumerations : m_schema;
-    for (const ItemsDecl& decl : records.enumerations) {
+    for (const ItemsDecl& decl : records.enumerations)
         m_model.enumerationRecords.push_back(enumerationOf(decl));
-    }
-    for (const ItemsDecl& decl : m_schema.selects) {
+    for (const ItemsDecl& decl : m_schema.selects)
         m_model.selects.push_back({decl.name.text, {}, {}});
-    }
     m_model.entities.resize(m_schema.entities.size());
     for (std::size_t i = 0; i < m_schema.entities.size(); ++i) {
         m_model.entities[i].name = m_schema.entities[i].name.text;
@@ -203,9 +194,8 @@ void Resolver::resolveDefinedTypes() {
 }
 
 void Resolver::resolveSelects() {
-    for (std::size_t i = 0; i < m_schema.selects.size(); ++i) {
+    for (std::size_t i = 0; i < m_schema.selects.size(); ++i)
         addLeaves(m_model.selects[i], i);
-    }
 }
 
 // Walks nested selects with a stack of its own.
@@ -223,88 +213,72 @@ void Resolver::addLeaves(Select& select, std::size_t index) const {
         Type type = resolveType({{}, std::nullopt, item, 0, false});
         const bool isDefinedType = symbol.kind == SymbolKind::kDefinedType;
         const std::string name = isDefinedType ? m_schema.definedTypes[symbol.index].name.text : type.name;
-        if (open.size() == 1) {
+        if (open.size() == 1)
             select.members.push_back(name);
-        }
         const bool isSelect = symbol.kind == SymbolKind::kSelect;
         const auto isOpen = [&](const auto& each) { return each.first == symbol.index; };
-        if (isSelect && std::any_of(open.begin(), open.end(), isOpen)) {
+        if (isSelect && std::any_of(open.begin(), open.end(), isOpen))
             fail(item, "a select that does not contain itself");
-        }
         // Selects count as well, or those without members could be walked through once for each way to them.
-        if (!seen.insert(name).second) {
+        if (!seen.insert(name).second)
             fail(item, "a member that the select " + select.name + " does not have already");
-        }
-        if (isSelect) {
+        if (isSelect)
             open.emplace_back(symbol.index, 0);
-        } else {
+        else
             select.leaves.push_back({name, std::move(type)});
-        }
     }
 }
 
 void Resolver::resolveSupertypes() {
     for (std::size_t i = 0; i < m_schema.entities.size(); ++i) {
         const EntityDecl& decl = m_schema.entities[i];
-        if (decl.supertypes.size() > 1) {
+        if (decl.supertypes.size() > 1)
             fail(decl.supertypes[1], "a single supertype: entity classes have one base");
-        }
-        if (!decl.supertypes.empty()) {
+        if (!decl.supertypes.empty())
             m_model.entities[i].supertype = &lookUpEntity(decl.supertypes[0]);
-        }
     }
     for (std::size_t i = 0; i < m_schema.entities.size(); ++i) {
         std::size_t depth = 0;
-        for (const Entity* entity = &m_model.entities[i]; entity != nullptr; entity = entity->supertype) {
-            if (++depth > m_model.entities.size()) {
+        for (const Entity* entity = &m_model.entities[i]; entity != nullptr; entity = entity->supertype)
+            if (++depth > m_model.entities.size())
                 fail(m_schema.entities[i].name, "an entity that is not its own supertype");
-            }
-        }
     }
 }
 
 void Resolver::addInOrder(const Entity& entity, std::unordered_set<const Entity*>& placed) {
-    for (const Entity* ancestor : entity.lineage()) {
-        if (placed.insert(ancestor).second) {
+    for (const Entity* ancestor : entity.lineage())
+        if (placed.insert(ancestor).second)
             m_model.entityOrder.push_back(ancestor);
-        }
-    }
 }
 
 void Resolver::orderEntities() {
     std::unordered_set<const Entity*> placed;
-    for (const Entity* entity : m_firstEntities) {
+    for (const Entity* entity : m_firstEntities)
         addInOrder(*entity, placed);
-    }
-    for (const Entity& entity : m_model.entities) {
+    for (const Entity& entity : m_model.entities)
         addInOrder(entity, placed);
-    }
 }
 
 void Resolver::resolveAttributes() {
     for (std::size_t i = 0; i < m_schema.entities.size(); ++i) {
         for (const AttributeDecl& decl : m_schema.entities[i].explicits) {
-            if (!decl.redeclaredOwner.text.empty()) {
+            if (!decl.redeclaredOwner.text.empty())
                 fail(decl.redeclaredOwner, "an attribute of its own: only derived attributes redeclare");
-            }
             m_model.entities[i].explicits.push_back({decl.name.text, resolveType(decl.type), decl.isOptional});
         }
     }
     for (const Entity* ordered : m_model.entityOrder) {
         Entity& entity = mutableEntity(ordered);
         const EntityDecl& decl = m_schema.entities[indexOf(ordered)];
-        for (const AttributeDecl& derived : decl.derived) {
+        for (const AttributeDecl& derived : decl.derived)
             resolveDerived(entity, derived);
-        }
         buildFields(entity);
     }
     for (std::size_t i = 0; i < m_schema.entities.size(); ++i) {
-        for (const InverseDecl& inverse : m_schema.entities[i].inverses) {
+        for (const InverseDecl& inverse : m_schema.entities[i].inverses)
             resolveInverse(m_model.entities[i], inverse);
-        }
-        for (const UniqueDecl& unique : m_schema.entities[i].uniques) {
+        for (const UniqueDecl& unique : m_schema.entities[i].uniques)
             resolveUnique(m_model.entities[i], unique);
-        }
     }
 }
 
@@ -317,18 +291,16 @@ void Resolver::resolveDerived(Entity& entity, const AttributeDecl& decl) {
             return field.owner == &owner && !field.isDerived &&
                    equalNoCase(owner.explicits[field.index].name, decl.redeclaredName.text);
         });
-        if (!isField) {
+        if (!isField)
             fail(decl.redeclaredName, "an inherited explicit attribute of " + owner.name);
-        }
         attribute.redeclaredOwner = &owner;
     }
     entity.derived.push_back(std::move(attribute));
 }
 
 void Resolver::buildFields(Entity& entity) const {
-    if (entity.supertype != nullptr) {
+    if (entity.supertype != nullptr)
         entity.fields = entity.supertype->fields;
-    }
     for (Field& field : entity.fields) {
         for (std::size_t i = 0; i < entity.derived.size(); ++i) {
             const DerivedAttribute& derived = entity.derived[i];
@@ -339,9 +311,8 @@ void Resolver::buildFields(Entity& entity) const {
             }
         }
     }
-    for (std::size_t i = 0; i < entity.explicits.size(); ++i) {
+    for (std::size_t i = 0; i < entity.explicits.size(); ++i)
         entity.fields.push_back({&entity, i, false});
-    }
 }
 
 void Resolver::resolveInverse(Entity& entity, const InverseDecl& decl) {
@@ -354,17 +325,15 @@ void Resolver::resolveInverse(Entity& entity, const InverseDecl& decl) {
     const auto found = std::find_if(fields.begin(), fields.end(), [&](const Field& field) {
         return !field.isDerived && equalNoCase(field.owner->explicits[field.index].name, decl.attribute.text);
     });
-    if (found == fields.end()) {
+    if (found == fields.end())
         fail(decl.attribute, "an explicit attribute of " + inverse.target->name);
-    }
     inverse.owner = found->owner;
     inverse.attribute = found->index;
 
     std::vector<Link>& links = mutableEntity(found->owner).links;
     auto link = std::find_if(links.begin(), links.end(), [&](const Link& l) { return l.attribute >= found->index; });
-    if (link == links.end() || link->attribute != found->index) {
+    if (link == links.end() || link->attribute != found->index)
         link = links.insert(link, {found->index, {}});
-    }
     link->targets.push_back({&entity, entity.inverses.size()});
     entity.inverses.push_back(std::move(inverse));
 }
@@ -376,25 +345,21 @@ void Resolver::resolveUnique(Entity& entity, const UniqueDecl& decl) {
         const auto found = std::find_if(entity.fields.begin(), entity.fields.end(), [&](const Field& field) {
             return !field.isDerived && equalNoCase(field.owner->explicits[field.index].name, name.text);
         });
-        if (found == entity.fields.end()) {
+        if (found == entity.fields.end())
             return;
-        }
         rule.attributes.push_back(*found);
     }
     entity.uniques.push_back(std::move(rule));
 }
 
 void Resolver::keepTextOrder() {
-    for (const Select& select : m_model.selects) {
+    for (const Select& select : m_model.selects)
         m_model.selectOrder.push_back(&select);
-    }
-    for (std::size_t i = 0; i < m_model.definedTypes.size(); ++i) {
-        if (m_model.definedTypes[i].type.isAggregate()) {
+    for (std::size_t i = 0; i < m_model.definedTypes.size(); ++i)
+        if (m_model.definedTypes[i].type.isAggregate())
             m_namedAggregations.push_back(i);
-        } else {
+        else
             m_model.definedTypeOrder.push_back(&m_model.definedTypes[i]);
-        }
-    }
 }
 
 void Resolver::readOrder(const BuildingOrder& order) {
@@ -404,31 +369,27 @@ void Resolver::readOrder(const BuildingOrder& order) {
     std::unordered_set<std::string> seen;
     for (const Name& name : order.names) {
         const auto found = m_symbols.find(lower(name.text));
-        if (found == m_symbols.end() || !seen.insert(found->first).second) {
+        if (found == m_symbols.end() || !seen.insert(found->first).second)
             refuse(name, "a name of the schema, once");
-        }
         const auto [kind, index] = found->second;
-        if (kind == SymbolKind::kEntity) {
+        if (kind == SymbolKind::kEntity)
             m_firstEntities.push_back(&m_model.entities[index]);
-        } else if (kind == SymbolKind::kSelect) {
+        else if (kind == SymbolKind::kSelect)
             m_model.selectOrder.push_back(&m_model.selects[index]);
-        } else if (kind == SymbolKind::kEnumeration) {
+        else if (kind == SymbolKind::kEnumeration)
             refuse(name, "no enumeration: their order is that of their file");
-        } else if (m_model.definedTypes[index].type.isAggregate()) {
+        else if (m_model.definedTypes[index].type.isAggregate())
             m_namedAggregations.push_back(index);
-        } else {
+        else
             m_model.definedTypeOrder.push_back(&m_model.definedTypes[index]);
-        }
     }
     const auto isMissing = [&](const auto& decl) { return !seen.contains(lower(decl.name.text)); };
     const auto type = std::find_if(m_schema.definedTypes.begin(), m_schema.definedTypes.end(), isMissing);
     const auto select = std::find_if(m_schema.selects.begin(), m_schema.selects.end(), isMissing);
-    if (type != m_schema.definedTypes.end()) {
+    if (type != m_schema.definedTypes.end())
         fail(type->name, "a type that " + order.file + " names");
-    }
-    if (select != m_schema.selects.end()) {
+    if (select != m_schema.selects.end())
         fail(select->name, "a select that " + order.file + " names");
-    }
 }
 
 void Resolver::collectAggregations() {
@@ -444,21 +405,16 @@ void Resolver::collectAggregations() {
         }
     };
     for (const Entity& entity : m_model.entities) {
-        for (const ExplicitAttribute& attribute : entity.explicits) {
+        for (const ExplicitAttribute& attribute : entity.explicits)
             add(attribute.type);
-        }
-        for (const DerivedAttribute& attribute : entity.derived) {
+        for (const DerivedAttribute& attribute : entity.derived)
             add(attribute.type);
-        }
-        for (const InverseAttribute& attribute : entity.inverses) {
-            if (attribute.hasBounds) {
+        for (const InverseAttribute& attribute : entity.inverses)
+            if (attribute.hasBounds)
                 add({{attribute.layer}, Kind::kEntity, attribute.target->name, attribute.target, nullptr, nullptr});
-            }
-        }
     }
-    for (auto& [text, aggregation] : anonymous) {
+    for (auto& [text, aggregation] : anonymous)
         m_model.aggregations.push_back(std::move(aggregation));
-    }
 }
 
 Model Resolver::resolve() {
@@ -470,11 +426,10 @@ Model Resolver::resolve() {
     resolveDefinedTypes();
     resolveSelects();
     resolveSupertypes();
-    if (m_differences.order) {
+    if (m_differences.order)
         readOrder(*m_differences.order);
-    } else {
+    else
         keepTextOrder();
-    }
     orderEntities();
     resolveAttributes();
     collectAggregations();

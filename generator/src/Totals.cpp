@@ -32,11 +32,9 @@ std::size_t redeclaring(const Model& model) {
 
 std::size_t explicitTypeTexts(const Model& model) {
     std::set<std::string> texts;
-    for (const Entity& entity : model.entities) {
-        for (const ExplicitAttribute& attribute : entity.explicits) {
+    for (const Entity& entity : model.entities)
+        for (const ExplicitAttribute& attribute : entity.explicits)
             texts.insert(attributeTypeText(attribute.type));
-        }
-    }
     return texts.size();
 }
 

@@ -1,6 +1,6 @@
 #include "Emit.h"
-#include "Output.h"
 #include "Express.h"
+#include "Output.h"
 #include "Resolve.h"
 #include "Totals.h"
 

@@ -1,4 +1,6 @@
 // What attributes take and refuse by name, beyond the one value per kind of the walk.
+#include "support/Files.h"
+
 #include <dictionary/SchemaFixture.h>
 
 #include <IFC4X3/IfcActor.h>
@@ -42,7 +44,7 @@ T got(const VnIfcEntityBase& instance, const char* name) {
 
 } // namespace
 
-TEST_F(Access, namesMatchWholeAndInAnyCase) {
+TEST_F(Access, NamesMatchWholeAndInAnyCase) {
     IfcWall wall;
     const VnIfcVariant before("kept");
     for (const char* name : {"Name", "NAME", "name", "nAmE"}) {
@@ -64,7 +66,7 @@ TEST_F(Access, namesMatchWholeAndInAnyCase) {
     }
 }
 
-TEST_F(Access, handsOutUnsetValuesAndLiveMembers) {
+TEST_F(Access, HandsOutUnsetValuesAndLiveMembers) {
     IfcMaterialLayer layer;
     const double thickness = got<double>(layer, "LayerThickness");
     EXPECT_NE(thickness, thickness);
@@ -81,7 +83,7 @@ TEST_F(Access, handsOutUnsetValuesAndLiveMembers) {
     EXPECT_TRUE(point.testAttr("coordinates"));
 }
 
-TEST_F(Access, enumerationsTakeCodesAndLiterals) {
+TEST_F(Access, EnumerationsTakeCodesAndLiterals) {
     constexpr auto kBefore = kIfcWallTypeEnum_SHEAR, kUnset = kIfcWallTypeEnum_UNSET;
     const struct {
         VnIfcVariant offered;
@@ -114,7 +116,7 @@ TEST_F(Access, enumerationsTakeCodesAndLiterals) {
     EXPECT_EQ(got<IfcWallTypeEnum>(IfcWall(), "predefinedtype"), kUnset);
 }
 
-TEST_F(Access, valuesConvertBeforeTheyAreStored) {
+TEST_F(Access, ValuesConvertBeforeTheyAreStored) {
     IfcMaterialLayer layer;
     EXPECT_TRUE(layer.putAttr("LayerThickness", 12));
     EXPECT_EQ(layer.getLayerThickness(), 12.0);
@@ -131,7 +133,7 @@ TEST_F(Access, valuesConvertBeforeTheyAreStored) {
     EXPECT_EQ(layer.getName(), "M\\X2\\00FC\\X0\\ller \\\\");
 }
 
-TEST_F(Access, selectsTakeWhatTheirMembersAre) {
+TEST_F(Access, SelectsTakeWhatTheirMembersAre) {
     const VnDbObjectId person = model.create("IfcPerson"), organization = model.create("IfcOrganization");
     IfcActorSelect select;
     ASSERT_TRUE(select.setHandle(person));
@@ -161,7 +163,7 @@ TEST_F(Access, selectsTakeWhatTheirMembersAre) {
     EXPECT_EQ(value, 2.5);
 }
 
-TEST_F(Access, aggregatesTakeAllOrNothing) {
+TEST_F(Access, AggregatesTakeAllOrNothing) {
     const VnDbObjectId wall = model.create("IfcWall"), unit = model.create("IfcSIUnit");
     IfcCartesianPoint point;
     EXPECT_TRUE(point.putAttr("Coordinates", VnIfcArray<double>{1, 2}));
@@ -204,11 +206,8 @@ TEST_F(Access, aggregatesTakeAllOrNothing) {
     EXPECT_TRUE(units.getUnits()[0].isIfcNamedUnit());
 }
 
-TEST_F(Access, aNewValueReplacesTheTextKeptFromTheFile) {
-    ASSERT_TRUE(
-        model.readText("ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\nFILE_NAME('','',(''),(''),'','','');\n"
-                       "FILE_SCHEMA(('IFC4X3'));\nENDSEC;\nDATA;\n#1=IFCWALL('x',$,12,$,$,$,$,$,.NOSUCHTYPE.);\n"
-                       "ENDSEC;\nEND-ISO-10303-21;\n"));
+TEST_F(Access, ANewValueReplacesTheTextKeptFromTheFile) {
+    ASSERT_TRUE(model.readText(vnifc::test::fileOf("IFC4X3", "#1=IFCWALL('x',$,12,$,$,$,$,$,.NOSUCHTYPE.);\n")));
     VnIfcEntityBase& wall = *model.find(1).openObject();
     EXPECT_FALSE(wall.putAttr("Name", model.find(1)));
     EXPECT_FALSE(wall.putAttr("PredefinedType", 2.5));

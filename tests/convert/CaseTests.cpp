@@ -273,14 +273,24 @@ const std::vector<Case> kCases{
      "IFC4X3_ADD2",
      "#1=IFCALIGNMENT(" GUID(
          "1") ",$,'A',$,$,$,$,#2,$);\n#2=IFCALIGNMENTCURVE(#3,#8,$);\n"
-              "#3=IFCALIGNMENT2DHORIZONTAL(0.,(#4));\n#4=IFCALIGNMENT2DHORIZONTALSEGMENT(.T.,$,$,#5);\n"
+              "#3=IFCALIGNMENT2DHORIZONTAL(0.,(#4,#14));\n#4=IFCALIGNMENT2DHORIZONTALSEGMENT(.T.,$,$,#5);\n"
+              "#14=IFCALIGNMENT2DHORIZONTALSEGMENT(.T.,$,$,#15);\n"
+              "#15=IFCTRANSITIONCURVESEGMENT2D(#6,0.,80.,500.,$,.T.,.F.,.CLOTHOIDCURVE.);\n"
+              "#10=IFCALIGNMENT2DVERSEGCIRCULARARC(.T.,$,$,100.,100.,7.,0.,500.,.F.);\n"
               "#5=IFCCIRCULARARCSEGMENT2D(#6,0.,100.,500.,.F.);\n#6=IFCCARTESIANPOINT((0.,0.));\n"
-              "#8=IFCALIGNMENT2DVERTICAL((#9));\n#9=IFCALIGNMENT2DVERSEGPARABOLICARC(.T.,'s',$,0.,100.,7.,0.02,2000.,."
+              "#8=IFCALIGNMENT2DVERTICAL((#9,#10));\n#9=IFCALIGNMENT2DVERSEGPARABOLICARC(.T.,'s',$,0.,100.,7.,0.02,"
+              "2000.,."
               "T.);\n",
      9,
      "",
      {"absorbed"},
      {"IFCALIGNMENTHORIZONTALSEGMENT($,$,#6,0.,-500.,-500.,100.,$,.CIRCULARARC.)",
+      "IFCCURVESEGMENT(.CONTSAMEGRADIENT.,#*,IFCLENGTHMEASURE(0.),IFCLENGTHMEASURE(-100.),#*)",
+      "IFCALIGNMENTHORIZONTALSEGMENT($,$,#6,0.,500.,0.,80.,$,.CLOTHOID.)",
+      "IFCCURVESEGMENT(.DISCONTINUOUS.,#*,IFCLENGTHMEASURE(-80.),IFCLENGTHMEASURE(80.),#*)", "IFCCLOTHOID(#*,-200.)",
+      "IFCPOLYNOMIALCURVE(#*,(0.,1.),(0.,0.02,-0.00025),$)",
+      "IFCALIGNMENTVERTICALSEGMENT($,$,100.,100.,7.,0.,0.2041241452319315,500.,.CIRCULARARC.)",
+      "IFCCURVESEGMENT(.DISCONTINUOUS.,#*,IFCLENGTHMEASURE(0.),IFCLENGTHMEASURE(100.6789603951654),#*)",
       "IFCALIGNMENTVERTICALSEGMENT('s',$,0.,100.,7.,0.02,-0.030000000000000002,-2000.,.PARABOLICARC.)"}},
     {"lostWithItsReferrers",
      "IFC4",
@@ -295,7 +305,7 @@ const std::vector<Case> kCases{
 
 class CaseTest : public testing::TestWithParam<Case> {};
 
-TEST_P(CaseTest, becomesWhatTheDeclarationsAllow) {
+TEST_P(CaseTest, BecomesWhatTheDeclarationsAllow) {
     const Case& each = GetParam();
     if (!isBuilt(each.from) || !isBuilt(each.to))
         GTEST_SKIP() << "a module is not built";
@@ -312,7 +322,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, CaseTest, testing::ValuesIn(kCases),
 
 } // namespace
 
-TEST(Convert, headerNamesTheReleaseThatReadsIt) {
+TEST(Convert, HeaderNamesTheReleaseThatReadsIt) {
     for (const std::string& release : builtReleases()) {
         const Converted converted(fileOf("#1=IFCCARTESIANPOINT((0.,0.));\n"), builtReleases().front(), release);
         const VN_SDAI::VnIfcFile again = VN_SDAI::vnOpenText(converted.text);
@@ -321,7 +331,7 @@ TEST(Convert, headerNamesTheReleaseThatReadsIt) {
     }
 }
 
-TEST(Convert, takesNoTargetThatHoldsSomething) {
+TEST(Convert, TakesNoTargetThatHoldsSomething) {
     const Converted first(fileOf("#1=IFCCARTESIANPOINT((0.,0.));\n"), builtReleases().front(), builtReleases().back());
     VN_SDAI::VnIfcFile target = VN_SDAI::vnCreateFile(builtReleases().back());
     target.model().create("IfcCartesianPoint");
@@ -329,7 +339,7 @@ TEST(Convert, takesNoTargetThatHoldsSomething) {
     EXPECT_EQ(target.model().count(), 1u);
 }
 
-TEST(Convert, cancelsWithoutLeavingAnything) {
+TEST(Convert, CancelsWithoutLeavingAnything) {
     const Converted first(fileOf("#1=IFCCARTESIANPOINT((0.,0.));\n"), builtReleases().front(), builtReleases().back());
     VN_SDAI::VnIfcFile target = VN_SDAI::vnCreateFile(builtReleases().back());
     ConvertOptions options;
@@ -339,7 +349,86 @@ TEST(Convert, cancelsWithoutLeavingAnything) {
     EXPECT_EQ(target.model().count(), 0u);
 }
 
-TEST(Convert, carriesTextsAsTheyAreWritten) {
+TEST(Convert, ReadsAndWritesTimesInAllTheirForms) {
+    if (!isBuilt("IFC2X3") || !isBuilt("IFC4"))
+        GTEST_SKIP() << "a module is not built";
+    const std::string tasks =
+        "#2=IFCTASK(" GUID("2") ",$,$,$,$,'a',$,$,.F.,$);\n#3=IFCTASK(" GUID("3") ",$,$,$,$,'b',$,$,.F.,$);\n";
+    const struct {
+        const char* number;
+        const char* duration;
+        const char* back = nullptr; ///< when the duration has other forms
+    } lags[] = {
+        {"0.", "PT0S"},
+        {"86400.", "P1D"},
+        {"-90.5", "-PT1M30.5S"},
+        {"3661.", "PT1H1M1S"},
+        {"604800.", "P7D"},
+        {"604800.", "P7D", "P1W"},
+        {"60.", "PT1M", "PT60S"},
+        {"-86400.", "-P1D"},
+        {"90000.", "P1DT1H"},
+        {"1.E-07", nullptr, "PT0.0000001S"},
+        {nullptr, nullptr, "P1M"},
+        {nullptr, nullptr, "P1Y"},
+        {nullptr, nullptr, "soon"},
+    };
+    for (const auto& [number, duration, back] : lags) {
+        if (!back) {
+            const Converted text(
+                fileOf(tasks + "#1=IFCRELSEQUENCE(" GUID("1") ",$,$,$,#2,#3," + number + ",.FINISH_START.);\n"),
+                "IFC2X3", "IFC4");
+            EXPECT_NE(text.text.find(std::string("IFCLAGTIME($,$,$,IFCDURATION('") + duration + "'),"),
+                      std::string::npos)
+                << number << text.text;
+        }
+        const std::string from = back ? back : duration;
+        const Converted value(fileOf(tasks +
+                                     "#1=IFCRELSEQUENCE(" GUID("1") ",$,$,$,#2,#3,#4,.FINISH_START.,$);\n"
+                                                                    "#4=IFCLAGTIME($,$,$,IFCDURATION('" +
+                                     from + "'),.NOTDEFINED.);\n"),
+                              "IFC4", "IFC2X3");
+        if (number) {
+            EXPECT_NE(value.line(1).find(",#2,#3," + std::string(number) + ",.FINISH_START.)"), std::string::npos)
+                << from << value.line(1);
+        } else {
+            EXPECT_TRUE(value.told(1).contains("lost-value TimeLag")) << from << value.line(1);
+        }
+    }
+    const struct {
+        const char* text;
+        const char* time;
+        const char* zone; ///< null when there is none
+    } moments[] = {
+        {"07:05:03", "7,5,3.", nullptr},
+        {"07:05:10", "7,5,10.", nullptr},
+        {"23:59:09.5", "23,59,9.5", nullptr},
+        {"00:00:10.25-03:30", "0,0,10.25", "3,30,.BEHIND."},
+        {"12:00:00+01:00", "12,0,0.", "1,0,.AHEAD."},
+    };
+    const auto document = [](const std::string& time) {
+        return "#1=IFCDOCUMENTINFORMATION('D','Doc',$,$,$,$,$,$,$,$," + time + ",$,$,$,$,$,$);\n";
+    };
+    for (const auto& [text, time, zone] : moments) {
+        const std::string moment = std::string("'2007-08-09T") + text + "'";
+        const Converted instances(fileOf(document(moment)), "IFC4", "IFC2X3");
+        EXPECT_NE(instances.text.find(std::string("=IFCLOCALTIME(") + time + (zone ? ",#" : ",$,$);")),
+                  std::string::npos)
+            << text << instances.text;
+        if (zone) {
+            EXPECT_NE(instances.text.find(std::string("OFFSET(") + zone + ");"), std::string::npos) << text;
+        }
+        const Converted texts(fileOf(document("#2") +
+                                     "#2=IFCDATEANDTIME(#3,#4);\n#3=IFCCALENDARDATE(9,8,2007);\n"
+                                     "#4=IFCLOCALTIME(" +
+                                     time + (zone ? ",#5,$);\n#5=IFCCOORDINATEDUNIVERSALTIMEOFFSET(" : ",$,$);\n") +
+                                     (zone ? std::string(zone) + ");\n" : "")),
+                              "IFC2X3", "IFC4");
+        EXPECT_NE(texts.line(1).find(moment), std::string::npos) << texts.line(1);
+    }
+}
+
+TEST(Convert, CarriesTextsAsTheyAreWritten) {
     if (!isBuilt("IFC2X3") || !isBuilt("IFC4X3_ADD2"))
         GTEST_SKIP() << "a module is not built";
     // A directive that takes an apostrophe, one doubled, and what looks like a reference and an end.
@@ -351,7 +440,7 @@ TEST(Convert, carriesTextsAsTheyAreWritten) {
         << converted.text;
 }
 
-TEST(Convert, keepsAndTellsWhatTheFileCouldNotTypeEither) {
+TEST(Convert, KeepsAndTellsWhatTheFileCouldNotTypeEither) {
     if (!isBuilt("IFC4") || !isBuilt("IFC4X3_ADD2"))
         GTEST_SKIP() << "a module is not built";
     const Converted converted(fileOf("#1=IFCNOSUCHENTITY('x',#2);\n#2=IFCCARTESIANPOINT(('no',2.));\n"
@@ -365,7 +454,7 @@ TEST(Convert, keepsAndTellsWhatTheFileCouldNotTypeEither) {
     EXPECT_EQ(added(converted.before, converted.after), "");
 }
 
-TEST(Convert, survivesInstancesThatStandInEachOther) {
+TEST(Convert, SurvivesInstancesThatStandInEachOther) {
     if (!isBuilt("IFC4") || !isBuilt("IFC2X3"))
         GTEST_SKIP() << "a module is not built";
     std::string nested = "#1=IFCSEAMCURVE(#2,(#1),.CURVE3D.);\n#2=IFCSEAMCURVE(#1,(#2),.CURVE3D.);\n"

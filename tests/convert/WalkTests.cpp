@@ -204,7 +204,7 @@ std::vector<Pair> pairs() {
 
 class WalkTest : public testing::TestWithParam<Pair> {};
 
-TEST_P(WalkTest, bringsEverythingOrTellsWhy) {
+TEST_P(WalkTest, BringsEverythingOrTellsWhy) {
     const Schema& from = schemaNamed(GetParam().from);
     const Schema& to = schemaNamed(GetParam().to);
     for (const double optionals : {1.0, 0.5, 0.0}) {

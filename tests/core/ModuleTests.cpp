@@ -20,7 +20,7 @@ std::string fileOf(const VnModule& module) {
 
 } // namespace
 
-TEST(Module, isLoadedByNameAndByPathAndInitialisedForItsLifetime) {
+TEST(Module, IsLoadedByNameAndByPathAndInitialisedForItsLifetime) {
     std::string file;
     {
         const VnModule module = VnModule::load("VnIfc4x3");
@@ -52,12 +52,26 @@ TEST(Module, LastsUntilItsLastUseEnds) {
     first = VnModule::load("VnIfc4x3Add2");
     EXPECT_EQ(first.schema()->name(), "IFC4X3_ADD2");
 
+    // Each use that is assigned over ends.
+    VnModule one = VnModule::load("VnIfc2x3"), two = VnModule::load("VnIfc2x3");
+    VnModuleLifeCycleApp& old = one.lifeCycle();
+    const auto schemaOf = one.symbol("vnifcGetSchemaPointer");
+    const auto isThere = [&] { return reinterpret_cast<VnIfcSchema* (*)()>(schemaOf)() != nullptr; };
+    void* const stays = ::dlopen(fileOf(one).c_str(), RTLD_NOW);
+    one = VnModule::load("VnIfc4x3Add2");
+    EXPECT_TRUE(isThere());
+    two = std::move(one);
+    EXPECT_FALSE(isThere()) << "its last use is gone";
+    EXPECT_EQ(two.schema()->name(), "IFC4X3_ADD2");
+    EXPECT_NE(&two.lifeCycle(), &old);
+    ::dlclose(stays);
+
     // What the host initialised itself is the host's to take away.
     const VnModule again = VnModule::load("VnIfc4x3");
     EXPECT_EQ(&again.lifeCycle(), &app) << "the module stayed at its place";
 }
 
-TEST(Module, tellsWhyItCannotBeLoaded) {
+TEST(Module, TellsWhyItCannotBeLoaded) {
     struct Case {
         const char* name;
         const char* reason;

@@ -30,7 +30,7 @@ void expectDecoded(const std::string& exchange, const std::string& text, const s
 
 } // namespace
 
-TEST(Text, decodesDirectivesWholeFromTheLeft) {
+TEST(Text, DecodesDirectivesWholeFromTheLeft) {
     const struct {
         std::string exchange, text;
     } cases[] = {
@@ -41,6 +41,7 @@ TEST(Text, decodesDirectivesWholeFromTheLeft) {
         {"\\X2\\0410\\X0\\\\X2\\0420\\X0\\ \\X2\\04140418\\X0\\", "\u0410\u0420 \u0414\u0418"},
         {"\\X2\\30683002\\X0\\PE\\X2\\FF09\\X0\\N\\X2\\FF5e\\X0\\", "\u3068\u3002PE\uFF09N\uFF5E"},
         {"\\X2\\d83DDE00\\X0\\\\X2\\D83DDE00FFFF\\X0\\", "\U0001F600\U0001F600\uFFFF"},
+        {"\\X2\\D800DC00D83FDFFFDBFFDFFFE000\\X0\\", "\U00010000\U0001FFFF\U0010FFFF\uE000"},
         {"Sanit\\X4\\000000E6\\X0\\r\\X4\\0001F6000010FFFF\\X0\\", "Sanit\u00E6r\U0001F600\U0010FFFF"},
         {"Street\\X\\0D\\X\\0ACity\\X2\\000A\\X0\\", "Street\r\nCity\n"},
         {"a\r\n\tb\x1D-\x7F", "a\r\n\tb\x1D-\x7F"},
@@ -54,7 +55,7 @@ TEST(Text, decodesDirectivesWholeFromTheLeft) {
         expectDecoded(exchange, text);
 }
 
-TEST(Text, keepsWhatIsMalformedAndReportsIt) {
+TEST(Text, KeepsWhatIsMalformedAndReportsIt) {
     const struct {
         std::string exchange, text;
         std::vector<Fault> faults;
@@ -93,7 +94,7 @@ TEST(Text, keepsWhatIsMalformedAndReportsIt) {
 }
 
 // The C library's own tables are the witness.
-TEST(Text, knowsThePartsOfIso8859) {
+TEST(Text, KnowsThePartsOfIso8859) {
     for (char part = 1; part <= 9; ++part) {
         const std::string name = "ISO-8859-" + std::to_string(part);
         const iconv_t converter = iconv_open("UTF-8", name.c_str());
@@ -114,7 +115,7 @@ TEST(Text, knowsThePartsOfIso8859) {
     }
 }
 
-TEST(Text, encodesWithAsFewDirectivesAsTheTextAllows) {
+TEST(Text, EncodesWithAsFewDirectivesAsTheTextAllows) {
     const struct {
         std::string text, exchange;
     } cases[] = {
@@ -133,7 +134,7 @@ TEST(Text, encodesWithAsFewDirectivesAsTheTextAllows) {
     }
 }
 
-TEST(Text, copiesNothingWhereNothingIsToBeDone) {
+TEST(Text, CopiesNothingWhereNothingIsToBeDone) {
     const std::string plain = "plain ASCII, and long enough to be on the heap", latin = "a\xE9", accented = "\u00E9";
     std::string buffer;
     std::vector<Fault> faults;
@@ -146,7 +147,7 @@ TEST(Text, copiesNothingWhereNothingIsToBeDone) {
     EXPECT_EQ(faults.size(), 1u);
 }
 
-TEST(Text, bringsBackEveryCharacterInAnyOrder) {
+TEST(Text, BringsBackEveryCharacterInAnyOrder) {
     std::mt19937 random(1);
     std::u32string all;
     for (char32_t character = 0; character <= 0x10FFFF; ++character)

@@ -11,7 +11,7 @@
 
 using namespace VN_SDAI;
 
-TEST(AnsiString, holdsAnyBytesAndEndsWithNul) {
+TEST(AnsiString, HoldsAnyBytesAndEndsWithNul) {
     const VnAnsiString text(std::string_view("a\0\xFF", 3));
     EXPECT_EQ(text.length(), 3u);
     EXPECT_EQ(text.constStr()[3], '\0');
@@ -25,7 +25,7 @@ TEST(AnsiString, holdsAnyBytesAndEndsWithNul) {
     EXPECT_FALSE(VnAnsiString("\xFF\xFF").isUnset() || VnAnsiString().isUnset());
 }
 
-TEST(AnsiString, copiesMovesAndAssignsAlsoFromItself) {
+TEST(AnsiString, CopiesMovesAndAssignsAlsoFromItself) {
     VnAnsiString text("first");
     const VnAnsiString copy(text);
     EXPECT_NE(copy.constStr(), text.constStr());
@@ -46,7 +46,7 @@ TEST(AnsiString, copiesMovesAndAssignsAlsoFromItself) {
     EXPECT_EQ(copy, "first");
 }
 
-TEST(AnsiString, comparesBytesWithOrWithoutCase) {
+TEST(AnsiString, ComparesBytesWithOrWithoutCase) {
     const struct {
         const char* left;
         const char* right;
@@ -67,7 +67,7 @@ TEST(AnsiString, comparesBytesWithOrWithoutCase) {
     }
 }
 
-TEST(Guid, isCheckedAndConvertedTo128BitsAndBack) {
+TEST(Guid, IsCheckedAndConvertedTo128BitsAndBack) {
     VnIfcGUID::Bytes ones;
     ones.fill(0xFF);
     EXPECT_EQ(VnIfcGUID::fromBytes({}).view(), "0000000000000000000000");
@@ -90,7 +90,7 @@ TEST(Guid, isCheckedAndConvertedTo128BitsAndBack) {
     EXPECT_TRUE(VnIfcGUID().isUnset() && VnIfcGUID(Consts::VnStringUnset).isUnset() && !VnIfcGUID("").isUnset());
 }
 
-TEST(Guid, newOnesAreRandomAndOfTheirVersion) {
+TEST(Guid, NewOnesAreRandomAndOfTheirVersion) {
     std::set<VnIfcGUID> ids;
     for (int i = 0; i < 1000; ++i) {
         const VnIfcGUID id = VnIfcGUID::create();
@@ -102,7 +102,7 @@ TEST(Guid, newOnesAreRandomAndOfTheirVersion) {
     EXPECT_EQ(ids.size(), 1000u);
 }
 
-TEST(Logical, codesAreTheOnesOfTheStandardKinds) {
+TEST(Logical, CodesAreTheOnesOfTheStandardKinds) {
     EXPECT_TRUE(VnIfcLogical().isUnset() && VnIfcBoolean().isUnset());
     EXPECT_EQ(VnIfcLogical(true).code(), 1u);
     EXPECT_FALSE(VnIfcLogical(VnIfcLogical::Unknown).isUnset());
@@ -111,7 +111,7 @@ TEST(Logical, codesAreTheOnesOfTheStandardKinds) {
     EXPECT_EQ(VnIfcBoolean::Unset + 0, 2);
 }
 
-TEST(Diagnostic, makesOneLineOfWhateverIsKnown) {
+TEST(Diagnostic, MakesOneLineOfWhateverIsKnown) {
     VnIfcDiagnostic diagnostic;
     diagnostic.code = "c";
     diagnostic.expected = "x";

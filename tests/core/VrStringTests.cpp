@@ -6,7 +6,7 @@
 
 using namespace std::string_view_literals;
 
-TEST(VrString, takesNullAndKeepsNulsAndItsOwnText) {
+TEST(VrString, TakesNullAndKeepsNulsAndItsOwnText) {
     VrString text("abc");
     EXPECT_EQ(text, "abc");
     text.assign(static_cast<const char*>(nullptr));
@@ -22,14 +22,14 @@ TEST(VrString, takesNullAndKeepsNulsAndItsOwnText) {
     EXPECT_EQ(text.constUtf8()[text.length()], '\0');
 }
 
-TEST(VrString, isOrderedByItsBytesAsUnsignedNumbers) {
+TEST(VrString, IsOrderedByItsBytesAsUnsignedNumbers) {
     EXPECT_LT(VrString("z"), VrString("\u00E9"));
     EXPECT_LT(VrString("\uFFFF"), VrString("\U00010000"));
     EXPECT_LT(VrString("a"), VrString("a\0"sv));
 }
 
 // One U+FFFD for each longest beginning of a character, as the Unicode standard recommends (chapter 3.9, table 3-8).
-TEST(VrString, keepsBytesThatAreNoUtf8AndConvertsThemToReplacements) {
+TEST(VrString, KeepsBytesThatAreNoUtf8AndConvertsThemToReplacements) {
     const struct {
         std::string_view bytes;
         std::u32string_view characters;
@@ -55,7 +55,7 @@ TEST(VrString, keepsBytesThatAreNoUtf8AndConvertsThemToReplacements) {
     }
 }
 
-TEST(VrString, convertsEveryCharacterBothWays) {
+TEST(VrString, ConvertsEveryCharacterBothWays) {
     std::u32string all;
     for (char32_t character = 0; character <= 0x10FFFF; ++character)
         if (character < 0xD800 || character > 0xDFFF)
@@ -67,7 +67,7 @@ TEST(VrString, convertsEveryCharacterBothWays) {
     EXPECT_EQ(VrString::fromUtf32(U"\x110000\xD800\xDFFF\xFFFFFFFF"), "\uFFFD\uFFFD\uFFFD\uFFFD");
 }
 
-TEST(VrString, takesPairsOfSurrogatesAndReplacesLoneOnes) {
+TEST(VrString, TakesPairsOfSurrogatesAndReplacesLoneOnes) {
     EXPECT_EQ(VrString("\U0001F600").toUtf16(), std::u16string({0xD83D, 0xDE00}));
     const char16_t units[] = {0xD83D, 'a', 0xDE00, 0xD83D, 0xD83D, 0xDE00, 0xD83D};
     EXPECT_EQ(VrString::fromUtf16({units, std::size(units)}), "\uFFFDa\uFFFD\uFFFD\U0001F600\uFFFD");

@@ -1,6 +1,7 @@
 // Files of other programs, foreign and broken ones too: what goes in comes out. They are no part of this project;
 // without them there is nothing to test.
 #include "support/Corpus.h"
+#include "support/Files.h"
 #include "support/Releases.h"
 
 #include <VnIfcCore/VnIfcFile.h>
@@ -15,19 +16,6 @@ using namespace vnifc::test;
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string contents(const fs::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
-
-std::string fileOf(std::string_view data) {
-    return "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\nFILE_NAME('','',(''),(''),'','','');\n"
-           "FILE_SCHEMA(('IFC4'));\nENDSEC;\nDATA;\n" +
-           std::string(data) + "ENDSEC;\nEND-ISO-10303-21;\n";
-}
 
 /// The files of a release, read and written by the classes of a release.
 class Corpus : public testing::TestWithParam<std::string> {
@@ -55,9 +43,9 @@ protected:
     }
 };
 
-TEST(PlainReader, takesApartWhatTheLibraryMustKeep) {
+TEST(PlainReader, TakesApartWhatTheLibraryMustKeep) {
     const plain::File file = plain::read(
-        fileOf("#1= IFCX ( 'a''b\\S\\'',$$,/* ) */ (1.,.T.),,IFCLABEL ('x'),#12,\"0F\",);\n#2=(A(1)B());\n"));
+        fileOf("IFC4", "#1= IFCX ( 'a''b\\S\\'',$$,/* ) */ (1.,.T.),,IFCLABEL ('x'),#12,\"0F\",);\n#2=(A(1)B());\n"));
     EXPECT_EQ(file.header.size(), 3u);
     ASSERT_EQ(file.instances.size(), 2u);
     std::vector<std::string> texts;
@@ -68,17 +56,19 @@ TEST(PlainReader, takesApartWhatTheLibraryMustKeep) {
     EXPECT_EQ(file.instances.at(2).text, "(A(1)B())");
 
     const declared::Schema& release = declared::schemaNamed("IFC4");
-    const auto losses = [&](std::string_view data) { return lossesOf(file, plain::read(fileOf(data)), release); };
+    const auto losses = [&](std::string_view data) {
+        return lossesOf(file, plain::read(fileOf("IFC4", data)), release);
+    };
     EXPECT_EQ(losses("#1=IFCX('a''b\\S\\'',$,$,(1.0,.t.),,IFCLABEL('x'),#12,\"0F\",);\n#2=(A(1)B());\n"), "");
     EXPECT_EQ(losses("#1=IFCX('a''b\\S\\'',$,$,(1.0,.T.),$,IFCLABEL('x'),#12,\"0F\",);\n"),
               "#1=IFCX has other parameters\n#2= is missing\nother instances have come in\n");
-    const plain::File sets = plain::read(fileOf("#1=IFCUNITASSIGNMENT((#2,#3));\n#2=IFCPOLYLINE((#4,#5));\n"));
-    EXPECT_EQ(
-        lossesOf(sets, plain::read(fileOf("#1=IFCUNITASSIGNMENT((#3,#2));\n#2=IFCPOLYLINE((#5,#4));\n")), release),
-        "#2=IFCPOLYLINE has other parameters\n");
+    const plain::File sets = plain::read(fileOf("IFC4", "#1=IFCUNITASSIGNMENT((#2,#3));\n#2=IFCPOLYLINE((#4,#5));\n"));
+    EXPECT_EQ(lossesOf(sets, plain::read(fileOf("IFC4", "#1=IFCUNITASSIGNMENT((#3,#2));\n#2=IFCPOLYLINE((#5,#4));\n")),
+                       release),
+              "#2=IFCPOLYLINE has other parameters\n");
 }
 
-TEST_P(Corpus, everyInstanceAndParameterComesBackInItsOwnRelease) {
+TEST_P(Corpus, EveryInstanceAndParameterComesBackInItsOwnRelease) {
     for (const fs::path& path : corpusFiles()) {
         const std::string text = contents(path);
         const plain::File before = plain::read(text);
@@ -90,7 +80,7 @@ TEST_P(Corpus, everyInstanceAndParameterComesBackInItsOwnRelease) {
 }
 
 // What the classes do not fit is kept.
-TEST_P(Corpus, everyInstanceAndParameterComesBackInAnyRelease) {
+TEST_P(Corpus, EveryInstanceAndParameterComesBackInAnyRelease) {
     for (const fs::path& path : corpusFiles()) {
         SCOPED_TRACE(path.filename());
         const std::string text = contents(path);

@@ -97,7 +97,7 @@ std::string errorOf(const std::function<void(MiniBuilder&)>& change) {
 
 } // namespace
 
-TEST(SchemaBuilder, resolvesEveryKindOfNameAndKeepsItAsRegistered) {
+TEST(SchemaBuilder, ResolvesEveryKindOfNameAndKeepsItAsRegistered) {
     VnIfcSchema schema;
     MiniBuilder(&schema).build();
 
@@ -134,7 +134,7 @@ TEST(SchemaBuilder, resolvesEveryKindOfNameAndKeepsItAsRegistered) {
     EXPECT_EQ(linkRecord->derivedAttributes()[1]->type()->kind(), VnTypeCodeKind::kInteger);
 }
 
-TEST(SchemaBuilder, namesWhatItCannotResolve) {
+TEST(SchemaBuilder, NamesWhatItCannotResolve) {
     struct Case {
         std::function<void(MiniBuilder&)> change;
         const char* expected; ///< part of the message; empty: no error
@@ -173,14 +173,14 @@ TEST(SchemaBuilder, namesWhatItCannotResolve) {
     };
     for (const Case& test : cases) {
         const std::string error = errorOf(test.change);
-        if (*test.expected == '\0')
+        if (*test.expected == '\0') {
             EXPECT_EQ(error, "");
-        else
+        } else
             EXPECT_NE(error.find(test.expected), std::string::npos) << test.expected << " is not in: " << error;
     }
 }
 
-TEST(SchemaBuilder, refusesASchemaThatIsBuiltOrMissing) {
+TEST(SchemaBuilder, RefusesASchemaThatIsBuiltOrMissing) {
     VnIfcSchema schema;
     MiniBuilder builder(&schema);
     builder.build();
@@ -189,7 +189,7 @@ TEST(SchemaBuilder, refusesASchemaThatIsBuiltOrMissing) {
     EXPECT_THROW(MiniBuilder(nullptr), std::invalid_argument);
 }
 
-TEST(SchemaBuilder, staticPointersShowTheRecordOfTheYoungestLivingSchema) {
+TEST(SchemaBuilder, StaticPointersShowTheRecordOfTheYoungestLivingSchema) {
     auto older = std::make_unique<VnIfcSchema>();
     MiniBuilder(older.get()).build();
     auto younger = std::make_unique<VnIfcSchema>();
@@ -202,7 +202,7 @@ TEST(SchemaBuilder, staticPointersShowTheRecordOfTheYoungestLivingSchema) {
     EXPECT_EQ(selectRecord, nullptr);
 }
 
-TEST(EntityType, knowsItsPlaceInTheTree) {
+TEST(EntityType, KnowsItsPlaceInTheTree) {
     VnIfcSchema schema;
     MiniBuilder(&schema).build();
     EXPECT_TRUE(linkRecord->isKindOf(rootRecord));
@@ -222,7 +222,7 @@ TEST(EntityType, knowsItsPlaceInTheTree) {
     EXPECT_THROW(linkRecord->appendAttribute(nullptr), std::invalid_argument);
 }
 
-TEST(Dictionary, keepsOrderAndTellsNamesApart) {
+TEST(Dictionary, KeepsOrderAndTellsNamesApart) {
     Dictionary dictionary;
     EXPECT_EQ(dictionary.at("A"), nullptr) << "empty";
     // Names that differ only in case, in a bit that is case for letters alone, or past a multiple of eight bytes.

@@ -9,7 +9,7 @@
 
 using namespace VN_SDAI;
 
-TEST(LifeCycle, initialisationIsIdempotentAndRepeatable) {
+TEST(LifeCycle, InitialisationIsIdempotentAndRepeatable) {
     VnModuleLifeCycleApp* app = vnGetModuleLifeCycleApp();
     ASSERT_TRUE(app);
     EXPECT_EQ(vnifcGetSchemaPointer(), nullptr);
@@ -32,7 +32,7 @@ TEST(LifeCycle, initialisationIsIdempotentAndRepeatable) {
     }
 }
 
-TEST(LifeCycle, classesShowTheirRecordsWhileTheSchemaLives) {
+TEST(LifeCycle, ClassesShowTheirRecordsWhileTheSchemaLives) {
     vnGetModuleLifeCycleApp()->initApp();
     const VnIfcSchema* schema = vnifcGetSchemaPointer();
     EXPECT_EQ(IFC4X3::IfcRoot::g_pEntityType, schema->entities().at("IFCROOT"));
@@ -43,7 +43,7 @@ TEST(LifeCycle, classesShowTheirRecordsWhileTheSchemaLives) {
     EXPECT_EQ(IFC4X3::IfcValue::sType, nullptr);
 }
 
-TEST_F(SchemaTest, everyEntityHasAFactoryOfItsOwnClass) {
+TEST_F(SchemaTest, EveryEntityHasAFactoryOfItsOwnClass) {
     for (std::size_t i = 0; i < schema->entityCount(); ++i) {
         const VnIfcEntityType* entity = schema->entityAt(i);
         const std::unique_ptr<VnIfcEntityBase> instance(entity->create());

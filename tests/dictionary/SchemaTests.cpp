@@ -63,7 +63,7 @@ using Counts = std::map<std::string, int>;
 
 } // namespace
 
-TEST_F(SchemaTest, hasAllEntitiesAndAttributes) {
+TEST_F(SchemaTest, HasAllEntitiesAndAttributes) {
     Counts counts;
     Counts typeTexts;
     Counts cardinalities;
@@ -106,7 +106,7 @@ TEST_F(SchemaTest, hasAllEntitiesAndAttributes) {
     EXPECT_EQ(typeTexts["IFCDATETIME"], 32);
 }
 
-TEST_F(SchemaTest, entitiesComeSupertypesFirst) {
+TEST_F(SchemaTest, EntitiesComeSupertypesFirst) {
     const char* first[] = {"IFCROOT",
                            "IFCRELATIONSHIP",
                            "IFCRELCONNECTS",
@@ -126,7 +126,7 @@ TEST_F(SchemaTest, entitiesComeSupertypesFirst) {
     }
 }
 
-TEST_F(SchemaTest, entitiesDeclareTheirOwnAttributesInOrder) {
+TEST_F(SchemaTest, EntitiesDeclareTheirOwnAttributesInOrder) {
     struct Case {
         const char* name;
         const char* supertype;
@@ -164,7 +164,7 @@ TEST_F(SchemaTest, entitiesDeclareTheirOwnAttributesInOrder) {
     EXPECT_EQ(schema->entity("IFCDOCUMENTINFORMATION")->attributes().size(), 21u);
 }
 
-TEST_F(SchemaTest, derivedAttributesThatRedeclareBearTheNameOfTheDeclaringEntity) {
+TEST_F(SchemaTest, DerivedAttributesThatRedeclareBearTheNameOfTheDeclaringEntity) {
     std::map<std::string, std::string> redeclared;
     for (const auto& [name, instance] : schema->entities())
         for (const auto* attribute : static_cast<VnIfcEntityType&>(*instance).derivedAttributes())
@@ -185,7 +185,7 @@ TEST_F(SchemaTest, derivedAttributesThatRedeclareBearTheNameOfTheDeclaringEntity
     EXPECT_EQ(redeclared, expected);
 }
 
-TEST_F(SchemaTest, everyAttributeHasATypeButTheOneEnumerationWithoutRecord) {
+TEST_F(SchemaTest, EveryAttributeHasATypeButTheOneEnumerationWithoutRecord) {
     Texts untyped;
     for (const auto& [name, instance] : schema->entities())
         for (const VnIfcAttributeDefinition* attribute : static_cast<VnIfcEntityType&>(*instance).attributes())
@@ -196,7 +196,7 @@ TEST_F(SchemaTest, everyAttributeHasATypeButTheOneEnumerationWithoutRecord) {
                               "IFCTRANSITIONCURVESEGMENT2D IFCTRANSITIONCURVETYPE"}));
 }
 
-TEST_F(SchemaTest, typesAreFoundUnderTheirExactNames) {
+TEST_F(SchemaTest, TypesAreFoundUnderTheirExactNames) {
     struct Case {
         const Dictionary& dictionary;
         const char* name;
@@ -224,7 +224,7 @@ TEST_F(SchemaTest, typesAreFoundUnderTheirExactNames) {
               dynamic_cast<VnIfcDefinedType*>(schema->anonymousTypes().at("list [1:?] of IfcActorRole")));
 }
 
-TEST_F(SchemaTest, definedTypesReachTheirSimpleType) {
+TEST_F(SchemaTest, DefinedTypesReachTheirSimpleType) {
     struct Case {
         const char* name;
         const char* underlying;
@@ -256,7 +256,7 @@ TEST_F(SchemaTest, definedTypesReachTheirSimpleType) {
     EXPECT_TRUE(!bits->isFixed() && bits->width() == 32);
 }
 
-TEST_F(SchemaTest, namedTypesComeInBuildingOrder) {
+TEST_F(SchemaTest, NamedTypesComeInBuildingOrder) {
     struct Case {
         std::size_t position;
         const char* name;
@@ -278,7 +278,7 @@ TEST_F(SchemaTest, namedTypesComeInBuildingOrder) {
         EXPECT_LT(schema->anonymousTypes().entries()[i - 1].name, schema->anonymousTypes().entries()[i].name);
 }
 
-TEST_F(SchemaTest, enumerationsHoldTheirLiterals) {
+TEST_F(SchemaTest, EnumerationsHoldTheirLiterals) {
     std::size_t records = 0;
     std::size_t literals = 0;
     std::size_t largest = 0;
@@ -306,7 +306,7 @@ TEST_F(SchemaTest, enumerationsHoldTheirLiterals) {
               (Texts{"EMAIL", "FAX", "PHONE", "POST", "VERBAL", "USERDEFINED", "NOTDEFINED"}));
 }
 
-TEST_F(SchemaTest, selectsKnowTheirMembers) {
+TEST_F(SchemaTest, SelectsKnowTheirMembers) {
     std::size_t records = 0;
     std::size_t members = 0;
     for (const auto& [name, instance] : schema->namedTypes()) {
@@ -327,7 +327,7 @@ TEST_F(SchemaTest, selectsKnowTheirMembers) {
     EXPECT_EQ(texts(value->memberNames()), (Texts{"IFCDERIVEDMEASUREVALUE", "IFCMEASUREVALUE", "IFCSIMPLEVALUE"}));
 }
 
-TEST_F(SchemaTest, aggregationsHaveTheBoundsOfTheirText) {
+TEST_F(SchemaTest, AggregationsHaveTheBoundsOfTheirText) {
     Counts bounds;
     for (const Dictionary* dictionary : {&schema->namedTypes(), &schema->anonymousTypes()})
         for (const auto& [name, instance] : *dictionary)

@@ -27,7 +27,7 @@ protected:
 
 } // namespace
 
-TEST_F(EntityTest, everyNewInstanceOfEveryClassIsUnset) {
+TEST_F(EntityTest, EveryNewInstanceOfEveryClassIsUnset) {
     for (std::size_t i = 0; i < schema()->entityCount(); ++i) {
         const VnIfcEntityType& type = *schema()->entityAt(i);
         const std::unique_ptr<VnIfcEntityBase> instance(type.create());
@@ -39,7 +39,7 @@ TEST_F(EntityTest, everyNewInstanceOfEveryClassIsUnset) {
     }
 }
 
-TEST_F(EntityTest, theUnsetValueOfEachKind) {
+TEST_F(EntityTest, TheUnsetValueOfEachKind) {
     const IfcMaterialLayer layer;
     EXPECT_TRUE(layer.getMaterial().isNull() && !layer.Material());
     EXPECT_NE(layer.getLayerThickness(), layer.getLayerThickness());
@@ -56,7 +56,7 @@ TEST_F(EntityTest, theUnsetValueOfEachKind) {
     EXPECT_TRUE(IfcCartesianPoint().getCoordinates().isNil() && IfcActor().getInvIsActingUpon().isNil());
 }
 
-TEST_F(EntityTest, typeTestsKnowTheChainOfSupertypesAndIgnoreCase) {
+TEST_F(EntityTest, TypeTestsKnowTheChainOfSupertypesAndIgnoreCase) {
     const IfcActor actor;
     const struct {
         const char* name;
@@ -85,7 +85,7 @@ TEST_F(EntityTest, typeTestsKnowTheChainOfSupertypesAndIgnoreCase) {
     EXPECT_TRUE(IfcOccupant().isKindOf(IfcActor::g_pEntityType));
 }
 
-TEST_F(EntityTest, settersAndGettersOfEachKind) {
+TEST_F(EntityTest, SettersAndGettersOfEachKind) {
     auto* history = model.create<IfcOwnerHistory>();
     auto* wall = model.create<IfcWall>();
     model.setMode(sdaiReadOnly); // a setter checks nothing
@@ -113,7 +113,7 @@ TEST_F(EntityTest, settersAndGettersOfEachKind) {
     EXPECT_FALSE(relation->testAttr("RelatedObjects"));
 }
 
-TEST_F(EntityTest, copiesHoldEverythingButTheIdentity) {
+TEST_F(EntityTest, CopiesHoldEverythingButTheIdentity) {
     auto* organization = model.create<IfcOrganization>();
     auto* actor = model.create<IfcActor>();
     actor->setName("a");
@@ -145,7 +145,7 @@ TEST_F(EntityTest, copiesHoldEverythingButTheIdentity) {
     EXPECT_EQ(setCopy.getMaterialLayers().count(), 1u) << "a copy shares nothing";
 }
 
-TEST_F(EntityTest, binaryIsPassedOverByTheFieldsAndTheNextFieldIsRead) {
+TEST_F(EntityTest, BinaryIsPassedOverByTheFieldsAndTheNextFieldIsRead) {
     Reading reading(fileOf("#1=IFCBLOBTEXTURE(.T.,.F.,'m',$,$,'PNG' , /* x */ \"0123456789ABCDEF\" );\n"));
     EXPECT_EQ(reading.codes(), "binary");
     EXPECT_EQ(reading.as<IfcBlobTexture>(1).getRasterFormat(), "PNG");

@@ -45,11 +45,11 @@ static_assert(!Takes<typed::Select, const typed::Select&> && !Takes<VnIfcSelect,
 static_assert(std::is_nothrow_move_constructible_v<VnIfcModel> && !std::is_copy_constructible_v<VnIfcModel>);
 static_assert(std::three_way_comparable<VnDbObjectId>);
 
-TEST(Traps, aHostsOwnNamesStayItsOwn) { EXPECT_EQ(_stricmp("a", "b"), 1); }
+TEST(Traps, AHostsOwnNamesStayItsOwn) { EXPECT_EQ(_stricmp("a", "b"), 1); }
 
 // ---- enumerations
 
-TEST(Traps, codesOutsideOfTheTableAreUnset) {
+TEST(Traps, CodesOutsideOfTheTableAreUnset) {
     for (const std::uint32_t code : {0x80000000u, 0xFFFFFFFFu, 1000u}) {
         const IfcWallTypeEnum type(static_cast<IfcWallTypeEnumCode>(code));
         EXPECT_EQ(type.literal(), nullptr) << code;
@@ -64,7 +64,7 @@ TEST(Traps, codesOutsideOfTheTableAreUnset) {
 
 // ---- selects
 
-TEST(Traps, aSelectWithoutAValueIsWrittenAsUnset) {
+TEST(Traps, ASelectWithoutAValueIsWrittenAsUnset) {
     VnIfcModel model(schema());
     const auto written = [&](auto choose) {
         auto* property = model.create<IfcPropertySingleValue>();
@@ -91,7 +91,12 @@ TEST(Traps, aSelectWithoutAValueIsWrittenAsUnset) {
               "#1=IFCPROPERTYSINGLEVALUE('a',$,IFCCOMPLEXNUMBER(()),$);\n");
 }
 
-TEST(Traps, gettersAgreeThatThereIsNoValue) {
+TEST(Traps, GettersAgreeThatThereIsNoValue) {
+    // As files give them, where every integer is a value.
+    Reading integers(fileOf("#1=IFCPROPERTYSINGLEVALUE('a',$,IFCINTEGER(2147483647),$);\n"));
+    int largest = 0;
+    EXPECT_TRUE(integers.as<IfcPropertySingleValue>(1).getNominalValue().getInt32(largest));
+    EXPECT_EQ(largest, 2147483647);
     IfcValue value;
     VnAnsiString text("before");
     double real = 1;
@@ -107,7 +112,7 @@ TEST(Traps, gettersAgreeThatThereIsNoValue) {
     EXPECT_TRUE(text == "before" && real == 1 && integer == 1 && boolean == VnIfcBoolean::True);
 }
 
-TEST(Traps, baseSettersRefuseAKindThatIsNotChosen) {
+TEST(Traps, BaseSettersRefuseAKindThatIsNotChosen) {
     IfcValue value;
     EXPECT_NE(value.setString("text"), VN::eOk) << "nothing is chosen";
     EXPECT_FALSE(value.hasValue());
@@ -121,7 +126,7 @@ TEST(Traps, baseSettersRefuseAKindThatIsNotChosen) {
     EXPECT_EQ(value.text(), "other");
 }
 
-TEST(Traps, aMovedFromSelectIsNull) {
+TEST(Traps, AMovedFromSelectIsNull) {
     IfcValue value;
     value.setIfcLabel("text");
     const IfcValue taken = std::move(value);
@@ -136,7 +141,7 @@ TEST(Traps, aMovedFromSelectIsNull) {
 
 // ---- aggregates
 
-TEST(Traps, iteratorsKnowTheirElements) {
+TEST(Traps, IteratorsKnowTheirElements) {
     VnIfcListAggr<double> reals;
     reals.assign(std::vector<double>{1.5, 2.5});
     const auto each = reals.createIterator();
@@ -151,7 +156,7 @@ TEST(Traps, iteratorsKnowTheirElements) {
     EXPECT_ANY_THROW(each->currentAs<double>()) << "at the end";
 }
 
-TEST(Traps, whatIsMovedOutOfAModelOutlivesIt) {
+TEST(Traps, WhatIsMovedOutOfAModelOutlivesIt) {
     VnIfcListAggr<double> reals;
     IfcValue value;
     IfcValue number;
@@ -177,7 +182,7 @@ TEST(Traps, whatIsMovedOutOfAModelOutlivesIt) {
 
 // ---- comfort
 
-TEST(Traps, settersTakeAnyContiguousRange) {
+TEST(Traps, SettersTakeAnyContiguousRange) {
     IfcCartesianPoint point;
     const std::vector<double> vector{1, 2};
     point.setCoordinates(vector);
@@ -190,7 +195,7 @@ TEST(Traps, settersTakeAnyContiguousRange) {
     EXPECT_EQ(point.getCoordinates().count(), 0u);
 }
 
-TEST(Traps, handlesAreHashedAndCompared) {
+TEST(Traps, HandlesAreHashedAndCompared) {
     VnIfcModel model(schema());
     const VnDbObjectId first = model.create("IfcWall"), second = model.create("IfcWall");
     const std::unordered_set<VnDbObjectId> set{first, second, first};
@@ -199,7 +204,7 @@ TEST(Traps, handlesAreHashedAndCompared) {
     EXPECT_EQ(first <=> second, std::strong_ordering::less);
 }
 
-TEST(Traps, whatGetAttrGivesCanBePutBack) {
+TEST(Traps, WhatGetAttrGivesCanBePutBack) {
     VnIfcModel model(schema());
     auto* from = model.create<IfcWall>();
     from->setName("name");
@@ -224,7 +229,7 @@ TEST(Traps, whatGetAttrGivesCanBePutBack) {
     EXPECT_TRUE(vnStorable(VnIfcVariant()).isNull());
 }
 
-TEST(Traps, variantsAreMadeFromTheTypesOfTheLanguage) {
+TEST(Traps, VariantsAreMadeFromTheTypesOfTheLanguage) {
     EXPECT_TRUE(VnIfcVariant(true).is<VnIfcBoolean>());
     EXPECT_TRUE(VnIfcVariant(5u).is<unsigned long>());
     EXPECT_TRUE(VnIfcVariant(std::string("text")).is<VnAnsiString>());
@@ -233,7 +238,7 @@ TEST(Traps, variantsAreMadeFromTheTypesOfTheLanguage) {
     EXPECT_EQ(bound.getOrientation(), VnIfcBoolean::True);
 }
 
-TEST(Traps, aQualifiedCallAnswersForTheInstancesOwnClass) {
+TEST(Traps, AQualifiedCallAnswersForTheInstancesOwnClass) {
     IfcWall wall;
     wall.setPredefinedType(kIfcWallTypeEnum_SOLIDWALL);
     VnIfcVariant value;

@@ -20,7 +20,7 @@ static_assert(IfcUnit::kIfcNamedUnit == 2 && IfcSimpleValue::kIfcReal == 10 && I
 static_assert(IfcValue::kIfcBinary == 94 && IfcValue::kIfcBoolean == 95 && IfcValue::kIfcLogical == 102);
 static_assert(kIfcAssemblyPlaceEnum_SITE == 0 && kIfcAssemblyPlaceEnum_UNSET == 3 && kIfcNullStyle_UNSET == 1);
 
-TEST(Enumeration, literalsAndCodesConvertBothWays) {
+TEST(Enumeration, LiteralsAndCodesConvertBothWays) {
     const typed::EnumerationClass& place = IfcAssemblyPlaceEnum::s_class;
     for (const char* text : {"site", "Site", "SITE"})
         EXPECT_EQ(place.fromLiteral(text), 0u);
@@ -37,7 +37,7 @@ TEST(Enumeration, literalsAndCodesConvertBothWays) {
     EXPECT_EQ(IfcNullStyle::s_class.fromLiteral("null"), 0u);
 }
 
-TEST(Select, aNewOneHasNoMemberAndNoValue) {
+TEST(Select, ANewOneHasNoMemberAndNoValue) {
     const IfcUnit unit;
     EXPECT_EQ(unit._d(), 3);
     EXPECT_TRUE(unit.underlyingTypeName().isEmpty());
@@ -49,7 +49,7 @@ TEST(Select, aNewOneHasNoMemberAndNoValue) {
     EXPECT_EQ(IfcPresentationStyleSelect::sIfcNullStyle, "IfcNullStyle");
 }
 
-TEST(Select, membersAreChosenByNameInAnyCaseAndBeginWithoutAValue) {
+TEST(Select, MembersAreChosenByNameInAnyCaseAndBeginWithoutAValue) {
     IfcUnit unit;
     EXPECT_TRUE(unit.underlyingTypeName("IFCNAMEDUNIT"));
     EXPECT_EQ(unit._d(), 2);
@@ -69,7 +69,7 @@ TEST(Select, membersAreChosenByNameInAnyCaseAndBeginWithoutAValue) {
     EXPECT_EQ(old, 1) << "the value of the former member is gone";
 }
 
-TEST(Select, settersChooseMemberAndKind) {
+TEST(Select, SettersChooseMemberAndKind) {
     IfcValue value;
     const struct {
         void (*set)(IfcValue&);
@@ -118,7 +118,7 @@ TEST(Select, settersChooseMemberAndKind) {
     }
 }
 
-TEST(Select, enumerationsAndInstancesAsMembers) {
+TEST(Select, EnumerationsAndInstancesAsMembers) {
     VnIfcModel model(schema());
     auto* unit = model.create<IfcSIUnit>();
     auto* wall = model.create<IfcWall>();
@@ -142,7 +142,7 @@ TEST(Select, enumerationsAndInstancesAsMembers) {
     EXPECT_TRUE(style.isIfcNullStyle() && style.kind() == VnTypeCodeKind::kEnumeration);
 }
 
-TEST(Select, anInstanceFromAFileIsClassifiedWhenSomebodyAsks) {
+TEST(Select, AnInstanceFromAFileIsClassifiedWhenSomebodyAsks) {
     Reading reading(fileOf("#1=IFCACTOR('',$,$,$,$,#3);\n#2=IFCACTOR('',$,$,$,$,#1);\n#3=IFCPERSON($,$,$,$,$,$,$,$);\n"
                            "#4=IFCACTOR('',$,$,$,$,#3);\n"));
     const IfcActorSelect& person = reading.as<IfcActor>(1).getTheActor();
@@ -155,7 +155,7 @@ TEST(Select, anInstanceFromAFileIsClassifiedWhenSomebodyAsks) {
     EXPECT_EQ(rewritten(reading.data()), reading.data());
 }
 
-TEST(Select, haveATotalOrderSoThatSetsOfThemHoldEachOnce) {
+TEST(Select, HaveATotalOrderSoThatSetsOfThemHoldEachOnce) {
     std::vector<IfcValue> values(7);
     values[1].setIfcReal(1);
     values[2].setIfcReal(Consts::VnRealUnset);

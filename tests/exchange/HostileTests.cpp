@@ -46,12 +46,11 @@ std::string repeated(std::size_t count, std::string_view text) {
 std::string numbered(std::size_t count, std::string_view text) {
     std::string result;
     for (std::size_t i = 1; i <= count; ++i)
-        for (const char c : text) {
+        for (const char c : text)
             if (c == '%')
                 result += std::to_string(i);
             else
                 result += c;
-        }
     return result;
 }
 
@@ -158,7 +157,7 @@ const std::vector<HostileText>& hostileTexts() {
 
 } // namespace
 
-TEST(Hostile, aFileCutOffAnywhereKeepsWhatStandsBeforeTheCut) {
+TEST(Hostile, AFileCutOffAnywhereKeepsWhatStandsBeforeTheCut) {
     const std::string file = sample();
     for (std::size_t length = 1; length < file.size(); ++length) {
         const std::string_view cut = std::string_view(file).substr(0, length);
@@ -172,7 +171,7 @@ TEST(Hostile, aFileCutOffAnywhereKeepsWhatStandsBeforeTheCut) {
     }
 }
 
-TEST(Hostile, aWrongByteCostsNoMoreThanItsInstanceAndTheNext) {
+TEST(Hostile, AWrongByteCostsNoMoreThanItsInstanceAndTheNext) {
     const std::string file = sample();
     for (std::size_t at = 0; at < file.size(); ++at) {
         std::string damaged = file;
@@ -191,7 +190,7 @@ TEST(Hostile, aWrongByteCostsNoMoreThanItsInstanceAndTheNext) {
     }
 }
 
-TEST(Hostile, timeIsInProportionToTheText) {
+TEST(Hostile, TimeIsInProportionToTheText) {
     // A reader that looks at every byte once for every other one would take minutes. Time of the processor, because
     // others may be at work.
     const auto secondsFor = [](const std::string& file) {
@@ -209,7 +208,7 @@ TEST(Hostile, timeIsInProportionToTheText) {
     }
 }
 
-TEST(Hostile, memoryIsInProportionToTheText) {
+TEST(Hostile, MemoryIsInProportionToTheText) {
     if (kSanitized)
         GTEST_SKIP() << "sanitizers keep freed memory back";
     // Each in a process of its own, because what was taken once stays with the process. The worst are three bytes that
@@ -239,7 +238,7 @@ TEST(Hostile, memoryIsInProportionToTheText) {
     }
 }
 
-TEST(Hostile, millionsOfOneThingComeBack) {
+TEST(Hostile, MillionsOfOneThingComeBack) {
     constexpr std::size_t kMillion = 1'000'000;
     for (const std::string& data : {
              "#1=IFCPERSON($,$,$,$,$,$,$,$" + repeated(10 * kMillion, ",1") + ");\n",
@@ -251,7 +250,7 @@ TEST(Hostile, millionsOfOneThingComeBack) {
         EXPECT_TRUE(rewritten(data) == data) << data.substr(0, 60);
 }
 
-TEST(Hostile, hostileTextsAreRewrittenStably) {
+TEST(Hostile, HostileTextsAreRewrittenStably) {
     for (const HostileText& text : hostileTexts()) {
         SCOPED_TRACE(text.what);
         stableRewriting(text.make(300));

@@ -1,5 +1,6 @@
 // A file that is written is complete, or as it was, and nothing lies beside it.
 #include "Support.h"
+#include "support/Files.h"
 
 #include <VnIfcCore/VnSafeFile.h>
 
@@ -7,12 +8,29 @@
 #include <filesystem>
 #include <fstream>
 
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 using namespace VN_SDAI;
 using namespace exchange;
+using vnifc::test::contents;
 namespace fs = std::filesystem;
+
+#if defined(__linux__)
+namespace {
+std::string calls; // of those below, which stand before the C library's
+}
+extern "C" __attribute__((visibility("default"))) int fsync(int file) {
+    calls += "fsync ";
+    return static_cast<int>(::syscall(SYS_fsync, file));
+}
+extern "C" __attribute__((visibility("default"))) int linkat(int fromDirectory, const char* from, int toDirectory,
+                                                             const char* to, int flags) noexcept {
+    calls += "link ";
+    return static_cast<int>(::syscall(SYS_linkat, fromDirectory, from, toDirectory, to, flags));
+}
+#endif
 
 namespace {
 
@@ -30,10 +48,6 @@ protected:
             all += name + ' ';
         return all;
     }
-    static std::string contents(const fs::path& file) {
-        std::ifstream in(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(in), {}};
-    }
     void put(const std::string& text) const { std::ofstream(target, std::ios::binary) << text; }
 
     fs::path directory = fs::temp_directory_path() / ("vnifc_safe_file_" + std::to_string(::getpid()));
@@ -42,7 +56,7 @@ protected:
 
 } // namespace
 
-TEST_F(SafeFile, takesItsNameWithCommitOnly) {
+TEST_F(SafeFile, TakesItsNameWithCommitOnly) {
     put("before");
     {
         VnSafeFile file(target);
@@ -57,7 +71,7 @@ TEST_F(SafeFile, takesItsNameWithCommitOnly) {
     EXPECT_EQ(namesThere(), "file.ifc ");
 }
 
-TEST_F(SafeFile, keepsPermissionsAndLinks) {
+TEST_F(SafeFile, KeepsPermissionsAndLinks) {
     put("before");
     fs::permissions(target, fs::perms::owner_read | fs::perms::owner_write);
     fs::create_symlink("file.ifc", directory / "link");
@@ -68,7 +82,7 @@ TEST_F(SafeFile, keepsPermissionsAndLinks) {
     EXPECT_EQ(fs::status(target).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 }
 
-TEST_F(SafeFile, tellsWhyItCannotBeWritten) {
+TEST_F(SafeFile, TellsWhyItCannotBeWritten) {
     VnSafeFile nowhere(directory / "missing" / "file");
     EXPECT_TRUE(!nowhere.stream() && nowhere.error() == ENOENT && !nowhere.write("x") && !nowhere.commit());
     VnSafeFile overDirectory(directory);
@@ -84,7 +98,16 @@ TEST_F(SafeFile, tellsWhyItCannotBeWritten) {
 }
 
 #if defined(__linux__)
-TEST_F(SafeFile, aKilledWriterLeavesNothing) {
+TEST_F(SafeFile, IsOnTheDiskBeforeItHasAName) {
+    calls.clear();
+    VnSafeFile file(target);
+    EXPECT_TRUE(file.write("text"));
+    EXPECT_EQ(calls, "");
+    EXPECT_TRUE(file.commit());
+    EXPECT_TRUE(calls == "fsync link " || calls == "fsync ") << calls; // where there are no files without a name
+}
+
+TEST_F(SafeFile, AKilledWriterLeavesNothing) {
     put("before");
     const pid_t child = ::fork();
     ASSERT_GE(child, 0);
@@ -103,7 +126,7 @@ TEST_F(SafeFile, aKilledWriterLeavesNothing) {
 
 // ---- numbers of instances, which two ways of writing share
 
-TEST(InstanceNumbers, areWrittenWhole) {
+TEST(InstanceNumbers, AreWrittenWhole) {
     for (const std::uint64_t number : {1ull, 9ull, 10ull, 99'999'999ull, 100'000'000ull, 100'000'001ull, 999'999'999ull,
                                        1'000'000'000ull, 18'446'744'073'709'551'615ull}) {
         const std::string data =

@@ -1,7 +1,10 @@
 // The file around the instances: beginning, header, sections, end; and where in it diagnostics point.
 #include "Support.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 
@@ -40,7 +43,7 @@ std::string headerOf(std::string_view file) {
 
 } // namespace
 
-TEST(Structure, instancesAreFoundWhateverTheFileAroundThemLooksLike) {
+TEST(Structure, InstancesAreFoundWhateverTheFileAroundThemLooksLike) {
     const std::string file = fileOf(kPoint);
     const std::string head(kHead), tail(kTail), point(kPoint);
     const std::string schemaLine = "FILE_SCHEMA(('IFC4X3'));";
@@ -104,7 +107,7 @@ TEST(Structure, instancesAreFoundWhateverTheFileAroundThemLooksLike) {
     }
 }
 
-TEST(Structure, theHeaderIsWrittenAsItWasRead) {
+TEST(Structure, TheHeaderIsWrittenAsItWasRead) {
     for (const std::string_view header : {
              "FILE_DESCRIPTION(('ViewDefinition\r\n[X]','it''s "
              "\\X\\C4'),'2;1');\nFILE_NAME($,'2020',$,(),'','a\\S\\'b','');\n"
@@ -124,7 +127,7 @@ TEST(Structure, theHeaderIsWrittenAsItWasRead) {
               std::vector<std::string>{"IFC4X3"});
 }
 
-TEST(Structure, headerStringsAreTakenApart) {
+TEST(Structure, HeaderStringsAreTakenApart) {
     VnIfcHeader header;
     header.set("FILE_NAME", "'it''s', ( 'a' , 'b\\S\\'c' /* 'no' */ ), $, 'd\\\\''e'");
     EXPECT_EQ(header.strings("file_name", 0), std::vector<std::string>{"it's"});
@@ -138,7 +141,7 @@ TEST(Structure, headerStringsAreTakenApart) {
     EXPECT_EQ(fresh.strings("FILE_NAME", 0), std::vector<std::string>{"it's\\\\x"});
 }
 
-TEST(Structure, whatIsNoExchangeFileIsRefusedWithTheReason) {
+TEST(Structure, WhatIsNoExchangeFileIsRefusedWithTheReason) {
     const std::string file = fileOf(kPoint);
     const struct {
         std::string text;
@@ -164,9 +167,11 @@ TEST(Structure, whatIsNoExchangeFileIsRefusedWithTheReason) {
     }
 }
 
-TEST(Structure, whatIsNoReadableFileIsToldApart) {
+TEST(Structure, WhatIsNoReadableFileIsToldApart) {
     VnIfcModel model(schema());
-    const std::filesystem::path directory = testing::TempDir();
+    const std::filesystem::path directory =
+        std::filesystem::temp_directory_path() / ("vnifc_structure_" + std::to_string(::getpid()));
+    std::filesystem::create_directory(directory);
     EXPECT_EQ(model.readFile(directory / "no such file.ifc").status, VN::eNotFound);
     EXPECT_EQ(model.readFile(directory).status, VN::eCannotRead);
     for (const char* device : {"/dev/null", "/dev/zero"})
@@ -178,10 +183,54 @@ TEST(Structure, whatIsNoReadableFileIsToldApart) {
     EXPECT_EQ(result.bytes, std::filesystem::file_size(file));
     EXPECT_EQ(model.readFile(file).status, VN::eRefused) << "a model is filled once";
     EXPECT_EQ(dataOf(model.writeText()), kPoint);
-    std::filesystem::remove(file);
+    std::filesystem::remove_all(directory);
 }
 
-TEST(Structure, aPipeIsReadToItsEnd) {
+TEST(Structure, AReadThatFailsIsNoEmptyFile) {
+    VnIfcModel model(schema());
+    const VnIfcFileResult result = model.readFile("/proc/self/mem"); // opens, and has nothing at its beginning
+    EXPECT_EQ(result.status, VN::eCannotRead);
+    EXPECT_EQ(result.message, std::strerror(EIO));
+}
+
+TEST(Structure, FindingsAndPlacesComeInTheOrderOfTheFile) {
+    const struct {
+        std::string data;
+        const char* told;
+    } cases[] = {
+        {"#9=IFCFOO();\n?\n#5=IFCPERSON(1,$,$,$,$,$,$,$);\n!\n#7=IFCBAR();\n#1=IFCFOO(1;\n",
+         "8 unknown-keyword, 9 garbage, 10 wrong-kind, 11 garbage, 12 unknown-keyword, 13 unknown-keyword, "
+         "13 unclosed-list, "},
+        {"what\n#3=IFCFOO();\n/* never closed\n#2=IFCFOO();\n",
+         "8 garbage, 9 unknown-keyword, 10 open-comment, 11 unknown-keyword, "},
+        {"what /* never closed\n#2=IFCFOO();\nis\n#1=IFCFOO();\n",
+         "8 garbage, 9 unknown-keyword, 10 garbage, 11 unknown-keyword, "},
+    };
+    for (const auto& each : cases)
+        for (const bool places : {false, true}) {
+            VnIfcModel model(schema());
+            VnIfcReadOptions options;
+            std::string told;
+            options.places = places;
+            options.diagnostics = [&](const VnIfcDiagnostic& found) {
+                told += std::to_string(found.line) + ' ' + found.code + ", ";
+            };
+            ASSERT_TRUE(model.readText(fileOf(each.data), options));
+            EXPECT_EQ(told, each.told) << each.data;
+            model.forEach([&](const VnIfcEntityBase& instance) {
+                std::uint64_t line = 0, column = 0;
+                EXPECT_EQ(model.place(instance.objectId(), line, column), places);
+                const std::string begin = '#' + std::to_string(instance.objectId().number()) + '=';
+                const std::string before = fileOf(each.data.substr(0, each.data.find(begin)));
+                EXPECT_EQ(line, places ? static_cast<std::uint64_t>(std::ranges::count(before, '\n')) - 1 : 0);
+            });
+            std::uint64_t line = 77, column = 0;
+            EXPECT_FALSE(model.place(model.create("IfcWall"), line, column)) << "it stands in no file";
+            EXPECT_EQ(line, 77u);
+        }
+}
+
+TEST(Structure, APipeIsReadToItsEnd) {
     int ends[2];
     ASSERT_EQ(::pipe(ends), 0);
     const std::string file = fileOf("#1=IFCFOO();\n");
@@ -198,7 +247,7 @@ TEST(Structure, aPipeIsReadToItsEnd) {
     EXPECT_TRUE(said.starts_with("the pipe:8:4: warning")) << said;
 }
 
-TEST(Structure, diagnosticsPointToTheTokenAndSayWhatWasExpected) {
+TEST(Structure, DiagnosticsPointToTheTokenAndSayWhatWasExpected) {
     const std::string file(fileOf("#1=IFCWALL('guid',#9,5,$,$,$,$,$,.WAVY.);\r"
                                   "#2 = IFCPERSON ( $,$ ,\r\n\t 'x' 'y',\n  .A. ,$,$,$,$);\n"
                                   "#3=IFCFOO(1);  #4=IFCPERSON($);\n"
@@ -244,4 +293,9 @@ TEST(Structure, diagnosticsPointToTheTokenAndSayWhatWasExpected) {
     EXPECT_EQ(reading.result.errors, 6u);
     EXPECT_EQ(reading.result.warnings, 12u);
     EXPECT_EQ(Reading(fileOf("#1=IFCFOO(" + std::string(500, 'x') + "\n")).diagnostics.at(0).found.size(), 6u);
+    for (const std::size_t length : {60u, 61u}) { // longer texts are cut
+        const std::string digits(length, '7');
+        EXPECT_EQ(Reading(fileOf("#1=IFCPERSON(" + digits + ",$,$,$,$,$,$,$);\n")).diagnostics.at(0).found,
+                  length == 60 ? digits : digits.substr(0, 60) + "...");
+    }
 }

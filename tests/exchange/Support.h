@@ -1,4 +1,6 @@
 #pragma once
+#include "support/Files.h"
+
 #include <IFC4X3/Module.h>
 #include <VnIfcCore/VnIfcEntityType.h>
 #include <VnIfcCore/VnIfcModel.h>
@@ -23,7 +25,7 @@ inline constexpr std::string_view kHead =
 inline constexpr std::string_view kTail = "ENDSEC;\nEND-ISO-10303-21;\n";
 
 /// A whole exchange file around the text of a DATA section, which begins in line 8.
-inline std::string fileOf(std::string_view data) { return std::string(kHead).append(data).append(kTail); }
+inline std::string fileOf(std::string_view data) { return vnifc::test::fileOf("IFC4X3", data); }
 
 /// What stands between the header and the end; the text as it is where it has not that form.
 inline std::string dataOf(std::string_view file) {

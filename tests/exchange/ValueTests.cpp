@@ -34,7 +34,7 @@ std::string property(std::string_view name, std::string_view value) {
 
 } // namespace
 
-TEST(Values, realsAreTheNearestDoubleOfTheirText) {
+TEST(Values, RealsAreTheNearestDoubleOfTheirText) {
     const struct {
         std::string text;
         double value;
@@ -51,6 +51,9 @@ TEST(Values, realsAreTheNearestDoubleOfTheirText) {
         {"1.091393642127514E-011", 1.091393642127514e-11},
         {"0.1", 0.1},
         {"9007199254740993.", 9007199254740992.},
+        {"18446744073709551617.", 18446744073709551616.}, // past 64 bits
+        {"1844674407370955161.9", 1844674407370955161.9},
+        {"1.E+0300", 1e300},
         {"1.E23", 1e23},
         {"8.98846567431158E307", 8.98846567431158e307},
         {"1.7976931348623157E308", 1.7976931348623157e308},
@@ -68,7 +71,7 @@ TEST(Values, realsAreTheNearestDoubleOfTheirText) {
     EXPECT_TRUE(std::signbit(Reading(fileOf(layer("-0."))).as<IfcMaterialLayer>(1).getLayerThickness()));
 }
 
-TEST(Values, realsComeBackBitByBitInTheirShortestForm) {
+TEST(Values, RealsComeBackBitByBitInTheirShortestForm) {
     const struct {
         double value;
         const char* text;
@@ -78,7 +81,6 @@ TEST(Values, realsComeBackBitByBitInTheirShortestForm) {
     auto* own = model.create<IfcMaterialLayer>();
     for (const auto& test : cases) {
         own->setLayerThickness(test.value);
-        EXPECT_EQ(dataOf(fileOf("")), "");
         EXPECT_NE(model.writeText().find("($," + std::string(test.text) + ",$"), std::string::npos) << test.text;
     }
 
@@ -115,7 +117,7 @@ TEST(Values, realsComeBackBitByBitInTheirShortestForm) {
     }
 }
 
-TEST(Values, integersFillTheirRangeAndNoMore) {
+TEST(Values, IntegersFillTheirRangeAndNoMore) {
     const struct {
         const char* text;
         int value;
@@ -141,7 +143,7 @@ TEST(Values, integersFillTheirRangeAndNoMore) {
     }
 }
 
-TEST(Values, stringsKeepTheirBytesButForDoubledApostrophes) {
+TEST(Values, StringsKeepTheirBytesButForDoubledApostrophes) {
     const struct {
         std::string_view file;
         std::string_view memory;
@@ -175,20 +177,21 @@ TEST(Values, stringsKeepTheirBytesButForDoubledApostrophes) {
     EXPECT_EQ(rewritten(withNul), withNul);
 }
 
-TEST(Values, stringsThatAHostMakesCannotBreakTheFile) {
+TEST(Values, StringsThatAHostMakesCannotBreakTheFile) {
     // A directive that is cut off at the end would take the closing apostrophe with it.
-    for (const std::string_view text :
-         {"\\S\\", "a\\S\\", "\\\\S\\", "\\", "'", "\\'", "\\S\\\\S\\", "\\S", "\\X0\\S\\"}) {
+    for (const std::string_view text : {"\\S\\", "a\\S\\", "\\\\S\\", "\\", "'", "\\'", "\\S\\\\S\\", "\\S",
+                                        "\\X0\\S\\", "\\X\\S\\'x", "\xE9\\X\\S\\'x"}) {
         VnIfcModel model(schema());
         model.create<IfcPropertySingleValue>()->setName(text);
-        Reading reading(model.writeText());
+        const std::string written = model.writeText(); // once, because its time stamp is that of now
+        Reading reading(written);
         EXPECT_EQ(reading.codes(), "") << text;
         EXPECT_EQ(reading.model.count(), 1u);
-        EXPECT_EQ(reading.model.writeText(), model.writeText()) << text;
+        EXPECT_EQ(reading.model.writeText(), written) << text;
     }
 }
 
-TEST(Values, logicalsEnumerationsAndKeywordsAreReadInAnyCase) {
+TEST(Values, LogicalsEnumerationsAndKeywordsAreReadInAnyCase) {
     Reading reading(fileOf("#1=IfcFaceBound(#1,.t.);\n#2=IFCMATERIALLAYER($,$,.U.,$,$,$,$);\n"
                            "#3=ifcwall('',$,$,$,$,$,$,$,.standard.);\n#4=IFCSIUNIT(*,.LENGTHUNIT.,$,.Metre.);\n"
                            "#5=IFCPROPERTYSINGLEVALUE($,$,IfcBoolean(.f.),$);\n"));
@@ -204,7 +207,7 @@ TEST(Values, logicalsEnumerationsAndKeywordsAreReadInAnyCase) {
                               "#5=IFCPROPERTYSINGLEVALUE($,$,IFCBOOLEAN(.F.),$);\n");
 }
 
-TEST(Values, aggregatesAreReadAtEveryLevelAndInEveryElementKind) {
+TEST(Values, AggregatesAreReadAtEveryLevelAndInEveryElementKind) {
     const std::string_view data =
         "#1=IFCCARTESIANPOINT((1.,2.,3.));\n"
         "#2=IFCCARTESIANPOINTLIST3D(((0.,0.,0.),(),(1.,$,3.)),('a','b'));\n"
@@ -224,7 +227,7 @@ TEST(Values, aggregatesAreReadAtEveryLevelAndInEveryElementKind) {
     EXPECT_EQ(segments[1].getAggr()->count(), 3u);
 }
 
-TEST(Values, unsetAndEmptyAggregatesAreNilAndComeBackAsTheyWere) {
+TEST(Values, UnsetAndEmptyAggregatesAreNilAndComeBackAsTheyWere) {
     const std::string data = "#1=IFCPERSON($,$,$,(),$,$,(),$);\n#2=IFCCARTESIANPOINT($);\n#3=IFCPOLYLOOP(());\n"
                              "#4=IFCRELAGGREGATES('',$,$,$,$,());\n#5=IFCRELAGGREGATES('',$,$,$,$,$);\n";
     Reading reading(fileOf(data));
@@ -239,19 +242,23 @@ TEST(Values, unsetAndEmptyAggregatesAreNilAndComeBackAsTheyWere) {
               "#4=IFCRELAGGREGATES('',$,$,$,$,());\n#5=IFCRELAGGREGATES('',$,$,$,$,());\n");
 }
 
-TEST(Values, aSetIsWrittenInOrderAndDoublesOnlyUntilItIsSet) {
+TEST(Values, ASetIsWrittenInOrderAndDoublesOnlyUntilItIsSet) {
     const std::string walls = "#3=IFCWALL('',$,$,$,$,$,$,$,$);\n#9=IFCWALL('',$,$,$,$,$,$,$,$);\n";
     EXPECT_EQ(rewritten("#1=IFCRELAGGREGATES('',$,$,$,#3,(#9,#3));\n" + walls),
               "#1=IFCRELAGGREGATES('',$,$,$,#3,(#3,#9));\n" + walls);
     Reading doubles(fileOf("#1=IFCRELAGGREGATES('',$,$,$,#3,(#9,#3,#9));\n" + walls));
     auto& relation = doubles.as<IfcRelAggregates>(1);
     EXPECT_EQ(relation.getRelatedObjects().count(), 2u);
+    EXPECT_EQ(doubles.diagnostics.at(0).attribute, "RelatedObjects");
     EXPECT_EQ(doubles.data(), "#1=IFCRELAGGREGATES('',$,$,$,#3,(#9,#3,#9));\n" + walls);
+    Reading gone(fileOf("#1=IFCRELAGGREGATES('',$,$,$,#3,(#9,#3,#9));\n" + walls));
+    gone.model.erase(gone.model.find(9));
+    EXPECT_EQ(gone.data(), "#1=IFCRELAGGREGATES('',$,$,$,#3,(#3));\n" + walls.substr(0, walls.find('\n') + 1));
     relation.setRelatedObjects({doubles.model.find(9), doubles.model.find(3), doubles.model.find(9)});
     EXPECT_EQ(doubles.data(), "#1=IFCRELAGGREGATES('',$,$,$,#3,(#3,#9));\n" + walls);
 }
 
-TEST(Values, tokensMayHaveBlanksAndCommentsBetweenThem) {
+TEST(Values, TokensMayHaveBlanksAndCommentsBetweenThem) {
     const std::vector<std::string_view> tokens = {"#1",
                                                   "=",
                                                   "IFCPROPERTYENUMERATEDVALUE",
@@ -313,7 +320,7 @@ TEST(Values, tokensMayHaveBlanksAndCommentsBetweenThem) {
     EXPECT_EQ(rewritten(written), written);
 }
 
-TEST(Values, aSelectTakesTheMemberThatItsTypeNames) {
+TEST(Values, ASelectTakesTheMemberThatItsTypeNames) {
     Reading reading(fileOf(property("''", "IFCINTEGER(2147483647)")));
     const IfcValue& value = reading.as<IfcPropertySingleValue>(1).getNominalValue();
     int number = 0;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Output.h"
 #include "Express.h"
+#include "Output.h"
 #include "Resolve.h"
 
 #include <string>

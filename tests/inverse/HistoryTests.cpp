@@ -37,7 +37,7 @@ struct Scene {
 
 } // namespace
 
-TEST(InverseHistory, settingAnewEmptiesFirst) {
+TEST(InverseHistory, SettingAnewEmptiesFirst) {
     Scene scene;
     scene.relation->setRelatingObject(scene.other->objectId());
     scene.relation->setRelatedObjects({});
@@ -47,7 +47,19 @@ TEST(InverseHistory, settingAnewEmptiesFirst) {
     EXPECT_EQ(scene.other->getInvIsDecomposedBy().count(), 1u);
 }
 
-TEST(InverseHistory, erasingLeavesAllThatWasEntered) {
+TEST(InverseHistory, WhoLeavesTakesNobodyElseAlong) {
+    Scene scene;
+    auto* rival = scene.model.create<IfcRelAggregates>();
+    rival->setRelatedObjects({scene.part->objectId()});
+    scene.model.setInverseCounterParts();
+    scene.relation->leaveInverseCounterParts();
+    EXPECT_EQ(scene.whole->getInvIsDecomposedBy().count(), 0u);
+    EXPECT_EQ(scene.part->getInvDecomposes(), rival->objectId()) << "the last one has it";
+    rival->leaveInverseCounterParts();
+    EXPECT_TRUE(scene.part->getInvDecomposes().isNull());
+}
+
+TEST(InverseHistory, ErasingLeavesAllThatWasEntered) {
     const std::pair<const char*, std::function<void(Scene&)>> histories[] = {
         {"none", [](Scene&) {}},
         {"setters",
@@ -82,7 +94,7 @@ TEST(InverseHistory, erasingLeavesAllThatWasEntered) {
         }
 }
 
-TEST(InverseHistory, theLastOfTwoSetsErasedLeavesTheFirst) {
+TEST(InverseHistory, TheLastOfTwoSetsErasedLeavesTheFirst) {
     VnIfcModel model(schema());
     auto* layer = model.create<IfcMaterialLayer>();
     auto* first = model.create<IfcMaterialLayerSet>();
@@ -97,7 +109,7 @@ TEST(InverseHistory, theLastOfTwoSetsErasedLeavesTheFirst) {
     EXPECT_TRUE(layer->getInvToMaterialLayerSet().isNull());
 }
 
-TEST(InverseHistory, erasingManyAtOnceIsLinear) {
+TEST(InverseHistory, ErasingManyAtOnceIsLinear) {
     constexpr std::size_t kMany = 100000;
     VnIfcModel model(schema());
     auto* whole = model.create<IfcWall>();

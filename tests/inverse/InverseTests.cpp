@@ -52,13 +52,13 @@ std::vector<VnDbObjectId> handlesIn(const VnIfcVariant& value) {
     if (value.type()->isSelect())
         return {pointee<VnIfcSelect>(value, converted)->getHandle()};
     std::vector<VnDbObjectId> handles;
-    if (const VnIfcAggr* elements = pointee<VnIfcAggr>(value, converted))
-        for (VnIfcConstIterator each(*elements); !each.atEnd(); each.next()) {
+    if (const VnIfcAggr* elements = pointee<VnIfcAggr>(value, converted)) {
+        for (VnIfcConstIterator each(*elements); !each.atEnd(); each.next())
             if (each.elementKind() == VnTypeCodeKind::kEntity)
                 handles.push_back(each.currentAs<VnDbObjectId>());
             else if (each.elementKind() == VnTypeCodeKind::kSelect)
                 handles.push_back(each.currentAs<VnIfcSelect>().getHandle());
-        }
+    }
     return handles;
 }
 
@@ -121,7 +121,7 @@ std::size_t compareFile(const fs::path& file) {
 
 TEST_F(Inverse, OfTheExampleHouseAreWhatASearchFinds) {
 #if defined(VNIFC_BUILD_HOUSE)
-    const fs::path file = fs::path(testing::TempDir()) / "inverse_house.ifc";
+    const fs::path file = fs::temp_directory_path() / ("inverse_house" + std::to_string(::getpid()) + ".ifc");
     ASSERT_EQ(std::system((VNIFC_BUILD_HOUSE " " + file.string() + " > /dev/null").c_str()), 0);
     EXPECT_GT(compareFile(file), 100u);
     fs::remove(file);

@@ -24,7 +24,7 @@ using namespace VN_SDAI;
 using namespace IFC4X3;
 using namespace exchange;
 
-TEST(ModelUse, refusesNullAndAbstractInstances) {
+TEST(ModelUse, RefusesNullAndAbstractInstances) {
     EXPECT_THROW(VnIfcModel(nullptr), std::invalid_argument);
     VnIfcModel model(schema());
     EXPECT_THROW(model.append(nullptr), std::invalid_argument);
@@ -34,7 +34,7 @@ TEST(ModelUse, refusesNullAndAbstractInstances) {
     EXPECT_TRUE(made) << "the record makes instances of abstract entities, for the reader";
 }
 
-TEST(ModelUse, movesWithItsInstances) {
+TEST(ModelUse, MovesWithItsInstances) {
     VnIfcModel model(schema());
     for (int i = 0; i < 5000; ++i)
         model.create<IfcWall>();
@@ -49,16 +49,19 @@ TEST(ModelUse, movesWithItsInstances) {
     EXPECT_TRUE(moved.erase(handle));
     VnIfcModel target(schema());
     target.create<IfcWall>();
+    moved.setMode(sdaiReadOnly);
     target = std::move(moved);
+    EXPECT_EQ(target.mode(), sdaiReadOnly);
     EXPECT_EQ(handle.model(), &target);
     EXPECT_EQ(target.count(), 5001u);
+    EXPECT_EQ(VnIfcModel(std::move(target)).mode(), sdaiReadOnly);
     Reading reading(fileOf("#1=IFCPERSONANDORGANIZATION(#7,#8,$);\n"));
     const VnIfcModel taken = std::move(reading.model);
     EXPECT_EQ(taken.find(1).model(), &taken);
     EXPECT_EQ(dataOf(taken.writeText()), "#1=IFCPERSONANDORGANIZATION(#7,#8,$);\n") << "dangling ones too";
 }
 
-TEST(ModelUse, theAccessModeGuardsAccessByNameAlone) {
+TEST(ModelUse, TheAccessModeGuardsAccessByNameAlone) {
     VnIfcModel model(schema());
     auto* wall = model.create<IfcWall>();
     auto* single = model.create<IfcPropertySingleValue>();
@@ -90,7 +93,7 @@ TEST(ModelUse, theAccessModeGuardsAccessByNameAlone) {
     EXPECT_EQ(code, static_cast<int>(VnTypeCodeKind::kString));
 }
 
-TEST(ModelUse, aNewModelIsWrittenWithAHeaderOfNow) {
+TEST(ModelUse, ANewModelIsWrittenWithAHeaderOfNow) {
     const VnIfcModel model(schema());
     const std::time_t before = std::time(nullptr);
     const Reading reading(model.writeText());
@@ -109,7 +112,7 @@ TEST(ModelUse, aNewModelIsWrittenWithAHeaderOfNow) {
 }
 
 // Run under the thread sanitizer this finds whatever reading changes.
-TEST(ModelUse, isReadByManyThreadsAtOnce) {
+TEST(ModelUse, IsReadByManyThreadsAtOnce) {
     std::string data;
     constexpr int kMany = 400;
     for (int i = 0; i < kMany; ++i) {
@@ -163,7 +166,7 @@ TEST(ModelUse, isReadByManyThreadsAtOnce) {
     EXPECT_EQ(by4, 4 * seen);
 }
 
-TEST(ModelUse, selectsKnowTheirMemberAsSoonAsAFileIsRead) {
+TEST(ModelUse, SelectsKnowTheirMemberAsSoonAsAFileIsRead) {
     // Forward and backward references, a copy, and one that is no member.
     const char* const data = "#1=IFCLOCALPLACEMENT($,#2);\n#2=IFCAXIS2PLACEMENT3D(#3,$,$);\n"
                              "#3=IFCCARTESIANPOINT((1.,2.,3.));\n#4=IFCLOCALPLACEMENT($,#2);\n"

@@ -12,7 +12,7 @@
 using namespace VN_SDAI;
 using namespace IFC4X3;
 
-TEST(PlainNames, meanTheModuleOfTheirHeaderInAnyLinkOrder) {
+TEST(PlainNames, MeanTheModuleOfTheirHeaderInAnyLinkOrder) {
     const VnModule other(IFC4X3_ADD2::vnIfc4x3Add2Module());
     EXPECT_EQ(vnifcGetSchemaPointer(), nullptr) << "only the other one is initialised";
     ASSERT_TRUE(vnGetModuleLifeCycleApp()->initApp());

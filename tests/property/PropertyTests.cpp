@@ -94,8 +94,8 @@ protected:
                      VnIfcArray<VnIfcArray<int>>{{7, 8}},
                      VnIfcArray<Handles>{Handles{wall}}};
         for (const Dictionary::Entry& entry : schema->entities())
-            m_members.push_back(model.append(std::unique_ptr<VnIfcEntityBase>(
-                static_cast<const VnIfcEntityType&>(*entry.instance).create())));
+            m_members.push_back(model.append(
+                std::unique_ptr<VnIfcEntityBase>(static_cast<const VnIfcEntityType&>(*entry.instance).create())));
         for (const Dictionary::Entry& entry : schema->namedTypes()) {
             addMember<IfcValue>(entry.name);
             addMember<IfcSegmentIndexSelect>(entry.name);
@@ -265,6 +265,8 @@ TEST_F(Properties, WrittenAttributeReplacesWhatTheFileHad) {
     EXPECT_EQ(wall.find("PredefinedType")->putAttribute(model.find(1).openObject(), solid), VN::eOk);
     const std::string written = model.writeText();
     EXPECT_NE(written.find(".BAKED.,.SOLIDWALL.);"), std::string::npos) << written;
+    EXPECT_EQ(wall.find("Tag")->putAttribute(model.find(1).openObject(), VnAnsiString(VnUnsetText)), VN::eOk);
+    EXPECT_NE(model.writeText().find(",$,.SOLIDWALL.);"), std::string::npos) << "unset as before, but told so now";
 }
 
 // ---- Whole properties and quantities
@@ -352,6 +354,13 @@ TEST_F(Properties, MeasureStaysOfItsType) {
     EXPECT_EQ(single->getNominalValue().underlyingTypeName(), "IfcLabel");
     EXPECT_EQ(valueOf<VnAnsiString>(*property), "new");
 
+    IfcValue binary;
+    binary.setIfcBinary("0FF");
+    single->setNominalValue(binary);
+    EXPECT_EQ(valueOf<VnAnsiString>(*property), "0FF");
+    EXPECT_EQ(property->putValue(VnAnsiString("01")), VN::eOk);
+    EXPECT_NE(model.writeText().find("IFCBINARY(\"01\")"), std::string::npos);
+
     model.setMode(sdaiReadOnly);
     EXPECT_THROW(property->putValue(VnAnsiString("newer")), VnIfcException);
     model.setMode(sdaiReadWrite);
@@ -369,6 +378,8 @@ TEST_F(Properties, SeveralValuesAreSubProperties) {
     ASSERT_TRUE(built(bounded)->subProperties(parts));
     EXPECT_EQ(namesOf(parts), (Names{"upperboundvalue", "lowerboundvalue", "setpointvalue"}));
     EXPECT_EQ(valueOf<double>(*parts.find("LowerBoundValue")), 3.0);
+    for (const auto& part : parts)
+        EXPECT_EQ(part->entity(), IfcPropertyBoundedValue::g_pEntityType);
     EXPECT_EQ(parts.find("setpointvalue")->putValue(value), VN::eOk);
     EXPECT_TRUE(bounded->getSetPointValue() == value);
     VnIfcVariant none;

@@ -1,21 +1,14 @@
 // Copies between releases: written as the target's schema demands, and what that costs is told.
+#include "support/Files.h"
+
 #include <VnIfcCore/VnIfcFile.h>
 
 #include <gtest/gtest.h>
 
 using namespace VN_SDAI;
+using vnifc::test::fileOf;
 
-namespace {
-
-std::string fileOf(const char* release, const std::string& data) {
-    return std::string("ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\nFILE_NAME('','',(''),(''),'','','');\n"
-                       "FILE_SCHEMA(('") +
-           release + "'));\nENDSEC;\nDATA;\n" + data + "ENDSEC;\nEND-ISO-10303-21;\n";
-}
-
-} // namespace
-
-TEST(CopyBetweenReleases, isPaddedAndTold) {
+TEST(CopyBetweenReleases, IsPaddedAndTold) {
     const struct {
         const char* from;
         const char* data;

@@ -1,5 +1,6 @@
 #pragma once
 #include "support/Declarations.h"
+#include "support/Files.h"
 #include "support/Releases.h"
 
 #include <VnIfcCore/VnIfcEntityType.h>
@@ -24,11 +25,7 @@ inline VN_SDAI::VnModule moduleOf(const std::string& name) {
 /// A suite that runs once for each release, beside its declarations.
 class Release : public testing::TestWithParam<std::string> {
 protected:
-    std::string fileOf(std::string_view data) const {
-        return "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\nFILE_NAME('','',(''),(''),'','','');\n"
-               "FILE_SCHEMA(('" +
-               GetParam() + "'));\nENDSEC;\nDATA;\n" + std::string(data) + "ENDSEC;\nEND-ISO-10303-21;\n";
-    }
+    std::string fileOf(std::string_view data) const { return vnifc::test::fileOf(GetParam(), data); }
 
     VN_SDAI::VnModule m_module = moduleOf(GetParam());
     const VN_SDAI::VnIfcSchema& m_schema = *m_module.schema();

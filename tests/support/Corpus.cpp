@@ -1,5 +1,8 @@
 #include "Corpus.h"
 
+#include "Files.h"
+#include "Releases.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <sstream>
@@ -55,10 +58,18 @@ fs::path corpus() {
 
 std::vector<fs::path> corpusFiles() {
     std::vector<fs::path> files;
+    if (!fs::is_directory(corpus()))
+        return files;
     for (const auto& entry : fs::directory_iterator(corpus()))
         if (entry.path().extension() == ".ifc")
             files.push_back(entry.path());
     std::ranges::sort(files);
+    return files;
+}
+
+std::vector<fs::path> readableCorpusFiles() {
+    std::vector<fs::path> files = corpusFiles();
+    std::erase_if(files, [](const fs::path& file) { return !isBuilt(releaseOf(plain::read(contents(file)))); });
     return files;
 }
 

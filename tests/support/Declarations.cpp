@@ -50,12 +50,11 @@ public:
         take("SCHEMA");
         const std::string name = next();
         take(";");
-        while (!skip("END_SCHEMA")) {
+        while (!skip("END_SCHEMA"))
             if (skip("TYPE"))
                 types.push_back(named());
             else
                 entities.push_back(entity());
-        }
         return name;
     }
 

@@ -24,12 +24,11 @@ public:
         }
         m_at = std::min(m_text.find("DATA", m_at), m_text.size());
         skipPast(';');
-        for (skip(); !atEnd() && !isAt("ENDSEC"); skip()) {
+        for (skip(); !atEnd() && !isAt("ENDSEC"); skip())
             if (m_text[m_at] == '#')
                 instance(file);
             else
                 skipPast('\n'); // garbage
-        }
         return file;
     }
 
@@ -40,14 +39,13 @@ private:
     void skipPast(char c) { m_at = std::min(m_text.find(c, m_at), m_text.size() - 1) + 1; }
 
     void skip() {
-        while (!atEnd()) {
+        while (!atEnd())
             if (isAt("/*"))
                 m_at = std::min(m_text.find("*/", m_at), m_text.size() - 2) + 2;
             else if (std::isspace(static_cast<unsigned char>(next())) || next() == '\0')
                 ++m_at;
             else
                 return;
-        }
     }
 
     std::string word() {
@@ -144,14 +142,13 @@ private:
     }
 
     void string() {
-        for (++m_at; !atEnd(); ++m_at) {
+        for (++m_at; !atEnd(); ++m_at)
             if (isAt("\\S\\"))
                 m_at += 3;
             else if (isAt("\\\\") || isAt("''"))
                 ++m_at;
             else if (next() == '\'')
                 break;
-        }
         ++m_at;
     }
 

@@ -65,7 +65,7 @@ std::string archiveOf(const std::vector<Entry>& entries) {
 std::string archiveClaiming(std::uint32_t size) {
     const fs::path file = scratch() / "true.ifczip";
     runTool({"rewrite", "--quiet", house, file.string()});
-    std::string archive = contentOf(file);
+    std::string archive = contents(file);
     archive.replace(22, 4, number(size, 4));
     archive.replace(archive.find("PK\1\2") + 24, 4, number(size, 4));
     return archive;
@@ -76,14 +76,26 @@ std::string rewritten(const fs::path& file) { return runTool({"rewrite", "--quie
 TEST(Archive, WhatIsWrittenIsReadAgain) {
     const fs::path archive = scratch() / "House.IFCZIP";
     ASSERT_EQ(runTool({"rewrite", "--quiet", house, archive.string()}).exitCode, 0);
-    EXPECT_TRUE(contentOf(archive).starts_with("PK\3\4"));
-    EXPECT_PRED_FORMAT2(IsSubstring, "House.ifc", contentOf(archive));
-    EXPECT_EQ(rewritten(archive), contentOf(house));
+    EXPECT_TRUE(contents(archive).starts_with("PK\3\4"));
+    EXPECT_PRED_FORMAT2(IsSubstring, "House.ifc", contents(archive));
+    EXPECT_EQ(rewritten(archive), contents(house));
+    const fs::path zip = scratch() / "House.Zip";
+    ASSERT_EQ(runTool({"rewrite", "--quiet", house, zip.string()}).exitCode, 0);
+    EXPECT_EQ(contents(zip), contents(archive));
+    const fs::path umlaut = scratch() / "ä.ifczip";
+    ASSERT_EQ(runTool({"rewrite", "--quiet", house, umlaut.string()}).exitCode, 0);
+    const std::string named = contents(umlaut);
+    EXPECT_EQ(named.substr(30, 6), "ä.ifc");
+    EXPECT_EQ(named[7] & 8, 8) << "that the name is in UTF-8";
+    const fs::path directory = scratch() / "directory.ifczip";
+    fs::create_directory(directory);
+    EXPECT_EQ(runTool({"rewrite", "--quiet", house, directory.string()}).exitCode, 3);
+    EXPECT_TRUE(fs::is_directory(directory));
     // By its contents, not by its name, and from a stream as well.
-    const fs::path renamed = makeFile("archive.dat", contentOf(archive));
-    EXPECT_EQ(rewritten(renamed), contentOf(house));
-    EXPECT_EQ(runTool({"rewrite", "--quiet", "-", "-"}, {.in = renamed}).out, contentOf(house));
-    EXPECT_EQ(rewritten(makeFile("plain.ifczip", contentOf(house))), contentOf(house));
+    const fs::path renamed = makeFile("archive.dat", contents(archive));
+    EXPECT_EQ(rewritten(renamed), contents(house));
+    EXPECT_EQ(runTool({"rewrite", "--quiet", "-", "-"}, {.in = renamed}).out, contents(house));
+    EXPECT_EQ(rewritten(makeFile("plain.ifczip", contents(house))), contents(house));
     // Edited in place.
     EXPECT_EQ(runTool({"edit", "--quiet", archive.string(), archive.string(), "--set", "#8.Name=x"}).exitCode, 0);
     EXPECT_PRED_FORMAT2(IsSubstring, "aa',$,'x',", rewritten(archive));
@@ -93,38 +105,39 @@ TEST(Archive, PipesBringArchivesAndPlainFiles) {
     const fs::path archive = scratch() / "piped.ifczip", pipe = scratch() / "pipe";
     runTool({"rewrite", "--quiet", house, archive.string()});
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    for (const std::string& content : {contentOf(archive), contentOf(house), "Posted by mail\n" + contentOf(house)}) {
+    for (const std::string& content : {contents(archive), contents(house), "Posted by mail\n" + contents(house),
+                                       "/*" + std::string(3'000'000, '*') + "/" + contents(house)}) {
         // In two parts, of which the first tells little.
         std::thread writer([&] {
             std::ofstream out(pipe, std::ios::binary);
             out << content.substr(0, 1) << std::flush << content.substr(1);
         });
-        EXPECT_EQ(runTool({"rewrite", "--quiet", "-", "-"}, {.in = pipe}).out, contentOf(house));
+        EXPECT_EQ(runTool({"rewrite", "--quiet", "-", "-"}, {.in = pipe}).out, contents(house));
         writer.join();
     }
 }
 
 TEST(Archive, TheExchangeFileIsFoundUnderAnyName) {
-    const Entry model{"a/B.IFC", contentOf(house)};
+    const Entry model{"a/B.IFC", contents(house)};
     const struct {
         std::vector<Entry> entries;
         const char* message;
     } cases[] = {
         {{model}, ""},
-        {{{"whatever", contentOf(house)}}, ""},
+        {{{"whatever", contents(house)}}, ""},
         {{{"a/", ""}, model}, ""},
         {{{"readme.txt", "x"}, model, {"c.ifc", "no"}}, "3 files in the archive; reading a/B.IFC\n"},
     };
     for (const auto& [entries, message] : cases) {
         const fs::path file = makeFile("found.ifczip", archiveOf(entries));
-        EXPECT_EQ(rewritten(file), contentOf(house)) << entries.size();
+        EXPECT_EQ(rewritten(file), contents(house)) << entries.size();
         const Outcome outcome = runTool({"info", file.string()});
         EXPECT_EQ(outcome.err.substr(0, outcome.err.find(".ifczip:") - file.string().size() + 7), message);
     }
 }
 
 TEST(Archive, BrokenAndHostileOnesAreRefused) {
-    const std::string good = archiveOf({{"a.ifc", contentOf(house)}});
+    const std::string good = archiveOf({{"a.ifc", contents(house)}});
     std::string damaged = good;
     damaged[60] = static_cast<char>(damaged[60] ^ 0x55);
     const struct {
@@ -136,7 +149,7 @@ TEST(Archive, BrokenAndHostileOnesAreRefused) {
         {damaged, "the file in the archive is broken"},
         {archiveClaiming(4000), "the file in the archive is broken"},
         {archiveClaiming(4), "the file in the archive is broken"},
-        {archiveOf({{"a.ifc", contentOf(house), 1}}), "the file in the archive is encrypted"},
+        {archiveOf({{"a.ifc", contents(house), 1}}), "the file in the archive is encrypted"},
         {archiveOf({{"a.txt", "x"}, {"b.txt", "y"}}), "the archive has several files, and none of them is an .ifc"},
         {archiveOf({{"a/", ""}}), "the archive is empty"},
         {archiveClaiming(0xFFFFFFF0), "the file in the archive is too large: 4294967280 bytes, "},
@@ -152,7 +165,7 @@ TEST(Archive, BrokenAndHostileOnesAreRefused) {
 }
 
 TEST(Archive, AnyDamageToTheDirectoriesIsSurvived) {
-    const std::string model = contentOf(house);
+    const std::string model = contents(house);
     const std::string good = archiveOf({{"a.ifc", model}});
     for (std::size_t i = 4; i < good.size(); i = i == good.find(model) ? i + model.size() : i + 1) {
         std::string damaged = good;
@@ -179,7 +192,7 @@ TEST(Archive, AFailureLeavesTheTargetAsItWas) {
     std::signal(SIGXFSZ, signalBefore);
     EXPECT_EQ(outcome.exitCode, 3);
     EXPECT_PRED_FORMAT2(IsSubstring, "cannot write " + target.string(), outcome.err);
-    EXPECT_EQ(contentOf(target), "old");
+    EXPECT_EQ(contents(target), "old");
     for (const auto& each : fs::directory_iterator(scratch()))
         EXPECT_EQ(each.path().extension().string().find(".part"), std::string::npos);
 }
@@ -191,7 +204,7 @@ TEST(Archive, ALinkStaysALinkAndPermissionsStay) {
     EXPECT_EQ(runTool({"rewrite", "--quiet", house, link.string()}).exitCode, 0);
     EXPECT_TRUE(fs::is_symlink(link));
     EXPECT_EQ(fs::status(target).permissions(), fs::perms::owner_read | fs::perms::owner_write);
-    EXPECT_EQ(rewritten(target), contentOf(house));
+    EXPECT_EQ(rewritten(target), contents(house));
 }
 
 } // namespace

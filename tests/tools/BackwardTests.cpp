@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <map>
+
 namespace vnifc::test {
 
 namespace {
@@ -38,6 +40,10 @@ std::string building() {
 TEST(Tree, ShowsWhatIsWhere) {
     const Outcome outcome = runTool({"tree", building()});
     EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_NE(
+        outcome.err.find("1 more places of instances that belong to several wholes; each is counted in the first "),
+        std::string::npos)
+        << outcome.err;
     EXPECT_EQ(outcome.out, "#1 IFCPROJECT 'P' (Long)\n"
                            "  #2 IFCSITE 'S'\n"
                            "    #3 IFCBUILDINGSTOREY 'Erdgeschoß' (Ground)\n"
@@ -60,9 +66,31 @@ TEST(Tree, ShowsWhatIsWhere) {
                                                                  "  1 IFCCOLUMN\n");
 }
 
+TEST(Tree, CountsPartsOfAllRelations) {
+    const std::string file = makeModel("parts.ifc", R"(#1=IFCSITE('1',$,$,$,$,$,$,$,$,$,$,$,$,$);
+#2=IFCFLOWSEGMENT('2',$,$,$,$,$,$,$);
+#3=IFCFLOWFITTING('3',$,$,$,$,$,$,$);
+#4=IFCRELNESTS('4',$,$,$,#2,(#3));
+#5=IFCRELCONTAINEDINSPATIALSTRUCTURE('5',$,$,$,(#2),#1);
+#6=IFCFLOWCONTROLLER('6',$,$,$,$,$,$,$);
+#7=IFCRELAGGREGATES('7',$,$,$,#3,(#6));
+)");
+    EXPECT_EQ(runTool({"tree", file}).out,
+              "#1 IFCSITE\n  1 IFCFLOWCONTROLLER\n  1 IFCFLOWFITTING\n  1 IFCFLOWSEGMENT\n");
+}
+
+TEST(Tree, BeginsAtTheTopWhateverTheOrderOfTheFile) {
+    EXPECT_EQ(runTool({"tree", makeModel("order.ifc", "#1=IFCSITE('1',$,$,$,$,$,$,$,$,$,$,$,$,$);\n"
+                                                      "#2=IFCSITE('2',$,$,$,$,$,$,$,$,$,$,$,$,$);\n"
+                                                      "#3=IFCRELAGGREGATES('3',$,$,$,#2,(#1));\n")})
+                  .out,
+              "#2 IFCSITE\n  #1 IFCSITE\n");
+}
+
 TEST(Tree, JsonNests) {
     const json tree = json::parse(runTool({"tree", "--json", building()}).out);
     EXPECT_EQ(tree["outside"], json({{"IFCCOLUMN", 1}}));
+    EXPECT_EQ(tree["repeated"], 1);
     ASSERT_EQ(tree["structure"].size(), 1u);
     const json& storey = tree["structure"][0]["children"][0]["children"][0];
     EXPECT_EQ(storey,
@@ -96,7 +124,7 @@ TEST(Tree, EndsWhateverTheFileSays) {
     }
     const std::string file = makeModel("deep.ifc", instances);
     const Outcome deep = runTool({"tree", "--json", file});
-    EXPECT_GE(deep.exitCode, 0);
+    EXPECT_EQ(deep.exitCode, 0) << deep.err.substr(0, 200);
     EXPECT_NE(deep.out.find("\"id\": " + std::to_string(2 * kLevels + 1)), std::string::npos);
     EXPECT_NE(runTool({"tree", "--depth", "3", file}).out.find("49997 IFCSPACE"), std::string::npos);
 }
@@ -159,7 +187,7 @@ TEST(Props, ShowsValuesUnitsAndWhereTheyComeFrom) {
               "  PanelOperation  SWINGING  IFCDOORPANELOPERATIONENUM\n"
               "  PanelPosition   LEFT      IFCDOORPANELPOSITIONENUM\n");
     EXPECT_EQ(runTool({"props", equipped(), "1"}).out, "#1 IFCPROJECT 'P'\nno property sets\n");
-    EXPECT_EQ(runTool({"props", equipped(), "#99"}).exitCode, 2);
+    EXPECT_EQ(runTool({"props", equipped(), "#99"}).exitCode, 4);
 }
 
 TEST(Props, JsonSaysTheSame) {
@@ -177,6 +205,132 @@ TEST(Props, JsonSaysTheSame) {
     EXPECT_EQ(density["overridden"], false);
     EXPECT_EQ(props["sets"][2]["from"]["ref"], 11);
     EXPECT_EQ(props["sets"][2]["properties"][0]["overridden"], true);
+}
+
+/// The signs of the units of all properties of a file with one wall, by the property's name.
+std::map<std::string, std::string> signsOf(const std::string& instances, const std::string& address = "10") {
+    std::map<std::string, std::string> signs;
+    const Outcome outcome = runTool({"props", "--json", makeModel("units.ifc", instances), address});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    const json props = json::parse(outcome.out);
+    for (const json& set : props["sets"])
+        for (const json& property : set["properties"]) {
+            const json& unit = property["values"][0]["unit"];
+            signs[property["name"]] = unit.is_null() ? "" : unit["sign"].get<std::string>();
+        }
+    return signs;
+}
+
+std::string wallWith(const std::string& properties) {
+    return "#10=IFCWALL('10',$,$,$,$,$,$,$,$);\n#11=IFCPROPERTYSET('11',$,'S',$,(" + properties +
+           "));\n#12=IFCRELDEFINESBYPROPERTIES('12',$,$,$,(#10),#11);\n";
+}
+
+TEST(Props, EverySiUnitHasItsSign) {
+    // ISO 80000-1.
+    const std::map<std::string, std::string> expected{
+        {"EXA.METRE", "Em"},       {"PETA.METRE", "Pm"},  {"TERA.METRE", "Tm"},  {"GIGA.METRE", "Gm"},
+        {"MEGA.METRE", "Mm"},      {"KILO.METRE", "km"},  {"HECTO.METRE", "hm"}, {"DECA.METRE", "dam"},
+        {"DECI.METRE", "dm"},      {"CENTI.METRE", "cm"}, {"MILLI.METRE", "mm"}, {"MICRO.METRE", "µm"},
+        {"NANO.METRE", "nm"},      {"PICO.METRE", "pm"},  {"FEMTO.METRE", "fm"}, {"ATTO.METRE", "am"},
+        {".AMPERE", "A"},          {".BECQUEREL", "Bq"},  {".CANDELA", "cd"},    {".COULOMB", "C"},
+        {".CUBIC_METRE", "m³"},    {".FARAD", "F"},       {".GRAM", "g"},        {".GRAY", "Gy"},
+        {".DEGREE_CELSIUS", "°C"}, {".HENRY", "H"},       {".HERTZ", "Hz"},      {".JOULE", "J"},
+        {".KELVIN", "K"},          {".LUMEN", "lm"},      {".LUX", "lx"},        {".MOLE", "mol"},
+        {".NEWTON", "N"},          {".OHM", "Ω"},         {".PASCAL", "Pa"},     {".RADIAN", "rad"},
+        {".SECOND", "s"},          {".SIEMENS", "S"},     {".SIEVERT", "Sv"},    {".SQUARE_METRE", "m²"},
+        {".STERADIAN", "sr"},      {".TESLA", "T"},       {".VOLT", "V"},        {".WATT", "W"},
+        {".WEBER", "Wb"},
+    };
+    std::string instances, properties;
+    int id = 100;
+    for (const auto& [unit, sign] : expected) {
+        const std::size_t dot = unit.find('.');
+        instances += '#' + std::to_string(id) + "=IFCPROPERTYSINGLEVALUE('" + unit + "',$,IFCREAL(1.),#" +
+                     std::to_string(id + 1) + ");\n#" + std::to_string(id + 1) + "=IFCSIUNIT(*,.LENGTHUNIT.," +
+                     (dot == 0 ? "$" : '.' + unit.substr(0, dot) + '.') + ",." + unit.substr(dot + 1) + ".);\n";
+        properties += (properties.empty() ? "#" : ",#") + std::to_string(id);
+        id += 2;
+    }
+    EXPECT_EQ(signsOf(wallWith(properties) + instances), expected);
+}
+
+TEST(Props, ProductsOfUnitsAreWrittenAsPeopleDo) {
+    std::string instances = "#1=IFCSIUNIT(*,.POWERUNIT.,$,.WATT.);\n#2=IFCSIUNIT(*,.LENGTHUNIT.,$,.METRE.);\n"
+                            "#3=IFCSIUNIT(*,.THERMODYNAMICTEMPERATUREUNIT.,$,.KELVIN.);\n"
+                            "#4=IFCSIUNIT(*,.AREAUNIT.,$,.SQUARE_METRE.);\n";
+    const struct {
+        std::vector<std::pair<int, int>> factors; ///< unit and exponent
+        const char* sign;
+    } cases[] = {
+        {{{1, 1}, {2, -2}, {3, -1}}, "W/(m²·K)"},
+        {{{1, 1}, {4, -1}, {3, -1}}, "W/(m²·K)"},
+        {{{1, 1}, {2, 1}}, "W·m"},
+        {{{2, -1}}, "1/m"},
+        {{{4, 2}}, "(m²)²"},
+        {{{2, 12}, {3, -3}}, "m¹²/K³"},
+    };
+    std::map<std::string, std::string> expected;
+    std::string properties;
+    int id = 100;
+    for (const auto& [factors, sign] : cases) {
+        const std::string name = std::to_string(id);
+        std::string elements;
+        for (const auto& [unit, exponent] : factors) {
+            elements += (elements.empty() ? "#" : ",#") + std::to_string(++id);
+            instances += '#' + std::to_string(id) + "=IFCDERIVEDUNITELEMENT(#" + std::to_string(unit) + ',' +
+                         std::to_string(exponent) + ");\n";
+        }
+        const std::string unit = '#' + std::to_string(++id), property = '#' + std::to_string(++id);
+        instances += unit + "=IFCDERIVEDUNIT((" + elements + "),.USERDEFINED.,'x',$);\n" + property +
+                     "=IFCPROPERTYSINGLEVALUE('" + name + "',$,IFCREAL(1.)," + unit + ");\n";
+        properties += (properties.empty() ? "" : ",") + property;
+        expected[name] = sign;
+        ++id;
+    }
+    EXPECT_EQ(signsOf(wallWith(properties) + instances), expected);
+}
+
+TEST(Props, MeasuresFindTheUnitsOfTheProject) {
+    std::string instances = R"(#1=IFCPROJECT('1',$,'P',$,$,$,$,(),#2);
+#2=IFCUNITASSIGNMENT((#3,#4,#5,#6,#7,#8));
+#3=IFCSIUNIT(*,.LENGTHUNIT.,.MILLI.,.METRE.);
+#4=IFCCONVERSIONBASEDUNIT($,.PLANEANGLEUNIT.,'DEGREE',$);
+#5=IFCMONETARYUNIT('EUR');
+#6=IFCDERIVEDUNIT((#9),.THERMALCONDUCTANCEUNIT.,$,$);
+#7=IFCDERIVEDUNIT((#9),.SECTIONAREAINTEGRALUNIT.,$,$);
+#8=IFCSIUNIT(*,.THERMODYNAMICTEMPERATUREUNIT.,$,.KELVIN.);
+#9=IFCDERIVEDUNITELEMENT(#8,-1);
+)";
+    const std::map<std::string, std::string> expected{{"LENGTH", "mm"},
+                                                      {"POSITIVELENGTH", "mm"},
+                                                      {"NONNEGATIVELENGTH", "mm"},
+                                                      {"PLANEANGLE", "DEGREE"},
+                                                      {"POSITIVEPLANEANGLE", "DEGREE"},
+                                                      {"MONETARY", "EUR"},
+                                                      {"THERMALCONDUCTIVITY", "1/K"},
+                                                      {"SECTIONALAREAINTEGRAL", "1/K"},
+                                                      {"THERMODYNAMICTEMPERATURE", "K"},
+                                                      {"RATIO", ""},
+                                                      {"MASS", ""}};
+    std::string properties;
+    int id = 100;
+    for (const auto& [measure, sign] : expected) {
+        properties += (properties.empty() ? "#" : ",#") + std::to_string(id);
+        instances += '#' + std::to_string(id++) + "=IFCPROPERTYSINGLEVALUE('" + measure + "',$,IFC" + measure +
+                     "MEASURE(1.),$);\n";
+    }
+    EXPECT_EQ(signsOf(wallWith(properties) + instances), expected);
+    // Properties of profiles and materials, which have no relation.
+    const std::string plain =
+        "#20=IFCPROPERTYSINGLEVALUE('p',$,IFCREAL(1.),#22);\n#22=IFCSIUNIT(*,.MASSUNIT.,.KILO.,.GRAM.);\n";
+    EXPECT_EQ(signsOf("#10=IFCPROFILEDEF(.AREA.,'P');\n#11=IFCPROFILEPROPERTIES('S',$,(#20),#10);\n" + plain),
+              (std::map<std::string, std::string>{{"p", "kg"}}));
+    EXPECT_EQ(signsOf("#10=IFCPROFILEDEF(.AREA.,'P');\n#11=IFCPROFILEPROPERTIES('S',$,(#20),#10);\n" + plain, "11"),
+              (std::map<std::string, std::string>{{"p", "kg"}}))
+        << "a set that is asked itself";
+    EXPECT_EQ(signsOf("#10=IFCMATERIAL('M',$,$);\n#11=IFCMATERIALPROPERTIES('S',$,(#20),#10);\n" + plain),
+              (std::map<std::string, std::string>{{"p", "kg"}}));
 }
 
 TEST(Inverse, ShowAndExportTellWhoRefers) {

@@ -88,12 +88,21 @@ TEST(Check, EveryKindOfErrorNamesItsInstanceAndAttribute) {
         {"#1=IFCCARTESIANPOINT((1.));\n#2=IFCPOLYLOOP((#1,#1,#1));\n", "#2 Polygon unique-elements: equal elements\n"},
         {"#1=IFCPROPERTYENUMERATION('n',(IFCLABEL('a'),IFCLABEL('a')),$);\n",
          "#1 EnumerationValues unique-elements: equal elements\n"},
+        {"#1=IFCINDEXEDPOLYGONALFACEWITHVOIDS((1,2,3),((1,2,3),(1,2,3)));\n"
+         "#2=IFCINDEXEDPOLYGONALFACEWITHVOIDS((1,2,3),((1,2,2)));\n#3=IFCPOLYGONALFACESET(#4,$,(#1,#2),$);\n"
+         "#4=IFCCARTESIANPOINTLIST3D(((1.,2.,3.)),$);\n",
+         "#2 InnerCoordIndices unique-elements: equal elements\n"},
+        {"#1=IFCSTRUCTURALLOADCONFIGURATION('n',(#2),((1.),(1.,1.),(1.)));\n#2=IFCSTRUCTURALLOADTEMPERATURE($,$,$,$);\n"
+         "#3=IFCSTRUCTURALLOADCONFIGURATION('n',(#2),((1.,2.),(1.),(2.,1.)));\n",
+         "#1 Locations unique-elements: equal elements\n"},
         {"#1=IFCPROPERTYSINGLEVALUE('x',$,#2,$);\n#2=IFCCARTESIANPOINT((1.));\n",
          "#1 NominalValue select-type: #2 IFCCARTESIANPOINT\n"},
         {"#1=IFCREPRESENTATIONITEM();\n", "#1 - abstract: IFCREPRESENTATIONITEM\n"},
         {wall + "#2=IFCWALL('0" + guid + "',$,$,$,$,$,$,$,$);\n", "#2 GlobalId unique: the value of #1\n"},
         {"#1=IFCORGANIZATION($,'o',$,$,$);\n#2=IFCAPPLICATION(#1,'1','n','a');\n#3=IFCAPPLICATION(#1,'1','n','b');\n",
          "#3 ApplicationFullName,Version unique: the value of #2\n"},
+        {"#1=IFCORGANIZATION($,'o',$,$,$);\n#2=IFCAPPLICATION(#1,'1','n1','a');\n#3=IFCAPPLICATION(#1,'11','n','b');\n",
+         ""},
         {"#1=IFCPOLYLOOP((#2,#3));\n#3=IFCCARTESIANPOINT((1.));\n",
          "#1 Polygon dangling-reference: #2\n#1 Polygon bounds: 2 elements\n"},
         {"#1=IFCPOLYLOOP($);\n#2=IFCPERSON('p',$,$,(),$,$,$,$);\n", "#1 Polygon mandatory: $\n"},
@@ -109,6 +118,18 @@ TEST(Check, EveryKindOfErrorNamesItsInstanceAndAttribute) {
     };
     for (const auto& [instances, errors] : cases)
         EXPECT_EQ(errorsIn(makeModel("kinds.ifc", instances)), errors) << instances;
+}
+
+// Rules of a supertype hold, and over instances as over texts.
+TEST(Check, UniqueRulesOfAllLevels) {
+    EXPECT_EQ(errorsIn(makeModel("unique.ifc",
+                                 "#1=IFCMATERIAL('m');\n#2=IFCMATERIAL('m');\n"
+                                 "#3=IFCMECHANICALSTEELMATERIALPROPERTIES(#1,$,$,$,$,$,$,$,$,$,$,$,$);\n"
+                                 "#4=IFCMECHANICALSTEELMATERIALPROPERTIES(#2,$,$,$,$,$,$,$,$,$,$,$,$);\n"
+                                 "#5=IFCMECHANICALCONCRETEMATERIALPROPERTIES(#1,$,$,$,$,$,$,$,$,$,$,$);\n"
+                                 "#6=IFCGENERALMATERIALPROPERTIES(#1,$,$,$);\n",
+                                 "IFC2X3")),
+              "#5 Material unique: the value of #3\n");
 }
 
 TEST(Check, LevelAndLimitHideLinesAndNothingElse) {

@@ -52,7 +52,7 @@ TEST(Corpus, EveryInstanceIsReadAndWritten) {
     const fs::path copyOfCopy = scratch() / "copy2.ifc";
     for (const Known& known : files) {
         SCOPED_TRACE(known.file.filename());
-        const plain::File before = plain::read(contentOf(known.file));
+        const plain::File before = plain::read(contents(known.file));
         const declared::Schema& release = declared::schemaNamed(releaseOf(before));
         if (!isBuilt(release.name()))
             continue;
@@ -63,9 +63,9 @@ TEST(Corpus, EveryInstanceIsReadAndWritten) {
         const int errors = info["diagnostics"]["error"] == 0 ? 0 : 1;
         EXPECT_EQ(runTool({"rewrite", "--threads", "3", known.file.string(), copy.string()}).exitCode, errors);
         EXPECT_EQ(info["release"], release.name());
-        EXPECT_EQ(lossesOf(before, plain::read(contentOf(copy)), release), "");
+        EXPECT_EQ(lossesOf(before, plain::read(contents(copy)), release), "");
         runTool({"rewrite", "--threads", "1", copy.string(), copyOfCopy.string()});
-        EXPECT_EQ(contentOf(copy), contentOf(copyOfCopy));
+        EXPECT_EQ(contents(copy), contents(copyOfCopy));
     }
 }
 

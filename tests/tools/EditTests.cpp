@@ -59,6 +59,9 @@ TEST(Edit, ValuesAreTakenInEveryForm) {
          "#9=IFCWALL('3vB2YO$MX4xv5uCqZZG0ad',$,'W','d',$,$,$,$,.BRICK.);"},
         {"#10.RefLatitude=()", "#10=IFCSITE('3vB2YO$MX4xv5uCqZZG0ab',$,$,$,$,$,$,$,$,$,$,$,$,$);"},
         {"#11.IsVentilated=T", "#11=IFCMATERIALLAYER($,0.2,.T.,$,$,$,5);"},
+        {"#11.IsVentilated=True", "#11=IFCMATERIALLAYER($,0.2,.T.,$,$,$,5);"},
+        {"#11.IsVentilated=FALSE", "#11=IFCMATERIALLAYER($,0.2,.F.,$,$,$,5);"},
+        {"#11.IsVentilated=unknown", "#11=IFCMATERIALLAYER($,0.2,.U.,$,$,$,5);"},
         {"#11.Priority=-3", "#11=IFCMATERIALLAYER($,0.2,.U.,$,$,$,-3);"},
         {"#11.Material=#12", "#11=IFCMATERIALLAYER(#12,0.2,.U.,$,$,$,5);"},
     };
@@ -69,8 +72,8 @@ TEST(Edit, ValuesAreTakenInEveryForm) {
         EXPECT_EQ(lineOf(outcome.out, before), line) << change;
         // Nothing else has changed.
         std::string restored = outcome.out;
-        restored.replace(restored.find(line), std::string_view(line).size(), lineOf(contentOf(file), before));
-        EXPECT_EQ(restored, contentOf(file)) << change;
+        restored.replace(restored.find(line), std::string_view(line).size(), lineOf(contents(file), before));
+        EXPECT_EQ(restored, contents(file)) << change;
     }
 }
 
@@ -80,8 +83,28 @@ TEST(Edit, SeveralChangesAtOnceMayReplaceTheFile) {
                        "#5.Radius=1"})
                   .exitCode,
               0);
-    EXPECT_EQ(lineOf(contentOf(file), "#9="), "#9=IFCWALL('3vB2YO$MX4xv5uCqZZG0aa',$,'A',$,$,$,$,$,.BRICK.);");
-    EXPECT_EQ(lineOf(contentOf(file), "#5="), "#5=IFCCIRCLE(#6,1.);");
+    EXPECT_EQ(lineOf(contents(file), "#9="), "#9=IFCWALL('3vB2YO$MX4xv5uCqZZG0aa',$,'A',$,$,$,$,$,.BRICK.);");
+    EXPECT_EQ(lineOf(contents(file), "#5="), "#5=IFCCIRCLE(#6,1.);");
+}
+
+TEST(Edit, FilesWithErrorsAreWrittenAndSaidToHaveThem) {
+    const std::string file = makeModel("faulty.ifc", "#1=IFCCIRCLE($,1.);\n#2=IFCFOO(1\n#3=IFCPERSON('p',$);\n");
+    const Outcome outcome = runTool({"edit", file, "-", "--set", "#1.Radius=2", "--set", "#3.FamilyName=x"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_PRED_FORMAT2(IsSubstring, "#1=IFCCIRCLE($,2.);\n#2=IFCFOO(1);\n#3=IFCPERSON('p','x');\n", outcome.out);
+    EXPECT_PRED_FORMAT2(IsSubstring, "[no-semicolon]", outcome.err);
+    const std::string badId = makeModel("bad.ifc", "#1=IFCWALL('no',$,'W',$,$,$,$,$,$);\n");
+    EXPECT_EQ(runTool({"edit", badId, "-", "--set", "#1.Name=x"}).err, "") << "nobody touched the identifier";
+    // A malformed identifier is taken, and said.
+    for (const bool quiet : {false, true}) {
+        std::vector<std::string> arguments{"edit", makeModel("id.ifc", kInstances), "-", "--set", "#9.GlobalId=no"};
+        if (quiet)
+            arguments.emplace_back("--quiet");
+        const Outcome id = runTool(arguments);
+        EXPECT_EQ(id.exitCode, 0);
+        EXPECT_PRED_FORMAT2(IsSubstring, "#9=IFCWALL('no',", id.out);
+        EXPECT_EQ(id.err.find("#9 IFCWALL.GlobalId is no globally unique identifier: no") == id.err.npos, quiet);
+    }
 }
 
 TEST(Edit, RefusesWhatDoesNotConvertAndWritesNothing) {
@@ -102,6 +125,7 @@ TEST(Edit, RefusesWhatDoesNotConvertAndWritesNothing) {
         {"#4.Trim1=(#9)", "cannot refer to #9 IFCWALL"},
         {"#5.Radius=1,5", "#5 IFCCIRCLE.Radius: expected one value of IfcPositiveLengthMeasure, found 1,5"},
         {"#5.Radius=", "#5 IFCCIRCLE.Radius: expected "},
+        {"#1.Coordinates=", "#1 IFCCARTESIANPOINT.Coordinates: expected "},
         {"#5.Radius=/*", "#5 IFCCIRCLE.Radius: expected "},
         {"#5.Radius=1.E999", "expected a value in the range of "},
         {"#6.Location=#9", "IFCPOINT cannot refer to #9 IFCWALL"},
@@ -125,6 +149,16 @@ TEST(Edit, RefusesWhatDoesNotConvertAndWritesNothing) {
         EXPECT_EQ(outcome.exitCode, 2) << change;
         EXPECT_PRED_FORMAT2(IsSubstring, message, outcome.err);
         EXPECT_TRUE(outcome.err.ends_with("vnifc: a change cannot be made; nothing was written\n")) << outcome.err;
+    }
+    // One attribute's text may hold what belongs to another one.
+    const std::string unclear = makeModel("unclear.ifc", "#1=IFCOWNERHISTORY($,$,$,.NOCHANGE.,253317$,$,$,16);\n"
+                                                         "#2=IFCPERSON('open,$,$);\n#3=IFCPERSON($,$,$,('a',$;\n"
+                                                         "#4=IFCPERSON($,$,$,$,$,$,$,$,'x');\n#5=IFCPERSON($) $,$);\n");
+    for (const char* change :
+         {"#1.CreationDate=16", "#2.FamilyName=x", "#3.PrefixTitles=('x')", "#4.FamilyName=x", "#5.FamilyName=x"}) {
+        const Outcome outcome = runTool({"edit", "--quiet", unclear, target.string(), "--set", change});
+        EXPECT_EQ(outcome.exitCode, 2) << change;
+        EXPECT_PRED_FORMAT2(IsSubstring, "parameter list is broken or too long", outcome.err);
     }
     const Outcome twice =
         runTool({"edit", "--quiet", file, target.string(), "--set", "#9.Name=a", "--unset", "9.NAME"});

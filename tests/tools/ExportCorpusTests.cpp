@@ -325,7 +325,7 @@ TEST_P(ExportCorpus, ValuesAndInversesAreThoseOfTheFile) {
     const declared::Schema& release = declared::schemaNamed(GetParam());
     Counts all;
     for (const fs::path& file : corpusFiles()) {
-        const plain::File inFile = plain::read(contentOf(file));
+        const plain::File inFile = plain::read(contents(file));
         if (releaseOf(inFile) != GetParam())
             continue;
         SCOPED_TRACE(file.filename());

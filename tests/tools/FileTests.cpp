@@ -53,6 +53,18 @@ TEST(Info, TextTellsInstancesWithoutClassApart) {
     EXPECT_PRED_FORMAT2(IsSubstring, "gemacht für Prüfer\n", outcome.out);
 }
 
+TEST(Info, HeaderEntriesStandUnderTheirNames) {
+    const std::string file = makeFile("header.ifc", "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION(('d1','d2'),'2;1');\n"
+                                                    "FILE_NAME('n','t',('a'),('o'),'p','s','z');\n"
+                                                    "FILE_SCHEMA(('IFC4X3_ADD2'));\nENDSEC;\nDATA;\nENDSEC;\n"
+                                                    "END-ISO-10303-21;\n");
+    EXPECT_PRED_FORMAT2(IsSubstring,
+                        "\nschema         IFC4X3_ADD2\ndescription    d1, d2\nname           n\ntime stamp     t\n"
+                        "author         a\norganization   o\npreprocessor   p\nsystem         s\nauthorization  z\n"
+                        "implementation 2;1\n",
+                        runTool({"info", file}).out);
+}
+
 TEST(Info, StandardInputIsAFile) {
     const Outcome outcome = runTool({"info", "--json", "-"}, {.in = house});
     EXPECT_EQ(json::parse(outcome.out)["instances"], 14);
@@ -85,14 +97,14 @@ TEST(Rewrite, WhatIsInTheWritersFormComesBackByteForByte) {
     const std::filesystem::path copy = scratch() / "copy.ifc";
     const Outcome outcome = runTool({"rewrite", house, copy.string()});
     EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_EQ(contentOf(copy), contentOf(house));
+    EXPECT_EQ(contents(copy), contents(house));
     EXPECT_EQ(outcome.out, "");
     EXPECT_PRED_FORMAT2(IsSubstring, "2 instances without a class, kept as text: 1 (complex), 1 IFCGARDENGNOME\n",
                         outcome.err);
     EXPECT_PRED_FORMAT2(IsSubstring, "1 unknown-literal", outcome.err);
 
     const Outcome quiet = runTool({"rewrite", "--quiet", "-", "-"}, {.in = house});
-    EXPECT_EQ(quiet.out, contentOf(house));
+    EXPECT_EQ(quiet.out, contents(house));
     EXPECT_EQ(quiet.err, "");
 }
 
@@ -100,9 +112,9 @@ TEST(Rewrite, FileMayBeItsOwnTarget) {
     const std::string file =
         makeModel("own.ifc", "#2 = IfcCartesianPoint ( ( 1.50, 2 ) ) ; /* loose */\n#1=IFCLINE(#2,$);\n");
     const std::string expected =
-        contentOf(makeModel("own2.ifc", "#1=IFCLINE(#2,$);\n#2=IFCCARTESIANPOINT((1.5,2.));\n"));
+        contents(makeModel("own2.ifc", "#1=IFCLINE(#2,$);\n#2=IFCCARTESIANPOINT((1.5,2.));\n"));
     EXPECT_EQ(runTool({"rewrite", file, file}).exitCode, 0);
-    EXPECT_EQ(contentOf(file), expected);
+    EXPECT_EQ(contents(file), expected);
 }
 
 } // namespace

@@ -57,17 +57,11 @@ Outcome run(const fs::path& program, const std::vector<std::string>& arguments, 
     if (failure != 0)
         throw std::runtime_error("the tool does not start");
     const int exitCode = waitFor(process);
-    return {exitCode, streams.out.empty() ? contentOf(out) : std::string(), contentOf(err)};
+    return {exitCode, streams.out.empty() ? contents(out) : std::string(), contents(err)};
 }
 
 Outcome runTool(const std::vector<std::string>& arguments, const Streams& streams) {
     return run(VNIFC_TOOL, arguments, streams);
-}
-
-std::string contentOf(const fs::path& file) {
-    std::ostringstream content;
-    content << std::ifstream(file, std::ios::binary).rdbuf();
-    return content.str();
 }
 
 fs::path makeFile(const std::string& name, std::string_view content) {
@@ -77,10 +71,7 @@ fs::path makeFile(const std::string& name, std::string_view content) {
 }
 
 fs::path makeModel(const std::string& name, std::string_view instances, std::string_view schema) {
-    return makeFile(name, "ISO-10303-21;\nHEADER;\nFILE_DESCRIPTION((''),'2;1');\n"
-                          "FILE_NAME('','',(''),(''),'','','');\nFILE_SCHEMA(('" +
-                              std::string(schema) + "'));\nENDSEC;\nDATA;\n" + std::string(instances) +
-                              "ENDSEC;\nEND-ISO-10303-21;\n");
+    return makeFile(name, fileOf(schema, instances));
 }
 
 } // namespace vnifc::test

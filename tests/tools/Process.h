@@ -1,4 +1,6 @@
 #pragma once
+#include "support/Files.h"
+
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -27,8 +29,6 @@ Outcome runTool(const std::vector<std::string>& arguments, const Streams& stream
 /// A directory for this process' files, removed at its end.
 const std::filesystem::path& scratch();
 
-std::string contentOf(const std::filesystem::path& file);
-/// Writes a file into the scratch directory.
 std::filesystem::path makeFile(const std::string& name, std::string_view content);
 /// An exchange file with these instances.
 std::filesystem::path makeModel(const std::string& name, std::string_view instances,

@@ -19,7 +19,7 @@ std::string kindsFile() {
     static const std::string file = makeModel(
         "kinds.ifc",
         "#1=IFCMATERIALLAYER(#99,0.1,.U.,'a\\S\\dB\\X\\E4\\X2\\D83DDE00\\X0\\\\\\''\"\x01\xFF',$,'',-5);\n"
-        "#2=IFCPROPERTYSINGLEVALUE('Area',$,IFCAREAMEASURE(1.E30),$);\n"
+        "#2=IFCPROPERTYSINGLEVALUE('Area\\X\\0D\\X\\0A\t',$,IFCAREAMEASURE(1.E30),$);\n"
         "#3=IFCPROPERTYENUMERATEDVALUE('y',$,(IFCLABEL('a'),IFCLOGICAL(.U.),IFCINTEGER(7),IFCBINARY(\"0FF\")),$);\n"
         "#4=IFCTRIANGULATEDFACESET(#5,$,.T.,((1,2,3),(3,2,1)),$);\n"
         "#5=IFCCARTESIANPOINTLIST3D(((0.,-0.,0.1),(1.E-7,123456789.,1.)),$);\n"
@@ -50,6 +50,7 @@ TEST(Show, WordsForEveryKindOfValue) {
         {"#6", "InnerBoundaries  ()\n"},
         {"#10", "Dimensions  * (derived)\n"},
         {"#10", "Name        .METRE.\n"},
+        {"#10", "Prefix      $\n"},
         {"#11", "(IFCLINEINDEX((1, 2)), IFCARCINDEX((2, 3, 4)))\n"},
         {"#13", "Material     #14 IFCMATERIAL 'C20/25'\n"},
     };
@@ -57,6 +58,23 @@ TEST(Show, WordsForEveryKindOfValue) {
         EXPECT_PRED_FORMAT2(IsSubstring, line, runTool({"show", "--quiet", kindsFile(), instance}).out);
     EXPECT_EQ(runTool({"show", "--quiet", house, "12"}).out,
               "#12 IFCGARDENGNOME\nwithout a class, kept as text: 'red hat',(#8,*),.HAPPY.\n");
+}
+
+// A value that could not be taken must look like one that is not there nowhere.
+TEST(Show, WhatIsKeptAsTextIsMarked) {
+    const std::string file = makeModel("kept.ifc", "#1=IFCMATERIALLAYER('m',0.1,$,'n',$,$,7.5,'more',2);\n"
+                                                   "#2=IFCMATERIALLAYER($,1.50,$,$,$,$,$);\n");
+    const std::string shown = runTool({"show", "--quiet", file, "1"}).out;
+    EXPECT_PRED_FORMAT2(IsSubstring, "Material        $  (the file has 'm', kept as text)\n", shown);
+    EXPECT_PRED_FORMAT2(IsSubstring, "Priority        $  (the file has 7.5, kept as text)\n", shown);
+    EXPECT_PRED_FORMAT2(IsSubstring, "kept as text after the last attribute: ,'more',2\n", shown);
+    EXPECT_EQ(runTool({"show", "--quiet", file, "2"}).out.find("kept"), std::string::npos);
+    std::istringstream lines(runTool({"export", "--quiet", file}).out);
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_EQ(json::parse(line)["kept"], json({{"Material", "'m'"}, {"Priority", "7.5"}, {"", ",'more',2"}}));
+    std::getline(lines, line);
+    EXPECT_FALSE(json::parse(line).contains("kept"));
 }
 
 TEST(Show, LongListsAreCutForPeopleOnly) {
@@ -78,7 +96,7 @@ TEST(Show, InstancesAreFoundByNumberAndGlobalId) {
     for (const char* address : {"#99", "4711", "", "#", "-1", "2O2Fr$t4X7Zf8NOew3FLO", "2O2Fr$t4X7Zf8NOew3FLOHx",
                                 "99999999999999999999999", "2O2FR$T4X7ZF8NOEW3FLOH"}) {
         const Outcome outcome = runTool({"show", "--quiet", house, "--", address});
-        EXPECT_EQ(outcome.exitCode, 2) << address;
+        EXPECT_EQ(outcome.exitCode, 4) << address;
         EXPECT_EQ(outcome.err, std::string("vnifc: there is no instance ") + address + "\n");
     }
 }
@@ -103,6 +121,7 @@ TEST(Export, JsonForEveryKindOfValue) {
         {1, "Description", "null"},
         {1, "Category", R"("")"},
         {1, "Priority", "-5"},
+        {2, "Name", R"("Area\r\n\t")"},
         {2, "NominalValue", R"({"type":"IFCAREAMEASURE","value":1e30})"},
         {3, "EnumerationValues",
          R"([{"type":"IFCLABEL","value":"a"},{"type":"IFCLOGICAL","value":"UNKNOWN"},)"
@@ -114,6 +133,7 @@ TEST(Export, JsonForEveryKindOfValue) {
         {6, "InnerBoundaries", "[]"},
         {9, "Pixel", R"(["0FF","1"])"},
         {10, "Name", R"("METRE")"},
+        {10, "Prefix", "null"},
         {11, "Segments", R"([{"type":"IFCLINEINDEX","value":[1,2]},{"type":"IFCARCINDEX","value":[2,3,4]}])"},
         {15, "Points", R"([{"ref":16},{"ref":16}])"},
     };
@@ -145,7 +165,7 @@ TEST(Export, LinesComeInOrderAndByType) {
               (Ids{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 18446744073709551615u}));
     EXPECT_EQ(idsOf({"export", "--quiet", house, "--type", "ifcobjectdefinition", "--type", "IFCGARDENGNOME"}),
               (Ids{1, 8, 9, 12}));
-    EXPECT_EQ(runTool({"export", "--quiet", house, "--type", "IfcGnome"}).exitCode, 2);
+    EXPECT_EQ(runTool({"export", "--quiet", house, "--type", "IfcGnome"}).exitCode, 4);
     EXPECT_EQ(runTool({"export", "--quiet", house}, {.out = "/dev/full"}).exitCode, 3);
 }
 
@@ -192,6 +212,8 @@ TEST(Find, ConditionsCompareValuesNotTexts) {
             found.push_back(json::parse(line)["id"]);
         EXPECT_EQ(found, expected) << arguments.back();
     }
+    EXPECT_EQ(runTool({"find", "--quiet", makeModel("bare.ifc", "#1=IFCWALL($,$,$,$,$,$,$,$,$);\n"), "IfcWall"}).out,
+              "#1 IFCWALL\n");
     EXPECT_EQ(runTool({"find", "--quiet", file, "IfcWall", "--exact"}).out,
               "#1 IFCWALL 3vB2YO$MX4xv5uCqZZG0aa 'Gr\xC3\xBCn'\n#2 IFCWALL 3vB2YO$MX4xv5uCqZZG0ab 'Gr\xC3\xBCn'\n");
 }
@@ -200,19 +222,81 @@ TEST(Find, WhatCannotBeFoundIsWrongUse) {
     const struct {
         std::vector<std::string> arguments;
         const char* message;
+        int exitCode = 2;
     } cases[] = {
-        {{"IfcGnome"}, "neither IFC4X3_ADD2 nor the file has an entity \"IfcGnome\""},
+        {{"IfcGnome"}, "neither IFC4X3_ADD2 nor the file has an entity \"IfcGnome\"", 4},
+        {{"IfcWall, IfcGnome"}, "column 10: expected a class of", 4},
+        {{"IfcWall, Name~x"}, "column 10: expected"},
         {{"IfcWall", "--where", "Colour=red"}, "IFCWALL has no attribute Colour"},
         {{"IfcWall", "--where", "Name"}, "expected NAME=VALUE, found Name"},
         {{"IfcWall", "--where", "PredefinedType=BRICKWALL"}, "#8 IFCWALL.PredefinedType: expected one of "},
         {{"IfcGardenGnome", "--where", "Name=x"}, "an instance without a class has no attribute Name"},
     };
-    for (const auto& [arguments, message] : cases) {
+    for (const auto& [arguments, message, exitCode] : cases) {
         std::vector<std::string> all{"find", "--quiet", house};
         all.insert(all.end(), arguments.begin(), arguments.end());
         const Outcome outcome = runTool(all);
-        EXPECT_EQ(outcome.exitCode, 2) << message;
+        EXPECT_EQ(outcome.exitCode, exitCode) << message;
         EXPECT_PRED_FORMAT2(IsSubstring, message, outcome.err);
+    }
+}
+
+TEST(Find, SaysWhatIsKnownOfWhatASelectorPicks) {
+    const std::string rooms =
+        makeModel("rooms.ifc", "#1=IFCSIUNIT(*,.LENGTHUNIT.,.MILLI.,.METRE.);\n"
+                               "#2=IFCUNITASSIGNMENT((#1));\n"
+                               "#3=IFCPROJECT('0000000000000000000003',$,'P',$,$,$,$,$,#2);\n"
+                               "#4=IFCDOOR('0000000000000000000004',$,'A, \"wide\"',$,$,$,$,$,2000.,900.,$,$,$);\n"
+                               "#5=IFCDOOR('0000000000000000000005',$,'B',$,$,$,$,$,2100.,$,$,$,$);\n"
+                               "#6=IFCDOOR('0000000000000000000006',$,'B',$,$,$,$,$,1900.,1000.,$,$,$);\n");
+    const struct {
+        std::vector<std::string> arguments;
+        const char* printed;
+    } cases[] = {
+        {{"IfcDoor, OverallHeight>1.95m"},
+         "#4 IFCDOOR 0000000000000000000004 'A, \"wide\"'\n#5 IFCDOOR 0000000000000000000005 'B'\n"},
+        {{"IfcDoor, Name=B", "--count"}, "2\n"},
+        {{"IfcDoor, Name=C", "--count"}, "0\n"},
+        {{"IfcDoor", "--columns", "Name,OverallWidth"},
+         "id  Name       OverallWidth\n#4  A, \"wide\"  900\n#5  B          \n#6  B          1000\n"},
+        {{"IfcDoor", "--columns", "Name,OverallWidth", "--format", "csv"},
+         "id,Name,OverallWidth\r\n#4,\"A, \"\"wide\"\"\",900\r\n#5,B,\r\n#6,B,1000\r\n"},
+        {{"#5", "--columns", "Name,OverallWidth", "--json"}, "{\"id\": 5, \"Name\": \"B\", \"OverallWidth\": null}\n"},
+        {{"IfcDoor", "--sum", "OverallWidth", "--group-by", "Name", "--json"},
+         "{\"Name\": \"A, \\\"wide\\\"\", \"count\": 1, \"OverallWidth [mm]\": 900}\n"
+         "{\"Name\": \"B\", \"count\": 2, \"OverallWidth [mm]\": 1000}\n"},
+    };
+    for (const auto& [arguments, printed] : cases) {
+        std::vector<std::string> all{"find", "--quiet", rooms};
+        all.insert(all.end(), arguments.begin(), arguments.end());
+        EXPECT_EQ(runTool(all).out, printed) << arguments.front();
+    }
+}
+
+TEST(Set, ChangesAllThatASelectorPicks) {
+    const std::string walls = makeModel("walls.ifc", "#1=IFCWALL('0000000000000000000001',$,'A',$,$,$,$,$,$);\n"
+                                                     "#2=IFCWALL('0000000000000000000002',$,'B',$,$,$,$,$,$);\n");
+    const std::string out = scratch() / "set.ifc";
+    Outcome outcome = runTool({"set", walls, out, "IfcWall", "PredefinedType=SOLIDWALL", "Name=B",
+                               "Pset_WallCommon.FireRating=EI30", "Pset_WallCommon.IsExternal=true"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.err, "PredefinedType: 2 of 2 changed\nName: 1 of 2 changed\n"
+                           "Pset_WallCommon.FireRating: 2 of 2 changed\nPset_WallCommon.IsExternal: 2 of 2 changed\n");
+    EXPECT_EQ(runTool({"find", out,
+                       "IfcWall, Name=B, PredefinedType=SOLIDWALL, Pset_WallCommon.FireRating=EI30, "
+                       "Pset_WallCommon.IsExternal=TRUE",
+                       "--count"})
+                  .out,
+              "2\n");
+    EXPECT_EQ(runTool({"diff", "--quiet", walls, out}).exitCode, 1);
+    for (const auto& [change, message] : {std::pair("Nmae=x", "Nmae"),
+                                          {"Name", "expected NAME=VALUE, found Name"},
+                                          {"PredefinedType=BRICK", "expected one of"}}) {
+        std::filesystem::remove(out);
+        outcome = runTool({"set", "--quiet", walls, out, "IfcWall", change});
+        EXPECT_EQ(outcome.exitCode, 2) << change;
+        EXPECT_PRED_FORMAT2(IsSubstring, message, outcome.err);
+        EXPECT_FALSE(std::filesystem::exists(out)) << change;
     }
 }
 

@@ -52,10 +52,9 @@ void expectEdit(const Edit& edit) {
     EXPECT_EQ(outcome.exitCode, edit.line ? 0 : 2) << outcome.err;
     EXPECT_EQ(fs::exists(target), edit.line != nullptr);
     if (edit.line) {
-        EXPECT_PRED_FORMAT2(IsSubstring, std::string("\n") + edit.line + '\n', contentOf(target));
-    } else {
+        EXPECT_PRED_FORMAT2(IsSubstring, std::string("\n") + edit.line + '\n', contents(target));
+    } else
         EXPECT_PRED_FORMAT2(IsSubstring, edit.message, outcome.err);
-    }
 }
 
 TEST(FileOfItsRelease, GetsNoParametersThatItsReleaseLacks) {

@@ -113,17 +113,23 @@ TEST(Schema, TextShowsWhatIsInherited) {
     } cases[] = {
         {"ifcwall", "entity IFCWALL < IFCBUILTELEMENT < "},
         {"ifcwall", "attributes of IFCROOT\n  GlobalId: IFCGLOBALLYUNIQUEID\n"},
-        {"ifcwall", "  HasOpenings: set [0:?] of ifcrelvoidselement for RelatingBuildingElement\n"},
+        {"ifcwall", "  HasOpenings: set [0:?] of IFCRELVOIDSELEMENT for RelatingBuildingElement\n"},
         {"ifcwall", "subtypes\n  IFCWALLELEMENTEDCASE\n  IFCWALLSTANDARDCASE\n"},
         {"ifcroot", "abstract entity IFCROOT\n"},
-        {"ifcorientededge", "  ifcedge_edgestart: IFCVERTEX (derived, redeclares EdgeStart)\n"},
-        {"ifccomplexnumber", "aggregation IfcComplexNumber\n  array [1:2] of real\n"},
-        {"ifclabel", "defined IfcLabel\n  string\n"},
-        {"ifcunit", "select IfcUnit\n  IFCDERIVEDUNIT\n  IFCMONETARYUNIT\n  IFCNAMEDUNIT\n"},
+        {"ifcorientededge", "  EdgeStart: IFCVERTEX (derived, redeclared)\n"},
+        {"ifccartesianpointlist", "  Dim: IFCDIMENSIONCOUNT (derived)\n"},
+        {"ifccomplexnumber", "aggregation IFCCOMPLEXNUMBER\n  array [1:2] of real\n"},
+        {"ifclabel", "defined IFCLABEL\n  string\n"},
+        {"ifcpositiveinteger", "defined IFCPOSITIVEINTEGER\n  IFCINTEGER\n"},
+        {"ifcpolyline", "  Points: list [2:?] of IFCCARTESIANPOINT\n"},
+        {"ifcwall", "  PredefinedType: OPTIONAL IFCWALLTYPEENUM\n"},
+        {"list [1:?] of ifcactorrole", "aggregation list [1:?] of IFCACTORROLE\n"},
+        {"list [1:?] of ifcactorrole", "  list [1:?] of IFCACTORROLE\n"},
+        {"ifcunit", "select IFCUNIT\n  IFCDERIVEDUNIT\n  IFCMONETARYUNIT\n  IFCNAMEDUNIT\n"},
     };
     for (const auto& [name, text] : cases)
         EXPECT_PRED_FORMAT2(IsSubstring, text, runTool({"schema", name, "--schema", "IFC4X3"}).out);
-    EXPECT_PRED_FORMAT2(IsSubstring, "\nenumeration  ifcwalltypeenum\n", runTool({"schema", "--schema", "IFC4X3"}).out);
+    EXPECT_PRED_FORMAT2(IsSubstring, "\nenumeration  IFCWALLTYPEENUM\n", runTool({"schema", "--schema", "IFC4X3"}).out);
 }
 
 } // namespace

@@ -60,6 +60,48 @@ TEST(Usage, HelpHasAnExampleEverywhere) {
     }
 }
 
+TEST(Usage, HelpIsACommandAndCommandsMayBeCutShort) {
+    const std::string help = runTool({"info", "--help"}).out;
+    EXPECT_EQ(runTool({"help", "info"}).out, help);
+    EXPECT_EQ(runTool({"help", "inf"}).out, help);
+    EXPECT_EQ(runTool({"help"}).out, runTool({"--help"}).out);
+    EXPECT_EQ(runTool({"inf", "--json", house}).exitCode, 0);
+    EXPECT_EQ(runTool({"e", house}).exitCode, 2) << "edit or export";
+}
+
+// A wall in two storeys, a value that is lost on conversion, and what the reader has to say.
+TEST(Usage, QuietHidesEveryMessageAndNothingElse) {
+    const std::string file = makeModel(
+        "noisy.ifc", "#1=IFCSITE('1',$,$,$,$,$,$,$,$,$,$,$,$,$);\n#2=IFCSITE('2',$,$,$,$,$,$,$,$,$,$,$,$,$);\n"
+                     "#3=IFCWALL('3',$,42,$,$,$,$,$,$);\n#6=IFCGARDENGNOME();\n"
+                     "#4=IFCRELCONTAINEDINSPATIALSTRUCTURE('4',$,$,$,(#3),#1);\n"
+                     "#5=IFCRELCONTAINEDINSPATIALSTRUCTURE('5',$,$,$,(#3),#2);\n");
+    const std::string target = (scratch() / "quiet.ifc").string();
+    const std::vector<std::string> cases[] = {
+        {"info", file},
+        {"show", file, "3"},
+        {"find", file, "IfcWall"},
+        {"tree", file},
+        {"props", file, "3"},
+        {"export", file},
+        {"rewrite", file, target},
+        {"edit", file, target, "--set", "#3.GlobalId=x"},
+        {"convert", file, target, "--to", "IFC2X3"},
+    };
+    for (std::vector<std::string> arguments : cases) {
+        SCOPED_TRACE(testing::PrintToString(arguments));
+        const Outcome noisy = runTool(arguments);
+        EXPECT_NE(noisy.err, "");
+        arguments.emplace_back("--quiet");
+        const Outcome quiet = runTool(arguments);
+        EXPECT_EQ(quiet.exitCode, noisy.exitCode);
+        EXPECT_EQ(quiet.err, "");
+        if (arguments[0] != "info") { // which tells the time that it took
+            EXPECT_EQ(quiet.out, noisy.out);
+        }
+    }
+}
+
 TEST(Usage, VersionNamesTheSchemaThatIsLoaded) {
     const Outcome outcome = runTool({"--version"});
     EXPECT_EQ(outcome.exitCode, 0);

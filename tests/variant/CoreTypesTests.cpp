@@ -52,7 +52,7 @@ VnIfcVariant textOf(const char* text) { return VnIfcVariant(text); }
 
 } // namespace
 
-TEST(CoreTypes, numbersWidenWhenNothingIsLost) {
+TEST(CoreTypes, NumbersWidenWhenNothingIsLost) {
     const VnIfcVariant unsetReal(Consts::VnRealUnset);
     constexpr unsigned long kExact = 1ul << 53, kLargest = ~0ul;
     const Conversion conversions[] = {
@@ -80,7 +80,7 @@ TEST(CoreTypes, numbersWidenWhenNothingIsLost) {
     check(conversions);
 }
 
-TEST(CoreTypes, textsAndSimpleValuesConvertInExchangeForm) {
+TEST(CoreTypes, TextsAndSimpleValuesConvertInExchangeForm) {
     const VnIfcGUID guid("0123456789ABCDEFGHIJ_$");
     const VnAnsiString withNul(std::string_view("a\0b", 3));
     const Conversion conversions[] = {
@@ -136,7 +136,7 @@ TEST(CoreTypes, textsAndSimpleValuesConvertInExchangeForm) {
     check(conversions);
 }
 
-TEST(CoreTypes, containersConvertElementByElement) {
+TEST(CoreTypes, ContainersConvertElementByElement) {
     VnIfcListAggr<int> list;
     VnIfcSetAggr<int> set;
     VnIfcListAggr<VnAnsiString> nil;
@@ -179,7 +179,7 @@ TEST(CoreTypes, containersConvertElementByElement) {
     EXPECT_TRUE(untouched == VnIfcVariant(7));
 }
 
-TEST(CoreTypes, printForPeopleAndForFiles) {
+TEST(CoreTypes, PrintForPeopleAndForFiles) {
     VnIfcListAggr<VnAnsiString> nil;
     const struct {
         VnIfcVariant value;
@@ -211,7 +211,7 @@ TEST(CoreTypes, printForPeopleAndForFiles) {
     EXPECT_EQ(text, "kept");
 }
 
-TEST(CoreTypes, variantsOwnTheirValuesAlone) {
+TEST(CoreTypes, VariantsOwnTheirValuesAlone) {
     const VnIfcVariant originals[] = {VnAnsiString("a string long enough for the heap"),
                                       VrString(std::string(100, 'x')), VnIfcArray<VnAnsiString>{"a", "b"},
                                       Variants{Variants{VrString("inner")}, 1}};
@@ -251,7 +251,7 @@ TEST(CoreTypes, variantsOwnTheirValuesAlone) {
     EXPECT_NE(heap.get<VrString>(), &after);
 }
 
-TEST(CoreTypes, unsetValuesAreMadeFromTheDescriptorAlone) {
+TEST(CoreTypes, UnsetValuesAreMadeFromTheDescriptorAlone) {
     const VnIfcVariantType* const types[] = {&desc<int>(),          &desc<double>(),       &desc<const char*>(),
                                              &desc<VnAnsiString>(), &desc<VnIfcBoolean>(), &desc<VnIfcGUID>(),
                                              &desc<VnDbObjectId>(), &desc<VnIfcLogical>()};
@@ -266,7 +266,7 @@ TEST(CoreTypes, unsetValuesAreMadeFromTheDescriptorAlone) {
     EXPECT_EQ(print(array), "()");
 }
 
-TEST(CoreTypes, descriptorsAreReleasedAndMadeAnew) {
+TEST(CoreTypes, DescriptorsAreReleasedAndMadeAnew) {
     using Type = VnIfcVariantType::Desc<VnIfcArray<VnIfcGUID>>;
     EXPECT_EQ(&Type::value(), &Type::value());
     EXPECT_STREQ(Type::value().name(), L"SDAI_NAMESPACE_PFX VnIfcArray<VN_SDAI::VnIfcGUID>");

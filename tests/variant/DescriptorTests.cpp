@@ -54,7 +54,7 @@ void touchAll(const VnIfcSchema& schema) {
 
 } // namespace
 
-TEST_F(Descriptors, haveTheNamesAndSizesOfTheirFamily) {
+TEST_F(Descriptors, HaveTheNamesAndSizesOfTheirFamily) {
     const struct {
         const VnIfcVariantType& type;
         const char* name;
@@ -84,14 +84,14 @@ TEST_F(Descriptors, haveTheNamesAndSizesOfTheirFamily) {
     EXPECT_EQ(value.type(), &Desc<IfcWallTypeEnum>::value());
 }
 
-TEST_F(Descriptors, onlySelectsOfAggregatesHaveDescriptorsOfArrays) {
+TEST_F(Descriptors, OnlySelectsOfAggregatesHaveDescriptorsOfArrays) {
     static_assert(VnIfcDescribed<VnIfcArray<IfcTrimmingSelect>> && VnIfcDescribed<VnIfcSetAggr<IfcTrimmingSelect>*>);
     static_assert(!VnIfcDescribed<VnIfcListAggr<IfcTrimmingSelect>*> && !VnIfcDescribed<VnIfcSetAggr<IfcValue>*>);
     static_assert(VnIfcDescribed<IfcSimpleValue> && !VnIfcDescribed<VnIfcArray<IfcSimpleValue>>);
     static_assert(!VnIfcDescribed<VnIfcVariant> && !VnIfcDescribed<bool> && !VnIfcDescribed<IfcWall>);
 }
 
-TEST_F(Descriptors, listEnumeratorsWithUnsetLast) {
+TEST_F(Descriptors, ListEnumeratorsWithUnsetLast) {
     const IVnIfcVariantTypeEnumeration* names = Desc<IfcAssemblyPlaceEnum>::value().enumeration();
     ASSERT_TRUE(names);
     ASSERT_EQ(names->literalCount(), 4);
@@ -107,7 +107,7 @@ TEST_F(Descriptors, listEnumeratorsWithUnsetLast) {
     EXPECT_EQ(again->literalCount(), 4);
 }
 
-TEST_F(Descriptors, enumerationsConvertToTextAndCode) {
+TEST_F(Descriptors, EnumerationsConvertToTextAndCode) {
     const VnIfcVariant factory = IfcAssemblyPlaceEnum(kIfcAssemblyPlaceEnum_FACTORY);
     VnIfcVariant unset;
     ASSERT_TRUE(Desc<IfcAssemblyPlaceEnum>::value().createVariant(unset));
@@ -144,7 +144,7 @@ TEST_F(Descriptors, enumerationsConvertToTextAndCode) {
     EXPECT_TRUE(factory == VnIfcVariant(IfcAssemblyPlaceEnum(kIfcAssemblyPlaceEnum_FACTORY)));
 }
 
-TEST_F(Descriptors, selectsConvertByTheirChosenMember) {
+TEST_F(Descriptors, SelectsConvertByTheirChosenMember) {
     const VnDbObjectId unit = model.create("IfcSIUnit"), wall = model.create("IfcWall");
     IfcUnit unset;
     IfcSimpleValue label;
@@ -204,7 +204,7 @@ TEST_F(Descriptors, selectsConvertByTheirChosenMember) {
     EXPECT_EQ(print(static_cast<IfcUnit*>(nullptr), StringFormat::kPlain), "?");
 }
 
-TEST_F(Descriptors, selectsAreHeldByValueAndComparedByContent) {
+TEST_F(Descriptors, SelectsAreHeldByValueAndComparedByContent) {
     IfcSimpleValue label;
     label.setIfcLabel(std::string_view("a label long enough for the heap"));
     const VnIfcVariant value(label), pointer(&label);
@@ -224,7 +224,7 @@ TEST_F(Descriptors, selectsAreHeldByValueAndComparedByContent) {
     EXPECT_EQ((*created.get<IfcSimpleValue*>())->_d(), IfcSimpleValue::kUnset);
 }
 
-TEST_F(Descriptors, aggregatesOfSelectsConvert) {
+TEST_F(Descriptors, AggregatesOfSelectsConvert) {
     using Units = VnIfcArray<IfcUnit>;
     IfcUnit unit;
     ASSERT_TRUE(unit.setHandle(model.create("IfcSIUnit")));
@@ -258,7 +258,7 @@ TEST_F(Descriptors, aggregatesOfSelectsConvert) {
     EXPECT_EQ(handles.length(), 1u);
 }
 
-TEST(DescriptorLife, endsWithTheSchemaAndBeginsAnewWithIt) {
+TEST(DescriptorLife, EndsWithTheSchemaAndBeginsAnewWithIt) {
     VnModuleLifeCycleApp* app = vnGetModuleLifeCycleApp();
     EXPECT_EQ(livingDescriptors(), 0u);
     std::size_t first = 0;
@@ -275,7 +275,7 @@ TEST(DescriptorLife, endsWithTheSchemaAndBeginsAnewWithIt) {
     }
 }
 
-TEST(DescriptorLife, manyThreadsGetOneDescriptor) {
+TEST(DescriptorLife, ManyThreadsGetOneDescriptor) {
     constexpr int kThreads = 8, kRounds = 50;
     using Query = const VnIfcVariantType& (*)();
     const Query queries[] = {&Desc<IfcWallTypeEnum>::value, &Desc<IfcDerivedUnitEnum>::value,

@@ -19,7 +19,7 @@
 #include <memory>
 #include <system_error>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 namespace fs = std::filesystem;
 
@@ -150,7 +150,7 @@ public:
     }
 
 private:
-    [[noreturn]] void fail(const std::string& reason) const { vnifc::fail("read", m_name, reason); }
+    [[noreturn]] void fail(const std::string& reason) const { tool::fail("read", m_name, reason); }
 
     unz_file_info64 currentInfo(std::string* name) const {
         unz_file_info64 info;
@@ -226,7 +226,7 @@ bool beginEntry(zipFile archive, const std::string& name, std::size_t size) {
 
 } // namespace
 
-bool isArchiveName(std::string_view name) { return endsWith(name, ".ifczip"); }
+bool isArchiveName(std::string_view name) { return endsWith(name, ".ifczip") || endsWith(name, ".zip"); }
 
 std::optional<std::string> readArchive(const std::string& file, const std::function<void(std::string_view)>& say) {
     const File input = openInput(file);
@@ -256,4 +256,4 @@ void writeArchive(const std::string& target, std::string_view text) {
         failToWrite(target, pending);
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -5,9 +5,9 @@
 #include <string_view>
 
 // Exchange files in ZIP archives (ifcZIP).
-namespace vnifc {
+namespace vnifc::tool {
 
-/// True for names that end in .ifczip, in any case.
+/// True for names that end in .ifczip or .zip, in any case.
 bool isArchiveName(std::string_view name);
 
 /// The exchange file in an archive; nothing when the file is no archive, whatever its name. "-" is standard input;
@@ -22,4 +22,4 @@ std::optional<std::string> readArchive(const std::string& file, const std::funct
 /// Writes an archive that holds this text as an exchange file. Throws Failure; an existing file is then as it was.
 void writeArchive(const std::string& target, std::string_view text);
 
-} // namespace vnifc
+} // namespace vnifc::tool

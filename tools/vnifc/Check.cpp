@@ -11,7 +11,7 @@
 #include <map>
 #include <utility>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -122,9 +122,9 @@ ExitCode check(const ReadFlags& flags, const CheckOptions& options) {
             report.add(finding);
     };
     const LoadedFile file(flags, {.inverses = true, .places = true, .strict = true, .diagnostics = reading});
-    VnIfcCheck(file.model(), sink).run();
+    VnIfcCheck(file.model(), sink).run(flags.threads);
     report.end();
     return report.hasErrors() ? kErrorsInFile : kSuccess;
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -7,14 +7,15 @@
 #include <string>
 #include <vector>
 
-namespace vnifc {
+namespace vnifc::tool {
 
-/// What the process answers.
+/// The exit code of the process.
 enum ExitCode : int {
     kSuccess = 0,
     kErrorsInFile = 1, ///< the file was read, with diagnostics of severity error
     kWrongUse = 2,
     kFileFailure = 3, ///< something could not be read or written
+    kNotThere = 4,    ///< an instance or entity that was named does not exist
 };
 
 /// Ends a command: main prints the message and returns the exit code.
@@ -27,7 +28,7 @@ private:
     ExitCode m_exitCode;
 };
 
-/// What every command that reads a file is told.
+/// The options of every command that reads a file.
 struct ReadFlags {
     std::string file;     ///< "-" is standard input
     unsigned threads = 0; ///< 0: as many as the machine has
@@ -48,20 +49,20 @@ struct Changes {
     std::vector<std::string> unset; ///< "#12.Name"
 };
 
-/// How findings are told.
+/// How findings are printed.
 struct CheckOptions {
-    VN_SDAI::VnIfcDiagnostic::Severity level = VN_SDAI::VnIfcDiagnostic::kInfo; ///< the least that is told
-    std::uint64_t limit = 0; ///< of each kind at most so many are told; 0 for all
+    VN_SDAI::VnIfcDiagnostic::Severity level = VN_SDAI::VnIfcDiagnostic::kInfo; ///< the least severe that is printed
+    std::uint64_t limit = 0; ///< at most so many of each kind are printed; 0 for all
     bool json = false;
 };
 
-/// How a conversion is told of.
+/// How a conversion is reported.
 struct ConvertFlags {
     std::uint64_t limit = 0; ///< of each kind of loss at most so many are said; 0 for all
     bool json = false;       ///< the summary as JSON on standard output
 };
 
-// The commands, one per file of the same name. Data goes to standard output, messages to standard error. They answer an
+// The commands, one per file of the same name. Data goes to standard output, messages to standard error. They return an
 // exit code and throw Failure.
 
 ExitCode info(const ReadFlags& flags, bool json);
@@ -90,4 +91,4 @@ ExitCode schema(const std::string& release, const std::string& name, bool json);
 /// "vnifc 0.1.0", and a line for each release: whether its module is installed.
 std::string versionText();
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -9,7 +9,7 @@
 #include <map>
 #include <tuple>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -118,4 +118,4 @@ ExitCode convertFile(const ReadFlags& flags, const std::string& target, const st
     return kSuccess;
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -11,7 +11,7 @@
 
 #include <stdexcept>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 using Json = nlohmann::ordered_json;
@@ -111,4 +111,4 @@ Json recordOf(const VnIfcEntityType& entity) {
     return json;
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

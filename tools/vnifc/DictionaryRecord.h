@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 /// The schema's version: "4.3".
 std::string versionOf(const VN_SDAI::VnIfcSchema& schema);
@@ -14,4 +14,4 @@ std::string versionOf(const VN_SDAI::VnIfcSchema& schema);
 nlohmann::ordered_json recordOf(const VN_SDAI::VnIfcDefinedType& type);
 nlohmann::ordered_json recordOf(const VN_SDAI::VnIfcEntityType& entity);
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -9,7 +9,7 @@
 
 #include <set>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -18,7 +18,7 @@ namespace {
 /// Changes a model as a user asks for it, and says what cannot be done.
 class Editor {
 public:
-    Editor(const VnIfcModel& model, bool quiet) noexcept : m_model(model), m_quiet(quiet) {}
+    Editor(const LoadedFile& file, bool quiet) noexcept : m_file(file), m_quiet(quiet) {}
 
     /// "#12.Name=Some name".
     void set(std::string_view change) {
@@ -41,7 +41,7 @@ private:
     template <class Change>
     void attempt(std::string_view place, Change change) try {
         const std::size_t dot = place.find('.');
-        VnIfcEntityBase& instance = instanceAt(m_model, place.substr(0, dot));
+        VnIfcEntityBase& instance = instanceAt(m_file.model(), place.substr(0, dot));
         const std::string_view name = dot == place.npos ? "" : place.substr(dot + 1);
         const VnIfcEntityType* type = instance.getInstanceType();
         const Attribute* attribute = type ? findAttribute(*type, name) : nullptr;
@@ -51,6 +51,10 @@ private:
             return refuse(fmt::format("{} is derived from other attributes", placeOf(instance, *attribute)));
         if (instance.isBeyondFile(attribute->position))
             return refuse(fmt::format("{}: the file is of another release, whose instances have no such parameter",
+                                      placeOf(instance, *attribute)));
+        if (m_file.hasUnclearList(instance.objectId().number()))
+            return refuse(fmt::format("{}: the instance's parameter list is broken or too long in the file, so that "
+                                      "its value may stand elsewhere in what is kept as text",
                                       placeOf(instance, *attribute)));
         if (!m_changed.insert({instance.objectId().number(), attribute->position}).second)
             return refuse(fmt::format("{} is to be changed twice", placeOf(instance, *attribute)));
@@ -71,7 +75,7 @@ private:
         say(reason);
     }
 
-    const VnIfcModel& m_model;
+    const LoadedFile& m_file;
     bool m_quiet;
     std::set<std::pair<std::uint64_t, unsigned>> m_changed;
     unsigned m_refused = 0;
@@ -80,8 +84,8 @@ private:
 } // namespace
 
 ExitCode edit(const ReadFlags& flags, const std::string& target, const Changes& changes) {
-    const LoadedFile file(flags);
-    Editor editor(file.model(), flags.quiet);
+    const LoadedFile file(flags, {.unclearLists = true});
+    Editor editor(file, flags.quiet);
     for (const std::string& change : changes.set)
         editor.set(change);
     for (const std::string& place : changes.unset)
@@ -94,4 +98,4 @@ ExitCode edit(const ReadFlags& flags, const std::string& target, const Changes& 
     return file.exitCode();
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

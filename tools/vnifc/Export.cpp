@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -25,4 +25,4 @@ ExitCode exportInstances(const ReadFlags& flags, const std::vector<std::string>&
     return file.exitCode();
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -9,7 +9,7 @@
 
 #include <algorithm>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -90,4 +90,4 @@ ExitCode find(const ReadFlags& flags, const FindQuery& query, bool json) {
     return file.exitCode();
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -8,7 +8,7 @@
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 namespace {
 
@@ -91,4 +91,4 @@ ExitCode info(const ReadFlags& flags, bool json) {
     return file.exitCode();
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -15,7 +15,7 @@
 #include <charconv>
 #include <unordered_map>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -112,7 +112,7 @@ VnIfcEntityBase& instanceAt(const VnIfcModel& model, std::string_view address) {
         handle = model.findByGlobalId(address);
     if (VnIfcEntityBase* instance = handle.openObject())
         return *instance;
-    throw Failure(kWrongUse, fmt::format("there is no instance {}", address));
+    throw Failure(kNotThere, fmt::format("there is no instance {}", address));
 }
 
 EntityFilter::EntityFilter(const VnIfcModel& model, const std::string& entity, bool withSubtypes)
@@ -121,7 +121,7 @@ EntityFilter::EntityFilter(const VnIfcModel& model, const std::string& entity, b
     if (!isKnown)
         model.forEach([&](const VnIfcEntityBase& each) { isKnown = isKnown || matches(each); });
     if (!isKnown)
-        throw Failure(kWrongUse, fmt::format("neither {} nor the file has an entity \"{}\"",
+        throw Failure(kNotThere, fmt::format("neither {} nor the file has an entity \"{}\"",
                                              model.schema()->name().constStr(), entity));
 }
 
@@ -173,4 +173,4 @@ void writeInstance(JsonWriter& json, const VnIfcEntityBase& instance, InstanceDe
     json.endObject();
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

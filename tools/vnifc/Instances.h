@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 /// An explicit attribute as instances of one entity have it.
 struct Attribute {
@@ -65,4 +65,4 @@ struct InstanceDetail {
 /// it, if there is such; of one without a class, the text of its parameters.
 void writeInstance(JsonWriter& json, const VN_SDAI::VnIfcEntityBase& instance, InstanceDetail detail = {});
 
-} // namespace vnifc
+} // namespace vnifc::tool

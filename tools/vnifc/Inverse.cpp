@@ -6,7 +6,7 @@
 
 #include <unordered_map>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -68,4 +68,4 @@ void writeInverses(JsonWriter& json, const VnIfcEntityBase& instance, bool descr
     json.endObject();
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

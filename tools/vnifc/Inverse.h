@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using Instances = std::vector<const VN_SDAI::VnIfcEntityBase*>;
 
@@ -21,4 +21,4 @@ std::vector<std::pair<const VN_SDAI::VnAnsiString*, Instances>> inversesOf(const
 /// Writes the same as an object: numbers by attribute, or with `describe` references with keyword and name.
 void writeInverses(JsonWriter& json, const VN_SDAI::VnIfcEntityBase& instance, bool describe = false);
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <string>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 namespace {
 
@@ -79,4 +79,4 @@ void JsonWriter::escaped(unsigned char character) {
     m_output.put(kDigits[character & 15]);
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 /// Writes JSON (RFC 8259) as it comes, without a document in memory. The caller takes care that what is begun is ended.
 class JsonWriter {
@@ -60,4 +60,4 @@ private:
     bool m_follows = false; ///< a value precedes, so that a comma is due
 };
 
-} // namespace vnifc
+} // namespace vnifc::tool

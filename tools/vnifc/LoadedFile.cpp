@@ -6,10 +6,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <chrono>
 #include <vector>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -17,6 +18,9 @@ namespace {
 
 // A broken file can bring as many diagnostics as it has values; beyond a screenful nobody reads them.
 constexpr std::uint64_t kPrinted = 20;
+
+constexpr std::string_view kUnclearLists[] = {"behind-list", "missing-comma", "open-string", "too-many-parameters",
+                                              "unclosed-list"};
 
 std::string counted(std::uint64_t count, const char* noun) {
     return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
@@ -41,7 +45,7 @@ LoadedFile::LoadedFile(const ReadFlags& flags, const ReadNeeds& needs) {
         options.release = releaseNamed(flags.release).name;
     options.diagnostics = [&](const VnIfcDiagnostic& diagnostic) {
         progress.clear();
-        note(diagnostic, flags.quiet || needs.diagnostics);
+        note(diagnostic, flags.quiet || needs.diagnostics, needs.unclearLists);
         if (needs.diagnostics)
             needs.diagnostics(diagnostic);
     };
@@ -65,8 +69,10 @@ LoadedFile::LoadedFile(const ReadFlags& flags, const ReadNeeds& needs) {
         say(fmt::format("... and {} more", m_diagnosticCount - kPrinted));
 }
 
-void LoadedFile::note(const VnIfcDiagnostic& diagnostic, bool quiet) {
+void LoadedFile::note(const VnIfcDiagnostic& diagnostic, bool quiet, bool noteUnclearLists) {
     ++m_countByCode[diagnostic.code];
+    if (noteUnclearLists && std::ranges::find(kUnclearLists, diagnostic.code) != std::end(kUnclearLists))
+        m_unclearLists.insert(diagnostic.instance);
     if (++m_diagnosticCount <= kPrinted && !quiet)
         say(diagnostic.text());
 }
@@ -81,4 +87,4 @@ std::string LoadedFile::findings() const {
     return fmt::format("{} ({})", text, fmt::join(kinds, ", "));
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 std::string printable(std::string_view text) {
     std::string result(text);
@@ -22,4 +22,4 @@ std::string printable(std::string_view text) {
 
 void say(std::string_view line) { std::fputs((printable(line) + '\n').c_str(), stderr); }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 void Output::put(std::string_view text) {
     while (!text.empty()) {
@@ -29,4 +29,4 @@ void writeToStandardOutput(std::string_view text) {
         throw Failure(kFileFailure, "cannot write standard output");
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

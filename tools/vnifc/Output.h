@@ -3,7 +3,7 @@
 #include <functional>
 #include <string_view>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 /// Text on its way out. Goes through a buffer of fixed size, so that memory does not grow with it.
 class Output {
@@ -33,4 +33,4 @@ private:
 /// Takes text to standard output; throws Failure when that cannot be written.
 void writeToStandardOutput(std::string_view text);
 
-} // namespace vnifc
+} // namespace vnifc::tool

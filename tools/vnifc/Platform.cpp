@@ -12,7 +12,7 @@
 #include <unistd.h>
 #endif
 
-namespace vnifc {
+namespace vnifc::tool {
 
 #if defined(_WIN32)
 
@@ -82,4 +82,4 @@ bool pipeBeginsWith(char) noexcept { return false; }
 
 #endif
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -2,7 +2,7 @@
 #include <cstdint>
 #include <cstdio>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 /// The most memory that the process has occupied so far, in bytes; 0 where the system does not tell.
 std::uint64_t peakMemory() noexcept;
@@ -21,4 +21,4 @@ bool seekIn(std::FILE* file, std::int64_t offset, int origin) noexcept;
 /// does not tell.
 bool pipeBeginsWith(char byte) noexcept;
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <unordered_map>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -36,4 +36,4 @@ std::uint64_t total(const Population::Counts& counts) noexcept {
     return sum;
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 /// How many instances a model has of what.
 struct Population {
@@ -25,4 +25,4 @@ std::vector<std::pair<std::string, std::uint64_t>> byFrequency(const Population:
 /// The sum of all counts.
 std::uint64_t total(const Population::Counts& counts) noexcept;
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -7,7 +7,7 @@
 
 #include <cstdio>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 namespace {
 
@@ -41,4 +41,4 @@ void Progress::clear() noexcept {
     std::fputs("\r\x1b[K", stderr);
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

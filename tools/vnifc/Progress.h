@@ -4,7 +4,7 @@
 #include <chrono>
 #include <string>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 /// A line on standard error that says how far an operation has come: only on a terminal, and only when the operation
 /// lasts longer than half a second. It vanishes when it is cleared.
@@ -28,4 +28,4 @@ private:
     int m_percentage = -1; ///< that is shown; -1 for none
 };
 
-} // namespace vnifc
+} // namespace vnifc::tool

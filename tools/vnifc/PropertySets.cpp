@@ -12,7 +12,7 @@
 #include <set>
 #include <unordered_set>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -154,12 +154,11 @@ PropertyValue Reader::valueIn(const VnIfcEntityBase& instance, const Attribute& 
 void Reader::markOverridden(const VnIfcEntityBase& object) {
     std::set<std::pair<std::string, std::string>> own;
     for (PropertySet& set : m_sets)
-        for (Property& property : set.properties) {
+        for (Property& property : set.properties)
             if (set.owner == &object)
                 own.emplace(nameOf(*set.instance), property.name);
             else
                 property.isOverridden = own.contains({nameOf(*set.instance), property.name});
-        }
 }
 
 } // namespace
@@ -168,4 +167,4 @@ std::vector<PropertySet> propertySetsOf(const VnIfcModel& model, const VnIfcEnti
     return Reader(model).read(object);
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

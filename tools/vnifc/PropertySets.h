@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 /// One of the values of a property: most have one, a bounded value three.
 struct PropertyValue {
@@ -35,4 +35,4 @@ struct PropertySet {
 /// one. Valid as long as the model.
 std::vector<PropertySet> propertySetsOf(const VN_SDAI::VnIfcModel& model, const VN_SDAI::VnIfcEntityBase& object);
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -9,7 +9,7 @@
 
 #include <algorithm>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -185,4 +185,4 @@ ExitCode props(const ReadFlags& flags, const std::string& address, bool json) {
     return file.exitCode();
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

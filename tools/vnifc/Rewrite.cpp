@@ -7,7 +7,7 @@
 
 #include <chrono>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -39,4 +39,4 @@ ExitCode rewrite(const ReadFlags& flags, const std::string& target) {
     return file.exitCode();
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -1,13 +1,14 @@
 #include "Commands.h"
 #include "DictionaryRecord.h"
 #include "LoadedFile.h"
+#include "Values.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <map>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 using Json = nlohmann::ordered_json;
@@ -45,6 +46,16 @@ void printDictionary(const VnIfcSchema& schema) {
 
 std::string string(const Json& value) { return value.get<std::string>(); }
 
+/// The dictionary has its names in several forms; people get one, that of the keywords of a file. A type's name ends in
+/// that of its innermost element.
+std::string inOneForm(std::string_view type) {
+    const std::size_t name = type.rfind(' ') + 1;
+    const bool isOwn = VnAnsiString("Ifc").compareNoCase(type.substr(name).substr(0, 3)) == 0;
+    return isOwn ? std::string(type.substr(0, name)) + upperCase(type.substr(name)) : std::string(type);
+}
+
+std::string nameIn(const Json& value) { return inOneForm(string(value)); }
+
 std::string joined(const Json& names) {
     return fmt::format("{}", fmt::join(names.get<std::vector<std::string>>(), "\n  "));
 }
@@ -54,17 +65,21 @@ std::string bounds(const Json& record) {
     return fmt::format("[{}:{}]", bound(record["lower"]), bound(record["upper"]));
 }
 
+/// A redeclared attribute under the name that it has above.
+std::string nameOf(const Json& attribute) {
+    const bool isRedeclared = attribute.contains("redeclares") && !attribute["redeclares"].is_null();
+    return string(attribute[isRedeclared ? "redeclares" : "name"]);
+}
+
 std::string typeText(const Json& attribute) {
     const std::string kind = string(attribute["kind"]);
     if (kind == "explicit")
-        return (attribute["optional"].get<bool>() ? "OPTIONAL " : "") + string(attribute["type"]);
-    if (kind == "derived") {
-        const Json& redeclares = attribute["redeclares"];
-        return string(attribute["type"]) +
-               (redeclares.is_null() ? " (derived)" : fmt::format(" (derived, redeclares {})", string(redeclares)));
-    }
+        return (attribute["optional"].get<bool>() ? "OPTIONAL " : "") + nameIn(attribute["type"]);
+    if (kind == "derived")
+        return nameIn(attribute["type"]) +
+               (attribute["redeclares"].is_null() ? " (derived)" : " (derived, redeclared)");
     const std::string many = attribute["lower"].is_null() ? "" : fmt::format("set {} of ", bounds(attribute));
-    return fmt::format("{}{} for {}", many, string(attribute["entity"]), string(attribute["attribute"]));
+    return fmt::format("{}{} for {}", many, nameIn(attribute["entity"]), string(attribute["attribute"]));
 }
 
 void printAttributes(const VnIfcEntityType& entity) {
@@ -75,7 +90,7 @@ void printAttributes(const VnIfcEntityType& entity) {
         return;
     fmt::print("attributes of {}\n", string(record["name"]));
     for (const Json& attribute : record["attributes"])
-        fmt::print("  {}: {}\n", string(attribute["name"]), typeText(attribute));
+        fmt::print("  {}: {}\n", nameOf(attribute), typeText(attribute));
 }
 
 void printEntity(const VnIfcEntityType& entity) {
@@ -93,15 +108,15 @@ void printEntity(const VnIfcEntityType& entity) {
 void printType(const VnIfcDefinedType& type) {
     const Json record = recordOf(type);
     const std::string kind = string(record["kind"]);
-    fmt::print("{} {}\n", kind, string(record["name"]));
+    fmt::print("{} {}\n", kind, nameIn(record["name"]));
     if (kind == "defined")
-        fmt::print("  {}\n", string(record["underlying"]));
+        fmt::print("  {}\n", nameIn(record["underlying"]));
     else if (kind == "enumeration")
         fmt::print("  {}\n", joined(record["literals"]));
     else if (kind == "select")
         fmt::print("  {}\n", joined(record["members"]));
     else if (kind == "aggregation")
-        fmt::print("  {} {} of {}\n", string(record["aggregation"]), bounds(record), string(record["element"]));
+        fmt::print("  {} {} of {}\n", string(record["aggregation"]), bounds(record), nameIn(record["element"]));
     else
         fmt::print("  width {}{}\n", record["width"].dump(), record["fixed"].get<bool>() ? ", fixed" : "");
 }
@@ -113,7 +128,7 @@ void printOverview(const VnIfcSchema& schema) {
     for (const Dictionary::Entry& entry : schema.namedTypes()) {
         const std::string kind = string(recordOfEntry(*entry.instance)["kind"]);
         ++counts[kind];
-        lines += fmt::format("{:<12} {}\n", kind, entry.name.constStr());
+        lines += fmt::format("{:<12} {}\n", kind, inOneForm(entry.name));
     }
     for (const Dictionary::Entry& entry : schema.entities())
         lines += fmt::format("{:<12} {}\n", "entity", entry.name.constStr());
@@ -146,4 +161,4 @@ ExitCode schema(const std::string& release, const std::string& name, bool json) 
     return kSuccess;
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

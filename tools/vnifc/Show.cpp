@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -35,6 +35,9 @@ void printWords(const VnIfcEntityBase& instance) {
         fmt::print("{:<{}}  {}{}\n", attribute.name->constStr(), width, words,
                    keptWords(instance.keptText(attribute.position)));
     }
+    const auto kept = instance.keptTexts();
+    if (!kept.empty() && kept.back().first >= attributesOf(*type).size())
+        fmt::print("kept as text after the last attribute: {}\n", printable(kept.back().second));
 }
 
 /// A line for each instance that refers to this one.
@@ -65,4 +68,4 @@ ExitCode show(const ReadFlags& flags, const std::string& address, bool json, boo
     return file.exitCode();
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

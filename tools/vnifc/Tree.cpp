@@ -12,7 +12,7 @@
 #include <limits>
 #include <unordered_set>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -114,7 +114,7 @@ void Structure::addAllBelow(const VnIfcEntityBase& root) {
     }
 }
 
-/// Makes an instance a node or counts it in the node that it belongs to; answers the node that its parts belong to.
+/// Makes an instance a node or counts it in the node that it belongs to; returns the node that its parts belong to.
 std::size_t Structure::place(const Pending& pending) {
     const bool isRoot = pending.parent == kNoParent;
     const unsigned level = isRoot ? 0 : m_nodes[pending.parent].level + 1;
@@ -200,6 +200,8 @@ void printJson(const Structure& structure) {
     endDownTo(0);
     json.endArray();
     writeCounts(json, "outside", structure.outside());
+    json.key("repeated");
+    json.number(structure.repeated());
     json.endObject();
     json.newLine();
     output.flush();
@@ -212,9 +214,9 @@ ExitCode tree(const ReadFlags& flags, std::optional<unsigned> depth, bool json) 
     const Structure structure(file.model(), depth.value_or(std::numeric_limits<unsigned>::max()));
     (json ? printJson : printText)(structure);
     if (structure.repeated() > 0 && !flags.quiet)
-        say(fmt::format("{} times an instance belongs to more than one whole; it is counted in the first only",
+        say(fmt::format("{} more places of instances that belong to several wholes; each is counted in the first only",
                         structure.repeated()));
     return file.exitCode();
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

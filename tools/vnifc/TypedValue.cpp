@@ -18,7 +18,7 @@
 
 #include <algorithm>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -82,7 +82,7 @@ class ParameterReader final : public VnSpfFilerBase {
 public:
     explicit ParameterReader(const VnIfcModel& model) noexcept : m_model(model) {}
 
-    /// False when the text is not one value of the attribute at that position; problem() and missing() tell why.
+    /// False when the text is not one value of the attribute at that position; problem() and missing() say why.
     bool read(VnIfcEntityBase& instance, unsigned position, std::string_view text) {
         m_wanted = position;
         std::string list;
@@ -239,4 +239,4 @@ void TypedValue::putInto(VnIfcEntityBase& instance) const {
         throw Failure(kWrongUse, fmt::format("{}: the value cannot be taken", placeOf(instance, m_attribute)));
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string_view>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 /// What a user typed for an attribute, converted to a value of it.
 ///
@@ -33,4 +33,4 @@ private:
 /// "#12 IFCWALL.Name", for messages.
 std::string placeOf(const VN_SDAI::VnIfcEntityBase& instance, const Attribute& attribute);
 
-} // namespace vnifc
+} // namespace vnifc::tool

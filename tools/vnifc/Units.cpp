@@ -9,7 +9,7 @@
 
 #include <charconv>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -106,4 +106,4 @@ const VnIfcEntityBase* ProjectUnits::find(std::string_view measure) const {
     return found == m_units.end() ? nullptr : found->second;
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

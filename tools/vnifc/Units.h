@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 /// The sign of a unit, or its name where it has none: "mm", "W/(m²·K)", "inch".
 std::string signOf(const VN_SDAI::VnIfcEntityBase& unit);
@@ -23,4 +23,4 @@ private:
     std::map<std::string, const VN_SDAI::VnIfcEntityBase*, std::less<>> m_units; ///< by kind: "LENGTHUNIT"
 };
 
-} // namespace vnifc
+} // namespace vnifc::tool

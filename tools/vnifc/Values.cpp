@@ -16,19 +16,11 @@
 #include <cmath>
 #include <vector>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
 namespace {
-
-/// The form of keywords.
-std::string upperCase(std::string_view name) {
-    std::string upper(name);
-    for (char& c : upper)
-        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
-    return upper;
-}
 
 /// One walk through one value.
 class Walk {
@@ -187,6 +179,13 @@ private:
 
 } // namespace
 
+std::string upperCase(std::string_view name) {
+    std::string upper(name);
+    for (char& c : upper)
+        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
+    return upper;
+}
+
 void visitValue(const VnIfcVariant& value, ValueVisitor& visitor, bool mayBeEmpty) {
     Walk walk(visitor);
     VnIfcVariant pointer;
@@ -245,4 +244,4 @@ std::string jsonOf(const VnIfcVariant& value) {
     return text;
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

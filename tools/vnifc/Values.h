@@ -8,9 +8,9 @@
 #include <string>
 #include <string_view>
 
-namespace vnifc {
+namespace vnifc::tool {
 
-/// Is told what a value is made of, part by part.
+/// Visits what a value is made of, part by part.
 class ValueVisitor {
 public:
     virtual ~ValueVisitor() = default;
@@ -26,7 +26,7 @@ public:
     virtual void literal(std::string_view) {}
     /// Never null; whether there is such an instance is another matter.
     virtual void reference(const VN_SDAI::VnDbObjectId&) {}
-    /// Answers how many of the elements it wants to be told.
+    /// Returns how many of the elements it wants to visit.
     virtual std::uint32_t beginList(std::uint32_t count) { return count; }
     virtual void endList() {}
     /// What a select holds other than an instance, with the name of its type.
@@ -37,6 +37,9 @@ public:
 /// Walks through a value of an attribute, of whatever kind that is. An aggregate without elements is an empty list
 /// where the attribute's type allows that, and unset where it does not.
 void visitValue(const VN_SDAI::VnIfcVariant& value, ValueVisitor& visitor, bool mayBeEmpty = false);
+
+/// The form of keywords.
+std::string upperCase(std::string_view name);
 
 /// Writes values as JSON.
 class JsonValues : public ValueVisitor {
@@ -79,4 +82,4 @@ std::string wordsOf(const VN_SDAI::VnIfcVariant& value, bool mayBeEmpty = false)
 /// A value as JSON text: equal for equal values, whatever the form in which a file gives them.
 std::string jsonOf(const VN_SDAI::VnIfcVariant& value);
 
-} // namespace vnifc
+} // namespace vnifc::tool

@@ -6,7 +6,7 @@
 
 #include <fmt/format.h>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -30,4 +30,4 @@ std::string versionText() {
     return text;
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

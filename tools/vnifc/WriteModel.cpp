@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 using namespace VN_SDAI;
 
@@ -32,4 +32,4 @@ std::uint64_t writeModel(const VnIfcModel& model, const std::string& target, con
     return result.bytes;
 }
 
-} // namespace vnifc
+} // namespace vnifc::tool

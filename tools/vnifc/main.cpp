@@ -1,9 +1,11 @@
+#include "Arguments.h"
 #include "Commands.h"
 #include "LoadedFile.h"
 #include "Messages.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
+#include <vnifc/Error.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -14,28 +16,9 @@
 #include <string>
 #include <vector>
 
-namespace vnifc {
+namespace vnifc::tool {
 
 namespace {
-
-/// What the command line asks for.
-using Task = std::function<ExitCode()>;
-
-void addReleaseOption(CLI::App& command, std::string& release, const std::string& description) {
-    std::vector<std::string_view> names;
-    for (const VN_SDAI::VnIfcRelease& each : VN_SDAI::vnIfcReleases())
-        names.push_back(each.name);
-    command.add_option("--schema", release, fmt::format("{} ({})", description, fmt::join(names, ", ")))
-        ->option_text("NAME");
-}
-
-void addReadFlags(CLI::App& command, ReadFlags& flags) {
-    command.add_option("FILE", flags.file, "exchange file; - is standard input")->required();
-    command.add_option("--threads", flags.threads, "number of threads; as many as the machine has by default")
-        ->check(CLI::Range(1, 256));
-    command.add_flag("--quiet", flags.quiet, "print no diagnostics");
-    addReleaseOption(command, flags.release, "release whose classes are taken; by default the one that the file names");
-}
 
 void addInfo(CLI::App& app, Task& task) {
     struct Options : ReadFlags {
@@ -108,44 +91,6 @@ void addProps(CLI::App& app, Task& task) {
     command->add_flag("--json", options->json, "print one JSON object");
     command->callback(
         [&task, options] { task = [options] { return props(*options, options->address, options->json); }; });
-}
-
-void addFind(CLI::App& app, Task& task) {
-    struct Options : ReadFlags, FindQuery {
-        bool json = false;
-    };
-    const auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("find", "List the instances of an entity and its subtypes");
-    command->footer(
-        "VALUE may be given as in a file, or as plain text; $ stands for no value.\n"
-        "Example:\n  vnifc find house.ifc IfcWall --where 'Name=North wall' --where PredefinedType=SOLIDWALL");
-    addReadFlags(*command, *options);
-    command->add_option("ENTITY", options->entity, "an entity, in any case")->required();
-    command->add_flag("--exact", options->exact, "no instances of subtypes");
-    command->add_option("--where", options->conditions, "NAME=VALUE, which an attribute must have; repeatable")
-        ->allow_extra_args(false);
-    command->add_flag("--json", options->json, "print one JSON object a line, as export does");
-    command->callback([&task, options] { task = [options] { return find(*options, *options, options->json); }; });
-}
-
-void addExport(CLI::App& app, Task& task) {
-    struct Options : ReadFlags {
-        std::string format = "ndjson";
-        std::vector<std::string> types;
-        bool inverses = false;
-    };
-    const auto options = std::make_shared<Options>();
-    CLI::App* command = app.add_subcommand("export", "Print all instances as JSON, one object a line");
-    command->footer("Example:\n  vnifc export house.ifc --type IfcWall --type IfcSlab");
-    addReadFlags(*command, *options);
-    command->add_option("--format", options->format, "ndjson: one JSON object a line")
-        ->check(CLI::IsMember({"ndjson"}));
-    command->add_option("--type", options->types, "only instances of this entity and its subtypes; repeatable")
-        ->allow_extra_args(false);
-    command->add_flag("--inverse", options->inverses, "inverse attributes too, as lists of numbers");
-    command->callback([&task, options] {
-        task = [options] { return exportInstances(*options, options->types, options->inverses); };
-    });
 }
 
 void addEdit(CLI::App& app, Task& task) {
@@ -241,21 +186,22 @@ int run(int argc, char** argv) {
     Task task;
     CLI::App app("vnifc reads, shows and writes IFC files (ISO 16739) in the exchange format of ISO 10303-21.",
                  "vnifc");
-    app.footer("Exit codes: 0 success, 1 errors in a file, 2 wrong use, 3 something cannot be read or written\n"
+    app.footer("Exit codes: 0 success, 1 errors in a file, 2 wrong use, 3 something cannot be read or written,\n"
+               "4 an instance or entity that was named does not exist; of diff 1 means different\n"
                "Example:\n  vnifc info house.ifc");
     app.set_version_flag("--version", versionText, "Print the version, and which releases are installed");
     app.require_subcommand(1);
     addInfo(app, task);
     addRewrite(app, task);
     addShow(app, task);
-    addFind(app, task);
     addTree(app, task);
     addProps(app, task);
-    addExport(app, task);
     addEdit(app, task);
     addCheck(app, task);
     addConvert(app, task);
     addSchema(app, task);
+    addSelectingCommands(app, task);
+    addWholeModelCommands(app, task);
     std::vector<std::string> arguments(argv + 1, argv + argc);
     completeCommand(app, arguments);
     std::ranges::reverse(arguments); // as the parser wants them
@@ -269,20 +215,26 @@ int run(int argc, char** argv) {
 
 } // namespace
 
-} // namespace vnifc
+} // namespace vnifc::tool
 
 int main(int argc, char** argv) {
     try {
-        const int exitCode = vnifc::run(argc, argv);
+        const int exitCode = vnifc::tool::run(argc, argv);
         // A full disk may not show before the last of the output goes there.
         if (std::fflush(stdout) == 0 && !std::ferror(stdout))
             return exitCode;
-        vnifc::say("vnifc: cannot write standard output");
-    } catch (const vnifc::Failure& failure) {
-        vnifc::say(std::string("vnifc: ") + failure.what());
+        vnifc::tool::say("vnifc: cannot write standard output");
+    } catch (const vnifc::tool::Failure& failure) {
+        vnifc::tool::say(std::string("vnifc: ") + failure.what());
         return failure.exitCode();
+    } catch (const vnifc::SelectorError& error) {
+        vnifc::tool::say(std::string("vnifc: ") + error.what());
+        return error.namesNothing() ? vnifc::tool::kNotThere : vnifc::tool::kWrongUse;
+    } catch (const vnifc::NotFound& error) {
+        vnifc::tool::say(std::string("vnifc: ") + error.what());
+        return vnifc::tool::kNotThere;
     } catch (const std::exception& error) {
-        vnifc::say(std::string("vnifc: ") + error.what());
+        vnifc::tool::say(std::string("vnifc: ") + error.what());
     }
-    return vnifc::kFileFailure;
+    return vnifc::tool::kFileFailure;
 }

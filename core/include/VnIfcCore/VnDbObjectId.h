@@ -35,7 +35,7 @@ struct VnIfcInstanceSlot {
     VNIFC_API VnIfcModel* model() const noexcept;
 };
 
-/// Where the slots of dense numbers lie: on pages, each behind a head. Internal to the core.
+/// Where the slots of dense numbers lie: on pages that begin with a head. Internal to the core.
 struct VnIfcSlotPages {
     static constexpr std::size_t kPageSize = 16 * 1024;
     static constexpr std::size_t kHeadSize = 16;
@@ -58,8 +58,8 @@ struct VnIfcSlotPages {
 /// Handle of an instance inside a model (ISO 10303-22, application instance identifier). A value of one pointer; never
 /// owns. Handles are ordered by instance number. A handle stays usable as long as its model lives; when its instance
 /// was erased or never defined, it opens to null. A handle belongs to its model: kept in an instance of another model
-/// it would be written as the number of a stranger. putAttr refuses it, typed setters do not look; writing tells and
-/// writes
+/// it would be written as the number of a stranger. putAttr refuses it, typed setters do not look; writing reports it
+/// and writes
 /// "$", and VnIfcCheck finds it.
 class VNIFC_API VnDbObjectId {
 public:

@@ -22,7 +22,7 @@ struct VnIfcAggrHead {
     std::uint32_t storage : 2 = static_cast<std::uint32_t>(VnStorage::kStatic);
 };
 
-/// What an aggregate front end points to: one block of memory made of this head and the elements behind it, or the
+/// What an aggregate front end points to: one block of memory made of this head and the elements after it, or the
 /// shared prototype of its class, to which every aggregate is bound as long as it is nil. Operations that need a
 /// larger block put the new one in `place`, the front end's pointer, and destroy the old one. A refused or failing
 /// operation changes nothing.
@@ -63,7 +63,7 @@ public:
 
     /// Where the elements start.
     const void* data() const noexcept {
-        // By way of a number: compilers take what lies behind the 16 bytes of this object for another object's.
+        // By way of a number: compilers take what lies after the 16 bytes of this object for another object's.
         return reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(this) + sizeof(VnIfcAggrImp));
     }
 
@@ -191,11 +191,10 @@ protected:
     /// Adds values behind the last element; there must be room for them.
     void take(std::span<const T> values, VnIfcTransfer how) {
         T* const end = elements() + count();
-        if (how == VnIfcTransfer::kMove) {
+        if (how == VnIfcTransfer::kMove)
             std::uninitialized_move_n(const_cast<T*>(values.data()), values.size(), end);
-        } else {
+        else
             std::uninitialized_copy_n(values.data(), values.size(), end);
-        }
         setCount(count() + values.size());
     }
     void replace(VnIfcAggrImp*& place, Block block) noexcept {

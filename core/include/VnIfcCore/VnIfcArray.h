@@ -31,11 +31,10 @@ struct VnIfcArrayMemCopyReallocator {
 template <class T>
 struct VnIfcArrayObjectCopyReallocator {
     static void relocate(T* to, T* from, std::size_t count) {
-        if constexpr (std::is_nothrow_move_constructible_v<T>) {
+        if constexpr (std::is_nothrow_move_constructible_v<T>)
             std::uninitialized_move_n(from, count, to);
-        } else {
+        else
             std::uninitialized_copy_n(from, count, to);
-        }
         std::destroy_n(from, count);
     }
 };

@@ -23,8 +23,9 @@ public:
     VnIfcCheck(const VnIfcCheck&) = delete;
     VnIfcCheck& operator=(const VnIfcCheck&) = delete;
 
-    /// Checks every instance.
-    void run();
+    /// Checks every instance, on several threads; 0: as many as the machine has. Findings do not depend on their number
+    /// and go to the sink on the calling thread.
+    void run(unsigned threads = 0);
     bool checksInverses() const noexcept { return m_inverses; }
     std::uint64_t errors() const noexcept { return m_errors; }
     std::uint64_t warnings() const noexcept { return m_warnings; }
@@ -37,20 +38,27 @@ public:
     /// Reports an instance whose values under a UNIQUE rule (ISO 10303-11, 9.2.2.1) another one has already. `rule`
     /// must be one object for all instances that it holds for.
     void unique(const VnIfcEntityBase& instance, const void* rule, std::string_view attributes, std::string values);
-    /// True when text that was kept as it came refers to the instance: nobody knows by which attribute.
+    /// True when text that was kept as it came refers to the instance: it is not known by which attribute.
     bool isNamedInText(const VnIfcEntityBase& instance);
     /// Reports faults of a text in the form of an exchange file (ISO 10303-21, 6.4.3).
     void text(const VnIfcEntityBase& instance, std::string_view attribute, std::string_view value);
 
 private:
     struct Seen;
+    struct Part;
+    class Run;
+
+    VnIfcCheck(const VnIfcCheck& whole, Part& part);
+    void emit(VnIfcDiagnostic diagnostic);
+    void reportEqual(const VnIfcEntityBase& instance, std::string_view attributes, std::uint64_t first);
 
     const VnIfcModel& m_model;
     VnIfcDiagnosticSink m_sink;
     bool m_inverses;
     std::uint64_t m_errors = 0;
     std::uint64_t m_warnings = 0;
-    std::unique_ptr<Seen> m_seen;
+    std::shared_ptr<Seen> m_seen;
+    Part* m_part = nullptr; // what is found goes there, until its turn has come
 };
 
 } // namespace VN_SDAI

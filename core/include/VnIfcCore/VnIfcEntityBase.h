@@ -13,6 +13,7 @@ namespace VN_SDAI {
 class VnIfcAttributeDefinition;
 class VnIfcCheck;
 class VnIfcGUID;
+class VnIfcInverseList;
 
 /// Base of every entity class: an instance's identity in its model and the operations that the core calls. One instance
 /// is used by one thread at a time.
@@ -72,8 +73,13 @@ public:
     virtual bool settleSelects();
     /// The globally unique identifier; null for classes that have none.
     virtual const VnIfcGUID* globalId() const noexcept;
-    /// Reports what is wrong with the instance's values.
+    /// Reports what is wrong with the instance's values. Instances of one model are checked on several threads at once.
     virtual void check(VnIfcCheck& check) const;
+    /// Adds to the list what setInverseCounterParts would enter; a model asks for it when several threads set inverse
+    /// attributes. False when the instance can only enter it itself.
+    virtual bool listInverseCounterParts(VnIfcInverseList& list) const;
+    /// Enters an entry of such a list of which this instance is the target.
+    virtual void enterInverse(const void* inverse, const VnDbObjectId& referrer);
 
     /// The instance's own handle; null outside of a model.
     VnDbObjectId objectId() const noexcept { return m_id; }
@@ -109,12 +115,12 @@ protected:
         return *this;
     }
 
-    /// To be told of every change of an attribute, so that a text kept from the file gives way to the new value.
+    /// To be called for every change of an attribute, so that a text kept from the file gives way to the new value.
     void touched(unsigned position) noexcept {
         if (!m_id.isNull() && m_id.slot()->has(VnIfcInstanceSlot::kHasKept))
             dropKept(position);
     }
-    /// To be told before a reference changes that inverse attributes may mirror, so that erasing finds what the
+    /// To be called before a reference changes that inverse attributes may mirror, so that erasing finds what the
     /// instance was entered into.
     void referenceChanges() {
         if (!m_id.isNull())

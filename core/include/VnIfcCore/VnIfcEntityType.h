@@ -47,7 +47,7 @@ public:
     VnIfcEntityBase* create() const { return m_factory(); }
     /// Adds the property objects of the entity's own attributes.
     void collectProperties(VnIfcPropertyCollection* collection) const { m_properties(collection, this); }
-    /// The property objects of the entity's own attributes, with `inherited` behind those of its supertypes from the
+    /// The property objects of the entity's own attributes, with `inherited` after those of its supertypes from the
     /// root down; a redeclared attribute stands once, in the place of the inherited one. Made anew by every call, so
     /// that the caller may keep it: ask once for an entity, not once for an instance. Include
     /// VnIfcPropertyCollection.h.

@@ -54,7 +54,7 @@ private:
 /// Reads an exchange file into a model of the release that its FILE_SCHEMA asks for (vnChooseRelease), whose module is
 /// loaded for that; the file is read once, so that it may be a pipe. A finding says which classes were taken where
 /// FILE_SCHEMA does not have the release's own name: a remark, or a warning when its entities differ, when it is not
-/// known, and when `options.release` insists on another release. The result tells when the file cannot be read and when
+/// known, and when `options.release` insists on another release. The result says when the file cannot be read and when
 /// the release is not known or not installed.
 VNIFC_API VnIfcFile vnOpenFile(const std::filesystem::path& path, const VnIfcOpenOptions& options = {});
 /// As vnOpenFile, from memory.

@@ -24,11 +24,10 @@ public:
     }
     /// Replaces the element at that index; any other index, also a negative one, appends.
     virtual VN::ErrorStatus putAt(VnIfcAggrImp*& place, std::int64_t index, const T& element) {
-        if (index < 0 || index >= count()) {
+        if (index < 0 || index >= count())
             this->insertAt(place, count(), element);
-        } else {
+        else
             this->elements()[index] = T(element);
-        }
         return VN::eOk;
     }
     VN::ErrorStatus removeAt(std::uint32_t) noexcept final { return VN::eRefused; }

@@ -14,7 +14,7 @@ namespace VN_SDAI {
 
 class VnIfcGUID;
 
-/// Told now and then how far a long operation has come, from 0 to 1; answering false cancels it.
+/// Called now and then with how far a long operation has come, from 0 to 1; returning false cancels it.
 using VnIfcProgress = std::function<bool(double)>;
 
 struct VnIfcReadOptions {
@@ -24,7 +24,7 @@ struct VnIfcReadOptions {
     bool inverses = true;  ///< set inverse attributes when the file has been read
     bool places = false;   ///< remember where each instance stands in the file
     bool strict = false;   ///< what contradicts standard or schema is an error, even where nothing is lost; mandatory
-                           ///< attributes that are unset are told of
+                           ///< attributes that are unset are reported
     std::string_view name; ///< how diagnostics call the input; empty: its path
     /// Bytes of text in which one thread looks for instances at a time; 0 leaves it to the reader. The result does not
     /// depend on it; tests make it small so that borders between pieces fall everywhere.
@@ -98,7 +98,7 @@ public:
     /// Null when that holds for the source itself.
     VnDbObjectId copy(const VnDbObjectId& source);
     VnDbObjectId copy(const VnDbObjectId& source, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies);
-    /// As copy; tells what becomes of an instance whose schema is another one. Attributes go by name; those that the
+    /// As copy; reports what becomes of an instance whose schema is another one. Attributes go by name; those that the
     /// source does not have are unset ("mandatory" where this schema demands a value), those that the copy does not
     /// have are left out ("no-attribute"), and values that do not fit are kept as text, with the codes that reading
     /// has. `instance` in a finding is the copy.
@@ -134,13 +134,17 @@ public:
     std::vector<VnDbObjectId> instances() const;
     std::vector<VnDbObjectId> instancesOf(const VnIfcEntityType* type, bool withSubtypes = true) const;
 
+    /// The line of one instance, with kept text and without a line end: "#12=IFCWALL(...);". Empty for a handle that
+    /// opens to null.
+    std::string instanceText(const VnDbObjectId& handle) const;
     /// Line and column, from 1, of an instance in the file that it was read from; false when they are not known.
     bool place(const VnDbObjectId& handle, std::uint64_t& line, std::uint64_t& column) const noexcept;
 
-    /// Sets the inverse attributes of all instances: empties them, and enters every instance into those of the
-    /// instances that it refers to. Setters do not touch inverse attributes, so that they are to be set anew after
-    /// changes.
-    void setInverseCounterParts();
+    /// Sets the inverse attributes of all instances: empties them, and enters every instance, in ascending order of
+    /// numbers, into those of the instances that it refers to. Setters do not touch inverse attributes, so that they
+    /// are to be set anew after changes. Several threads ask instances for VnIfcEntityBase::listInverseCounterParts,
+    /// one alone for setInverseCounterParts; the result is the same. `threads` 0: as many as the machine has.
+    void setInverseCounterParts(unsigned threads = 0);
 
     /// Reads an exchange file (ISO 10303-21) into this model, which must be empty.
     VnIfcFileResult readFile(const std::filesystem::path& path, const VnIfcReadOptions& options = {});
@@ -148,7 +152,7 @@ public:
     VnIfcFileResult readText(std::string_view text, const VnIfcReadOptions& options = {});
     /// Writes the header and all instances in ascending order. The file is complete or, on failure, as it was before.
     VnIfcFileResult writeFile(const std::filesystem::path& path, const VnIfcWriteOptions& options = {}) const;
-    /// As writeFile, into memory. `result`, if given, tells what writeFile tells.
+    /// As writeFile, into memory. `result`, if given, receives what writeFile returns.
     std::string writeText(const VnIfcWriteOptions& options = {}, VnIfcFileResult* result = nullptr) const;
 
     struct Data;

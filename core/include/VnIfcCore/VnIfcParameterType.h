@@ -15,8 +15,8 @@ public:
     virtual void type(VnTypeCode* typeCode);
     /// The attached type code; null when there is none.
     const VnTypeCode* typeCode() const noexcept { return m_typeCode.get(); }
-    /// What kind of value the type describes; a defined type answers for the type beneath it, and kNone while that is
-    /// not resolved.
+    /// What kind of value the type describes; a defined type has the kind of the type beneath it, and kNone while that
+    /// is not resolved.
     virtual VnTypeCodeKind kind() const noexcept = 0;
 
 protected:

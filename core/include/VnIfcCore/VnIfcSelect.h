@@ -67,7 +67,7 @@ public:
     /// value is written "$".
     bool hasValue() const noexcept;
 
-    /// Takes an instance if it belongs to one of the members; otherwise the select is nulled and the answer is false.
+    /// Takes an instance if it belongs to one of the members; otherwise the select is nulled and the result is false.
     bool setHandle(const VnDbObjectId& handle);
     /// The instance held; null when none is.
     VnDbObjectId getHandle() const noexcept {
@@ -115,7 +115,7 @@ public:
         return static_cast<const VnIfcAggrOf<T>&>(*aggregate).items();
     }
 
-    // For the descriptors of select types. A null select answers false; a refused conversion leaves `result` as it was.
+    // For the descriptors of select types. A null select returns false; a refused conversion leaves `result` as it was.
 
     /// Prints the value: alone, or in the exchange form of a select (ISO 10303-21).
     static bool _subToString(VrString& text, const VnIfcSelect* select, StringFormat format);

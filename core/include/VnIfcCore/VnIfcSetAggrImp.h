@@ -43,9 +43,8 @@ public:
     }
     void assign(VnIfcAggrImp*& place, std::span<const T> values, VnIfcTransfer how) final {
         const auto outOfOrder = [](const T& left, const T& right) { return !vnElementLess(left, right); };
-        if (std::adjacent_find(values.begin(), values.end(), outOfOrder) == values.end()) {
+        if (std::adjacent_find(values.begin(), values.end(), outOfOrder) == values.end())
             return this->replace(place, this->blockOf(values, how));
-        }
         std::vector<const void*> order;
         order.reserve(values.size());
         for (const T& value : values)

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <new>
 #include <vector>
 
@@ -32,7 +33,19 @@ public:
     /// Bytes taken from the system.
     std::size_t capacity() const noexcept { return m_capacity; }
 
+    /// A place for a text that was made from this arena lately; its content is null, or a text of the same hash that
+    /// may well be the same. Nobody changes a text in place, so that many strings can stand on one copy.
+    const char*& recentText(std::uint32_t hash);
+    /// Forgets them; none is needed when a file has been read.
+    void forgetTexts() noexcept { m_texts.reset(); }
+
 private:
+    static constexpr std::size_t kTexts = 2048;
+    struct Text {
+        std::uint32_t hash = 0;
+        const char* text = nullptr;
+    };
+
     void* allocateSlow(std::size_t size);
     char* newChunk(std::size_t size);
 
@@ -44,6 +57,7 @@ private:
         std::size_t size;
     };
     std::vector<Chunk> m_chunks;
+    std::unique_ptr<Text[]> m_texts;
 };
 
 /// While it lives, instances, strings and aggregates made by this thread are taken from the arena.

@@ -17,7 +17,7 @@ namespace VN_SDAI {
 struct VnIfcDecodedText {
     enum class FaultKind : std::uint8_t {
         kDirective, ///< a backslash that begins no directive of a string
-        kDigits,    ///< hexadecimal digits missing or of a wrong number, or no `\X0\` behind them
+        kDigits,    ///< hexadecimal digits missing or of a wrong number, or no `\X0\` after them
         kCharacter, ///< a directive that names no character
         kBytes,     ///< bytes that are no UTF-8
     };
@@ -48,7 +48,7 @@ enum class VnIfcRawBytes : std::uint8_t {
 /// time.
 VNIFC_API VnIfcDecodedText vnDecodeText(std::string_view exchangeText, VnIfcRawBytes rawBytes = VnIfcRawBytes::kKeep);
 
-/// The same without a copy where there is nothing to decode: answers `exchangeText` itself or the contents of `buffer`,
+/// The same without a copy where there is nothing to decode: returns `exchangeText` itself or the contents of `buffer`,
 /// which it overwrites and in which `exchangeText` must not stand. Appends to `faults` when given; without them the
 /// common case costs one search for a backslash.
 VNIFC_API std::string_view vnDecodeText(std::string_view exchangeText, std::string& buffer,
@@ -60,7 +60,7 @@ VNIFC_API std::string_view vnDecodeText(std::string_view exchangeText, std::stri
 /// they are. Whatever the bytes, decoding gives them back. Linear time.
 VNIFC_API std::string vnEncodeText(std::string_view utf8);
 
-/// The same without a copy where there is nothing to encode: answers `utf8` itself or the contents of `buffer`, which
+/// The same without a copy where there is nothing to encode: returns `utf8` itself or the contents of `buffer`, which
 /// it overwrites.
 VNIFC_API std::string_view vnEncodeText(std::string_view utf8, std::string& buffer);
 

@@ -131,7 +131,7 @@ public:
     }
 
     /// Asks the descriptor of this value, then that of the target, to convert. False, and `result` as it was, when
-    /// neither can; true with a `result` of another type where a descriptor answers so.
+    /// neither can; true with a `result` of another type where a descriptor returns that.
     bool convertTo(const VnIfcVariantType& target, VnIfcVariant& result) const;
     /// The value, converted if need be; false, and `value` as it was, when that is not possible. Not for pointers: what
     /// a conversion points to is its result's.

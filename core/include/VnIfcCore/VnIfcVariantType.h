@@ -45,7 +45,7 @@ protected:
 };
 
 /// How a variant keeps payloads of a type whose bytes cannot simply be copied. Such payloads may be moved to another
-/// place by copying their bytes, if nobody uses the old place any more.
+/// place by copying their bytes, if nothing uses the old place any more.
 struct VnIfcVariantStorage {
     /// Makes a payload from a value of the type; null stands for its default value.
     void (*emplace)(const VnIfcVariantType& type, void* payload, const void* value);
@@ -74,7 +74,7 @@ VNIFC_API extern const VnIfcVariantStorage vnIfcHeapStorage;
 class VNIFC_API VnIfcVariantType {
 public:
     /// The descriptor of T: `static const VnIfcVariantType& value()`, thread-safe, and `static void release()`, which
-    /// takes it away so that the next value() makes a new one. Release only when nobody uses the descriptor any more.
+    /// takes it away so that the next value() makes a new one. Release only when nothing uses the descriptor any more.
     /// Defined for the types that the core or a schema module describes.
     template <class T>
     struct Desc;
@@ -94,7 +94,7 @@ public:
     virtual VnIfcObject* rxObjectValue() const noexcept { return m_rxObject; }
 
     // The sub-operations do the work for values of this type; the operations below them first see whether there is
-    // any. A conversion that is not possible answers false and leaves `result` as it was.
+    // any. A conversion that is not possible returns false and leaves `result` as it was.
 
     /// Compares two values of this type.
     virtual bool subEqualTo(const void* left, const void* right) const;

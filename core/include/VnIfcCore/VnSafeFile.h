@@ -14,7 +14,7 @@ namespace VN_SDAI {
 /// permissions of a file that is replaced stay.
 class VNIFC_API VnSafeFile {
 public:
-    /// Opens the file for writing and reading; error() tells when that fails.
+    /// Opens the file for writing and reading; error() says when that fails.
     explicit VnSafeFile(const std::filesystem::path& target);
     /// Takes the file away, unless it was committed.
     ~VnSafeFile();
@@ -28,7 +28,7 @@ public:
     /// Brings everything to disk and gives the file its name; false, and the target as it was, when that fails. The
     /// last operation on the file.
     bool commit();
-    /// Why an operation failed, as errno tells; 0 when none did.
+    /// Why an operation failed, as in errno; 0 when none did.
     int error() const noexcept { return m_error; }
 
 private:

@@ -26,6 +26,13 @@ enum class VnSpfProblem : std::uint8_t {
     kNotRead,    ///< a value that the schema library leaves unread by design
 };
 
+/// What was accepted although the file should have said it in another way.
+enum class VnSpfAccepted : std::uint8_t {
+    kBareElement,   ///< a bare value in place of a list of one
+    kEqualElements, ///< equal elements of a set, which holds each once
+    kEmptyForm,     ///< no elements as "$" where "()" would be written, or the other way round
+};
+
 /// Why a value could not be written as it is held.
 enum class VnSpfUnwritable : std::uint8_t {
     kForeignReference, ///< an instance of another model, whose number means another one here; "$" is written
@@ -34,8 +41,7 @@ enum class VnSpfUnwritable : std::uint8_t {
     kNoText,           ///< bytes that are no exchange text; they are written as they are
 };
 
-/// Position in the bytes of a parameter list. Behind the bytes there must be 64 NULs that are not part of them: whole
-/// vectors are read, up to the end of the one that holds the last byte.
+/// Position in the bytes of a parameter list, which NULs follow as kVnSpfPadding says.
 class VNIFC_API VnSpfReadHelper {
 public:
     /// Looks ahead: true, and the character consumed, when it is the next significant one.
@@ -67,7 +73,7 @@ private:
 
 /// Reads and writes the parameter list of one instance (ISO 10303-21, 12). The entity classes say which attribute comes
 /// next, the filer knows the characters. Two flags accompany most calls: `optional`, the attribute may be "$", and
-/// `separated`, a comma precedes the field. The reading calls answer whether a value was read; what cannot be read
+/// `separated`, a comma precedes the field. The reading calls return whether a value was read; what cannot be read
 /// leaves the argument unset, is reported, and the next call goes on with the next parameter.
 class VNIFC_API VnSpfFilerBase {
 public:
@@ -104,9 +110,9 @@ public:
     bool openAggregate(bool separated, bool isBinary, bool optional = true);
     /// Ends it; what could not be `read` does not fit.
     void closeAggregate(bool read);
-    /// Tells how an aggregate, which turned out to have no elements, will be written: the file may say it in the other
-    /// way.
-    void leaveEmpty(bool writtenAsUnset);
+    /// To be called for an aggregate that turned out to have no elements, with the form in which it will be written:
+    /// the file may have the other one.
+    void compareEmptyForm(bool writtenAsUnset);
 
     // Reading: elements of aggregates; "$" reads as the unset value
     bool rdPrimitive(double& value, bool separated);
@@ -117,13 +123,11 @@ public:
 
     /// Consumes the next significant character if it is this one.
     bool skipUntil(char character) { return m_helper.skipUntilRet(character); }
-    /// Moves behind the next such character of this parameter list; false when there is none.
+    /// Moves past the next such character of this parameter list; false when there is none.
     bool ignoreUntilComments(char character, bool);
     VnSpfReadHelper& helper() noexcept { return m_helper; }
-    /// Told by the field layer of what it accepted although it was not as it should be: (1, 2) is a bare value in place
-    /// of a list of one, (1, 3) are equal elements of a set, which holds each once, (1, 4) is no element in other
-    /// words.
-    virtual void notify(int what, int how);
+    /// Called by the field layer for what it accepted although it was not as it should be.
+    virtual void onAccepted(VnSpfAccepted what);
     /// The parameter at hand does not fit its attribute; its text is kept.
     void misfit(VnSpfProblem problem);
 
@@ -174,7 +178,7 @@ protected:
     /// Ends the list; true when everything was read. Otherwise [first, second) is what the list still holds, and
     /// `second` stands at its closing parenthesis, or at the end of the bytes where there is none.
     bool finishReading(const char*& surplusBegin, const char*& surplusEnd);
-    /// The text of the parameter at hand, up to the comma behind it.
+    /// The text of the parameter at hand, up to the comma after it.
     std::string_view parameterText() const noexcept;
     /// The text of its value: without what follows it where the comma was forgotten.
     std::string_view valueText() const noexcept;

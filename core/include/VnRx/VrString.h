@@ -9,7 +9,7 @@
 /// Bytes that are no valid UTF-8 are kept as they are, so that a text of unknown encoding passes through unharmed.
 class VNRX_API VrString {
 public:
-    /// What readCharacter answers for bytes that are no UTF-8.
+    /// What readCharacter returns for bytes that are no UTF-8.
     static constexpr char32_t kNoCharacter = 0xFFFFFFFF;
     /// U+FFFD, which stands for what cannot be converted.
     static constexpr char32_t kReplacement = 0xFFFD;
@@ -54,7 +54,7 @@ public:
     /// Order of the bytes, which for valid UTF-8 is the order of the characters' numbers.
     friend std::strong_ordering operator<=>(const VrString& left, const VrString& right) noexcept = default;
 
-    /// Reads the character that begins at `next`, which must be before `end`, and moves `next` behind it. Bytes that
+    /// Reads the character that begins at `next`, which must be before `end`, and moves `next` past it. Bytes that
     /// are no UTF-8 give kNoCharacter, and `next` moves over as many as could begin a character, at least one.
     static char32_t readCharacter(const char*& next, const char* end) noexcept;
     /// Appends a character in UTF-8; `character` must be a Unicode scalar value (see isCharacter).

@@ -11,7 +11,7 @@ VnIfcAggr& VnIfcAggr::operator=(const VnIfcAggr& other) {
 VnIfcAggr& VnIfcAggr::operator=(VnIfcAggr&& other) noexcept {
     if (this == &other)
         return *this;
-    VnIfcAggrImp* taken = std::exchange(other.m_imp, other.m_imp->prototype());
+    VnIfcAggrImp* taken = other.takeOut();
     replace(taken->isNil() ? m_imp->prototype() : m_imp->adopt(taken));
     return *this;
 }

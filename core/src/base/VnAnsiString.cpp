@@ -1,4 +1,5 @@
 #include <VnIfcCore/VnAnsiString.h>
+#include <VnIfcCore/VnAscii.h>
 
 #include <limits>
 #include <stdexcept>
@@ -7,9 +8,7 @@ namespace VN_SDAI {
 
 namespace {
 
-constexpr unsigned char lower(char c) noexcept {
-    return static_cast<unsigned char>(c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c);
-}
+constexpr unsigned char lower(char c) noexcept { return static_cast<unsigned char>(vnLower(c)); }
 
 char* newText(std::size_t length) {
     if (length > std::numeric_limits<std::uint32_t>::max())
@@ -22,14 +21,47 @@ char* newText(std::size_t length) {
     return text;
 }
 
+// Names, labels and units repeat in a file, longer texts rarely do.
+constexpr std::size_t kLongestShared = 64;
+
+/// Of texts that are short: by their ends and their length.
+std::uint32_t hashOf(std::string_view text) noexcept {
+    std::uint64_t first = 0, last = 0;
+    const std::size_t length = text.size();
+    if (length >= 8) {
+        std::memcpy(&first, text.data(), 8);
+        std::memcpy(&last, text.data() + length - 8, 8);
+    } else if (length >= 4) {
+        std::memcpy(&first, text.data(), 4);
+        std::memcpy(&last, text.data() + length - 4, 4);
+    } else {
+        for (const char c : text)
+            first = first << 8 | static_cast<unsigned char>(c);
+    }
+    const std::uint64_t mixed = (first + length) * 0x9E3779B97F4A7C15ull ^ last * 0xC2B2AE3D27D4EB4Full;
+    return static_cast<std::uint32_t>((mixed ^ mixed >> 29) * 0xBF58476D1CE4E5B9ull >> 32);
+}
+
+char* newCopy(std::string_view text) {
+    char* copy = newText(text.size());
+    std::memcpy(copy, text.data(), text.size());
+    return copy;
+}
+
 } // namespace
 
 const char* VnAnsiString::copyOf(std::string_view text) {
     if (text.empty())
         return VnEmptyText.text;
-    char* copy = newText(text.size());
-    std::memcpy(copy, text.data(), text.size());
-    return copy;
+    VnIfcArena* const arena = VnIfcArenaScope::current();
+    if (!arena || text.size() > kLongestShared)
+        return newCopy(text);
+    const char*& recent = arena->recentText(hashOf(text));
+    const bool isSame = recent && reinterpret_cast<const VnStringHead*>(recent)[-1].length == text.size() &&
+                        std::memcmp(recent, text.data(), text.size()) == 0;
+    if (!isSame)
+        recent = newCopy(text);
+    return recent;
 }
 
 char* VnAnsiString::allocate(std::size_t length) {

@@ -18,13 +18,12 @@ void VnIfcSelect::dropValue() noexcept {
 }
 
 void VnIfcSelect::copyValue(const VnIfcSelect& other) {
-    if (other.isText()) {
+    if (other.isText())
         new (&m_value.string) VnAnsiString(other.m_value.string);
-    } else if (other.m_kind == VnTypeCodeKind::kAggregation) {
+    else if (other.m_kind == VnTypeCodeKind::kAggregation)
         new (&m_value.aggregate) VnIfcAggr(other.m_value.aggregate);
-    } else {
+    else
         m_value.number = other.m_value.number;
-    }
     m_kind = other.m_kind;
 }
 

@@ -42,6 +42,15 @@ void* VnIfcArena::allocateSlow(std::size_t size) {
     return allocate(size);
 }
 
+const char*& VnIfcArena::recentText(std::uint32_t hash) {
+    if (!m_texts)
+        m_texts = std::make_unique<Text[]>(kTexts);
+    Text& place = m_texts[hash % kTexts];
+    if (place.hash != hash)
+        place = {hash, nullptr};
+    return place.text;
+}
+
 VnIfcArenaScope::VnIfcArenaScope(VnIfcArena& arena) noexcept : m_previous(currentArena) { currentArena = &arena; }
 
 VnIfcArenaScope::~VnIfcArenaScope() { currentArena = m_previous; }

@@ -93,7 +93,7 @@ char32_t hexNumber(std::string_view digits) noexcept {
     return number;
 }
 
-/// The character of UTF-16 in hexadecimal digits at `at`, which is moved behind it; a lone surrogate gives itself.
+/// The character of UTF-16 in hexadecimal digits at `at`, which is moved past it; a lone surrogate gives itself.
 char32_t utf16Character(std::string_view hex, std::size_t& at) noexcept {
     const char32_t high = hexNumber(hex.substr(at, 4));
     at += 4;
@@ -131,12 +131,11 @@ public:
 
     void run() {
         m_text.reserve(m_source.size());
-        while (!m_rest.empty()) {
+        while (!m_rest.empty())
             if (m_rest.front() == '\\')
                 readDirective();
             else
                 readBytes();
-        }
     }
 
 private:

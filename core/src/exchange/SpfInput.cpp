@@ -43,12 +43,12 @@ std::FILE* openForReading(const std::filesystem::path& path) {
 
 // Fresh pages are zeroed, so that the padding needs no writing.
 void SpfInput::copyFrom(std::string_view text) {
-    m_memory = PageMemory(text.size() + spf::kPadding);
+    m_memory = PageMemory(text.size() + kVnSpfPadding);
     std::copy(text.begin(), text.end(), m_memory.data());
     m_size = text.size();
 }
 
-/// Reads as much of a regular file as its size promises, in pieces, and leaves the file's position behind what was read
+/// Reads as much of a regular file as its size promises, in pieces, and leaves the file's position past what was read
 /// without a gap.
 void SpfInput::readTogether([[maybe_unused]] std::FILE* file, [[maybe_unused]] std::size_t size,
                             [[maybe_unused]] unsigned threads) {
@@ -56,7 +56,7 @@ void SpfInput::readTogether([[maybe_unused]] std::FILE* file, [[maybe_unused]] s
     const std::size_t pieces = size / kReadPiece; // the rest is read by whoever reads on
     if (pieces < 2)
         return;
-    m_memory = PageMemory(size + 1 + spf::kPadding);
+    m_memory = PageMemory(size + 1 + kVnSpfPadding);
     std::vector<std::size_t> read(pieces);
     shareWork(pieces, threadsFor(threads, pieces), {}, [&](unsigned, std::size_t i) {
         while (read[i] < kReadPiece) {
@@ -107,7 +107,7 @@ VN::ErrorStatus SpfInput::readFile(const std::filesystem::path& path, unsigned t
         }
     }
     while (true) {
-        m_memory.grow(capacity + spf::kPadding);
+        m_memory.grow(capacity + kVnSpfPadding);
         const std::size_t wanted = capacity - m_size;
         const std::size_t read = std::fread(m_memory.data() + m_size, 1, wanted, file.get());
         m_size += read;

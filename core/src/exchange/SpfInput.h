@@ -11,7 +11,7 @@
 namespace VN_SDAI {
 
 /// The bytes of an exchange file in memory of our own, so that nothing that happens to the file meanwhile can hurt;
-/// followed by spf::kPadding NULs.
+/// followed by kVnSpfPadding NULs.
 class SpfInput {
 public:
     SpfInput() = default;

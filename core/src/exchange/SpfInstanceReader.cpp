@@ -78,17 +78,15 @@ void SpfInstanceReader::readFields(VnIfcEntityBase& instance, const char* begin,
         // A second time as it will be written, so that what is written holds the same values.
         const auto remarks = static_cast<std::ptrdiff_t>(m_remarks.size());
         m_current = {};
-        std::string text = closedList(begin, end);
-        const std::size_t length = text.size();
-        text.append(spf::kPadding, '\0');
-        readList(instance, text.data(), text.data() + length);
+        const VnSpfText text(closedList(begin, end));
+        readList(instance, text.begin(), text.end());
         m_remarks.erase(m_remarks.begin() + remarks, m_remarks.end());
     }
     if (!m_current.isEmpty())
         keep(instance);
 }
 
-/// Reads a list from behind its opening parenthesis, and returns its closing one; `end` when there is none.
+/// Reads a list from after its opening parenthesis, and returns its closing one; `end` when there is none.
 const char* SpfInstanceReader::readList(VnIfcEntityBase& instance, const char* begin, const char* end) {
     startReading(begin, end);
     instance._inFields(this);
@@ -172,12 +170,13 @@ void SpfInstanceReader::onMandatoryUnset(const char* at) {
 
 void SpfInstanceReader::watchField(unsigned) {}
 
-void SpfInstanceReader::notify(int, int how) {
+void SpfInstanceReader::onAccepted(VnSpfAccepted what) {
     if (m_current.find(m_position))
         return; // one set of several in a list
     const std::string_view text = valueText();
-    if (how != 4)
-        remark(how == 2 ? SpfRemark::kBareList : SpfRemark::kEqualElements, text.data(), text.data() + text.size());
+    if (what != VnSpfAccepted::kEmptyForm)
+        remark(what == VnSpfAccepted::kBareElement ? SpfRemark::kBareList : SpfRemark::kEqualElements, text.data(),
+               text.data() + text.size());
     m_current.parameters.push_back({m_position, std::string(text), {}, true});
 }
 

@@ -44,7 +44,7 @@ public:
     /// Lets references be looked up faster; no slot may be made any more.
     void slotsAreMade() noexcept { lookUpIn(m_data.slots.pages()); }
 
-    /// Makes the instance of a slot from what stands behind its "=". Within the scope of an arena the
+    /// Makes the instance of a slot from what stands after its "=". Within the scope of an arena the
     /// instance lives there.
     void read(std::string_view text, VnIfcInstanceSlot* slot);
 
@@ -57,7 +57,7 @@ protected:
     VnIfcInstanceSlot* slotOf(std::uint64_t number) override;
     void onMisfit(unsigned position, VnSpfProblem problem, const char* begin, const char* end) override;
     void watchField(unsigned position) override;
-    void notify(int what, int how) override;
+    void onAccepted(VnSpfAccepted what) override;
     void onMandatoryUnset(const char* at) override;
 
 private:

@@ -53,10 +53,12 @@ public:
         for (const auto& reader : m_readers)
             for (auto& [slot, kept] : reader->kept())
                 m_data.kept.emplace(slot, std::move(kept));
+        for (const auto& arena : m_data.arenas)
+            arena->forgetTexts();
         m_structure = {}; // inverse attributes take the memory that text and records leave
         m_input.release();
         if (m_options.inverses)
-            m_model.setInverseCounterParts();
+            m_model.setInverseCounterParts(m_options.threads);
     }
 
 private:
@@ -115,7 +117,7 @@ private:
     }
 
     /// The first instance of a number has its slot; later ones, and those whose number does not fit, are kept under
-    /// numbers that nobody uses.
+    /// numbers that nothing uses.
     void houseHomeless(std::vector<SlotTable::Contested>& contested) {
         reserveReferences();
         for (std::size_t i = 0; i < m_blocks.size(); ++i) {
@@ -199,15 +201,42 @@ private:
                 takePlaces(m_reported, remarks);
             for (const SpfRemark& remark : remarks)
                 reportRemark(remark);
+            m_reportedEnd = endOf(*(m_structure.blocks[m_reported].end() - 1));
             m_structure.release(m_reported);
         }
-        if (m_reported == m_blocks.size())
+        if (m_reported == 0 || m_reported == m_blocks.size())
             return;
-        const char* const position = m_structure.textOf(*m_structure.blocks[m_reported].begin()).data();
-        reportFindings(position);
+        // No further: the number of the next instance stands before its text, and its place is still to be found.
+        reportFindings(m_reportedEnd);
         if (m_options.diagnostics || m_options.places)
-            m_diagnostics.pass(position);
-        m_input.release(position);
+            m_diagnostics.pass(m_reportedEnd);
+        m_input.release(m_reportedEnd);
+    }
+
+    const char* endOf(const SpfInstance& instance) const noexcept {
+        const std::string_view text = m_structure.textOf(instance);
+        return text.data() + text.size();
+    }
+
+    /// The "#" of the instance whose text begins at `text`; `from` is where the one before it ends.
+    static const char* startOf(const char* from, const char* text) noexcept {
+        const char* nearest = text - 1;
+        bool mayBeInComment = false;
+        for (; nearest > from && *nearest != '#'; --nearest)
+            mayBeInComment = mayBeInComment || *nearest == '/';
+        if (!mayBeInComment)
+            return nearest;
+        for (const char* p = from; (p = spf::skipBlanks(p, text)) < text; ++p) {
+            if (*p != '#')
+                continue;
+            const char* behind = p + 1;
+            while (spf::isDigit(*behind))
+                ++behind;
+            behind = spf::skipBlanks(behind, text);
+            if (behind < text && *behind == '=' && spf::skipBlanks(behind + 1, text) == text)
+                return p;
+        }
+        return nearest;
     }
 
     void reportRemark(const SpfRemark& remark) {
@@ -219,10 +248,10 @@ private:
     /// reported.
     void takePlaces(std::size_t block, std::vector<SpfRemark>& remarks) {
         auto remark = remarks.begin();
+        const char* from = m_reportedEnd ? m_reportedEnd : m_input.begin();
         for (const SpfInstance& instance : m_structure.blocks[block]) {
-            const char* position = m_structure.textOf(instance).data();
-            while (*position != '#')
-                --position;
+            const char* const position = startOf(from, m_structure.textOf(instance).data());
+            from = endOf(instance);
             for (; remark != remarks.end() && remark->begin < position; ++remark)
                 reportRemark(*remark);
             reportFindings(position);
@@ -287,10 +316,11 @@ private:
     SpfDiagnostics m_diagnostics;
     SpfStructure m_structure;
     std::vector<std::unique_ptr<SpfInstanceReader>> m_readers;
-    std::vector<Block> m_blocks; // beside those of the structure
-    std::size_t m_count = 0;     // of instances
-    std::size_t m_reported = 0;  // blocks
-    std::size_t m_finding = 0;   // the next one to report
+    std::vector<Block> m_blocks;         // beside those of the structure
+    std::size_t m_count = 0;             // of instances
+    std::size_t m_reported = 0;          // blocks
+    const char* m_reportedEnd = nullptr; // of the text of the last one
+    std::size_t m_finding = 0;           // the next one to report
 };
 
 /// A text or list that is longer than memory can hold one is no reason to end the host.

@@ -15,7 +15,7 @@ namespace VN_SDAI {
 
 namespace {
 
-constexpr std::size_t kBlock = 16384;
+constexpr std::size_t kBlock = 16384; // slots
 
 std::string headerText(const VnIfcModel& model) {
     std::string text = "ISO-10303-21;\nHEADER;\n";
@@ -135,14 +135,10 @@ void report(const std::vector<std::vector<SpfWriteRemark>>& remarks, const VnIfc
 /// Writes the model piece by piece, in order. `sink` returns false to stop. False when it or the host stopped.
 template <class Sink>
 bool writeModel(const VnIfcModel& model, const VnIfcWriteOptions& options, VnIfcFileResult& result, Sink sink) {
-    std::vector<const VnIfcInstanceSlot*> slots;
-    slots.reserve(model.count());
-    for (const VnIfcInstanceSlot* slot : model.data().ordered())
-        if (slot->object() && !slot->has(VnIfcInstanceSlot::kErased))
-            slots.push_back(slot);
+    const SlotRuns runs = model.data().runs(kBlock);
     if (!sink(headerText(model)))
         return false;
-    const std::size_t blocks = (slots.size() + kBlock - 1) / kBlock;
+    const std::size_t blocks = runs.blocks();
     const unsigned threads = threadsFor(options.threads, blocks);
     std::vector<std::unique_ptr<SpfInstanceWriter>> writers;
     for (unsigned i = 0; i < threads; ++i)
@@ -154,9 +150,7 @@ bool writeModel(const VnIfcModel& model, const VnIfcWriteOptions& options, VnIfc
         return ordered.write(block, [&] {
             SpfInstanceWriter& writer = *writers[worker];
             writer.clear();
-            const std::size_t last = std::min(slots.size(), (block + 1) * kBlock);
-            for (std::size_t i = block * kBlock; i < last; ++i)
-                writer.write(slots[i]);
+            runs.forEach(block, [&](const VnIfcInstanceSlot& slot) { writer.write(&slot); });
             remarks[block] = std::exchange(writer.remarks(), {});
             return writer.text();
         });
@@ -191,18 +185,18 @@ VnIfcFileResult VnIfcModel::writeFile(const std::filesystem::path& path, const V
 
 std::string VnIfcModel::writeText(const VnIfcWriteOptions& options, VnIfcFileResult* result) const {
     std::string text;
-    VnIfcFileResult told;
-    const bool written = writeModel(*this, options, told, [&](std::string_view piece) {
+    VnIfcFileResult outcome;
+    const bool written = writeModel(*this, options, outcome, [&](std::string_view piece) {
         text += piece;
         return true;
     });
-    told.bytes = text.size();
+    outcome.bytes = text.size();
     if (!written) {
-        told.status = VN::eCancelled;
-        told.message = "cancelled";
+        outcome.status = VN::eCancelled;
+        outcome.message = "cancelled";
     }
     if (result)
-        *result = std::move(told);
+        *result = std::move(outcome);
     return text;
 }
 

@@ -1,3 +1,4 @@
+#include "../base/Logical.h"
 #include "SpfScan.h"
 
 #include <VnIfcCore/VnIfcConsts.h>
@@ -5,10 +6,14 @@
 #include <VnIfcCore/VnSpfFilerBase.h>
 
 #include <charconv>
+#include <limits>
 
 namespace VN_SDAI {
 
 namespace {
+
+/// Every whole number of so many digits is an std::int64_t.
+constexpr int kDigitsOfInt64 = std::numeric_limits<std::int64_t>::digits10;
 
 constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                    1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
@@ -165,7 +170,7 @@ void VnSpfFilerBase::onMisfit(unsigned, VnSpfProblem, const char*, const char*) 
 void VnSpfFilerBase::watchField(unsigned) {}
 void VnSpfFilerBase::onMandatoryUnset(const char*) {}
 void VnSpfFilerBase::onUnwritable(VnSpfUnwritable) {}
-void VnSpfFilerBase::notify(int, int) {}
+void VnSpfFilerBase::onAccepted(VnSpfAccepted) {}
 
 bool VnSpfFilerBase::openAggregate(bool separated, bool isBinary, bool optional) {
     m_nested = false;
@@ -182,9 +187,9 @@ void VnSpfFilerBase::closeAggregate(bool read) {
         failField(m_failed ? m_problem : VnSpfProblem::kWrongKind);
 }
 
-void VnSpfFilerBase::leaveEmpty(bool writtenAsUnset) {
+void VnSpfFilerBase::compareEmptyForm(bool writtenAsUnset) {
     if (!m_short && (*m_fieldBegin == '$') != writtenAsUnset)
-        notify(1, 4);
+        onAccepted(VnSpfAccepted::kEmptyForm);
 }
 
 bool VnSpfFilerBase::atDelimiter() const noexcept {
@@ -253,7 +258,7 @@ bool VnSpfFilerBase::readInteger(std::int64_t& value, VnSpfProblem& problem) {
     m_helper.next = p;
     problem = VnSpfProblem::kWrongKind;
     const bool whole = digits.count > 0 && atDelimiter();
-    if (whole && digits.count <= 18) {
+    if (whole && digits.count <= kDigitsOfInt64) {
         value = static_cast<std::int64_t>(digits.mantissa);
         if (negative)
             value = -value;
@@ -430,24 +435,16 @@ bool VnSpfFilerBase::rdPrimitive(VnIfcLogical& value, bool optional, bool separa
     value = VnIfcLogical::Unset;
     if (beginField(separated, optional) != Token::kValue)
         return false;
-    const std::string_view literal = readLiteral();
-    const char c = literal.size() == 1 ? static_cast<char>(literal[0] & ~0x20) : '\0';
-    if (c != 'T' && c != 'F' && c != 'U')
-        return failField(VnSpfProblem::kWrongKind);
-    value = c == 'T' ? VnIfcLogical::True : c == 'F' ? VnIfcLogical::False : VnIfcLogical::Unknown;
-    return true;
+    value = logicalOf(readLiteral());
+    return !value.isUnset() || failField(VnSpfProblem::kWrongKind);
 }
 
 bool VnSpfFilerBase::rdPrimitive(VnIfcBoolean& value, bool optional, bool separated) {
     value = VnIfcBoolean::Unset;
     if (beginField(separated, optional) != Token::kValue)
         return false;
-    const std::string_view literal = readLiteral();
-    const char c = literal.size() == 1 ? static_cast<char>(literal[0] & ~0x20) : '\0';
-    if (c != 'T' && c != 'F')
-        return failField(VnSpfProblem::kWrongKind);
-    value = c == 'T' ? VnIfcBoolean::True : VnIfcBoolean::False;
-    return true;
+    value = booleanOf(readLiteral());
+    return !value.isUnset() || failField(VnSpfProblem::kWrongKind);
 }
 
 bool VnSpfFilerBase::rdReference(VnDbObjectId& value, bool separated, bool optional) {
@@ -584,17 +581,17 @@ bool VnSpfFilerBase::readSelectSimple(VnIfcSelect& value, VnTypeCodeKind kind) {
             value.setBINARY(std::move(text));
         return true;
     }
-    case VnTypeCodeKind::kBoolean:
+    case VnTypeCodeKind::kBoolean: {
+        const VnIfcBoolean read = booleanOf(readLiteral());
+        if (!read.isUnset())
+            value.setBoolean(read);
+        return !read.isUnset();
+    }
     case VnTypeCodeKind::kLogical: {
-        const std::string_view literal = readLiteral();
-        const char c = literal.size() == 1 ? static_cast<char>(literal[0] & ~0x20) : '\0';
-        if (c != 'T' && c != 'F' && (c != 'U' || kind == VnTypeCodeKind::kBoolean))
-            return false;
-        if (kind == VnTypeCodeKind::kBoolean)
-            value.setBoolean(c == 'T');
-        else
-            value.setLogical(c == 'T' ? VnIfcLogical::True : c == 'F' ? VnIfcLogical::False : VnIfcLogical::Unknown);
-        return true;
+        const VnIfcLogical read = logicalOf(readLiteral());
+        if (!read.isUnset())
+            value.setLogical(read);
+        return !read.isUnset();
     }
     default:
         return false;

@@ -10,7 +10,7 @@
 
 namespace VN_SDAI {
 
-/// Where one instance stands in the text: from behind its "=" up to its semicolon. Two words, because there are as many
+/// Where one instance stands in the text: from after its "=" up to its semicolon. Two words, because there are as many
 /// as instances: the place of nearly every one fits into the second, others have it in SpfStructure::large.
 struct SpfInstance {
     std::uint64_t number;

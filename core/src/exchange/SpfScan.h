@@ -1,5 +1,8 @@
 #pragma once
-// The characters of the exchange structure (ISO 10303-21, 5 to 7), for every part that looks at them.
+// The characters of the exchange structure (ISO 10303-21, 5 to 7), for every part that looks at them. kVnSpfPadding
+// NULs follow what they look at.
+#include <VnIfcCore/VnSpfText.h>
+
 #include <array>
 #include <bit>
 #include <cstdint>
@@ -13,9 +16,6 @@
 #endif
 
 namespace VN_SDAI::spf {
-
-/// Bytes behind every text that is scanned which may be read, so that whole vectors can be.
-inline constexpr std::size_t kPadding = 64;
 
 constexpr bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 constexpr bool isLetter(char c) noexcept { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_'; }
@@ -84,22 +84,21 @@ inline const char* findLineEnd(const char* p, const char* end) noexcept {
 #endif
 }
 
-/// Behind the closing apostrophe of the string whose opening one is at `open`; null when it is not closed before `end`.
+/// The place past the closing apostrophe of the string whose opening one is at `open`; null when it is not closed
+/// before `end`.
 inline const char* stringEnd(const char* open, const char* end) noexcept {
     const char* p = open + 1;
-    while ((p = findInString(p, end)) < end) {
-        if (*p == '\\') {
+    while ((p = findInString(p, end)) < end)
+        if (*p == '\\')
             p += backslashLength(p, end);
-        } else if (p + 1 < end && p[1] == '\'') {
+        else if (p + 1 < end && p[1] == '\'')
             p += 2;
-        } else {
+        else
             return p + 1;
-        }
-    }
     return nullptr;
 }
 
-/// Behind the comment that begins at `p`; null when it is not closed before `end`.
+/// The place past the comment that begins at `p`; null when it is not closed before `end`.
 inline const char* commentEnd(const char* p, const char* end) noexcept {
     for (p += 2; p + 1 < end; ++p) {
         p = static_cast<const char*>(std::memchr(p, '*', static_cast<std::size_t>(end - p - 1)));
@@ -184,16 +183,14 @@ inline std::string closed(std::string_view text) {
     std::string result = std::string(text) + closing;
     if (closing == "'") {
         // A directive at the end takes the apostrophe as its own.
-        std::string again(result, static_cast<std::size_t>(p - text.data()));
-        const std::size_t length = again.size();
-        again.append(kPadding, '\0');
-        if (!stringEnd(again.data(), again.data() + length))
+        const VnSpfText again(result.substr(static_cast<std::size_t>(p - text.data())));
+        if (!stringEnd(again.begin(), again.end()))
             result += '\'';
     }
     return result.append(depth, ')');
 }
 
-/// Reads an instance number; moves `p` behind its digits. False when it has no digit or exceeds 64 bits.
+/// Reads an instance number; moves `p` past its digits. False when it has no digit or exceeds 64 bits.
 inline bool readNumber(const char*& p, std::uint64_t& number) noexcept {
     const char* first = p;
     std::uint64_t value = 0;

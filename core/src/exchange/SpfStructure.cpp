@@ -168,7 +168,7 @@ private:
         while (m_p < limit) {
             const char* const before = m_p;
             const std::size_t added = m_added;
-            if (blank() && *m_p == '#' && m_p < limit)
+            if (skipToText() && *m_p == '#' && m_p < limit)
                 scanInstance();
             const bool isClean = m_added > added && m_structure.findings.empty();
             if (isClean) {
@@ -192,7 +192,7 @@ private:
     /// Takes the instances of a piece from the place at hand on, if one of them begins there: what follows an instance
     /// does not depend on what comes before it, as long as no fault is remembered.
     bool takePiece() {
-        if (m_commentsEnd || !mayLookInVain())
+        if (m_commentsEnd || !maySearchAgain())
             return false;
         while (m_piece < m_pieces.size() && (!m_pieces[m_piece].begin || m_pieces[m_piece].end <= m_p))
             m_pieces[m_piece++] = {};
@@ -241,16 +241,16 @@ private:
     void report(SpfFinding::Kind kind, const char* begin, const char* end, std::uint64_t number = 0) {
         std::vector<SpfFinding>& findings = m_structure.findings;
         end = std::min(end, m_end);
-        const bool goesOn = kind == SpfFinding::kGarbage && !findings.empty() && findings.back().kind == kind &&
-                            spf::skipBlanks(findings.back().end, begin) == begin;
-        if (goesOn)
+        const bool extendsLast = kind == SpfFinding::kGarbage && !findings.empty() && findings.back().kind == kind &&
+                                 spf::skipBlanks(findings.back().end, begin) == begin;
+        if (extendsLast)
             findings.back().end = end;
         else
             findings.push_back({kind, begin, end, number});
     }
 
     /// Moves to the next significant character; false at the end of the text.
-    bool blank() {
+    bool skipToText() {
         while (m_p < m_end) {
             if (spf::isBlank(*m_p)) {
                 ++m_p;
@@ -274,7 +274,7 @@ private:
         }
         if (m_end - m_p >= 3 && startsWith(m_p, m_end, "\xEF\xBB\xBF"sv))
             m_p += 3;
-        if (!blank()) {
+        if (!skipToText()) {
             reason = "it is empty";
             return false;
         }
@@ -300,20 +300,20 @@ private:
     }
 
     void skipSemicolon() {
-        if (blank() && *m_p == ';')
+        if (skipToText() && *m_p == ';')
             ++m_p;
     }
 
     // ---- header
 
     void scanHeader() {
-        if (!blank() || !isWord(m_p, m_end, "HEADER"sv)) {
+        if (!skipToText() || !isWord(m_p, m_end, "HEADER"sv)) {
             report(SpfFinding::kNoHeader, m_p, m_p + 20);
             return;
         }
         m_p += 6;
         skipSemicolon();
-        while (blank() && *m_p != '#' && !isWord(m_p, m_end, "ENDSEC"sv) && !isWord(m_p, m_end, "DATA"sv))
+        while (skipToText() && *m_p != '#' && !isWord(m_p, m_end, "ENDSEC"sv) && !isWord(m_p, m_end, "DATA"sv))
             scanHeaderEntry();
         if (m_p < m_end && isWord(m_p, m_end, "ENDSEC"sv))
             skipSectionWord(6);
@@ -324,7 +324,7 @@ private:
         while (spf::isNameCharacter(*m_p) || *m_p == '!')
             ++m_p;
         const std::string_view keyword(first, static_cast<std::size_t>(m_p - first));
-        if (keyword.empty() || !blank() || *m_p != '(')
+        if (keyword.empty() || !skipToText() || *m_p != '(')
             return leaveHeader(first);
         const char* const open = m_p + 1;
         const char* const close = spf::listEnd(open, m_end);
@@ -333,7 +333,7 @@ private:
             return leaveHeader(first);
         m_structure.header.entries().push_back({std::string(keyword), std::string(open, close)});
         m_p = close + 1;
-        if (blank() && *m_p == ';')
+        if (skipToText() && *m_p == ';')
             ++m_p;
         else
             report(SpfFinding::kHeaderEntry, first, m_p);
@@ -351,7 +351,7 @@ private:
 
     /// One section, or what stands in its place; false at the end of the text.
     bool scanSection() {
-        if (!blank()) {
+        if (!skipToText()) {
             if (!m_ended)
                 report(SpfFinding::kNoEnd, m_end, m_end);
             return false;
@@ -383,7 +383,7 @@ private:
     /// Only the first exchange structure of a text counts, but instances of another one are not passed over in silence.
     bool scanBehindEnd() {
         m_ended = true;
-        while (blank() && isWord(m_p, m_end, "SIGNATURE"sv))
+        while (skipToText() && isWord(m_p, m_end, "SIGNATURE"sv))
             skipSection(); // edition 3 has it there
         if (m_p >= m_end)
             return false;
@@ -392,11 +392,11 @@ private:
         return false;
     }
 
-    /// Moves behind the word that opens or ends a section, its parameters (edition 3) and its semicolon.
+    /// Moves past the word that opens or ends a section, its parameters (edition 3) and its semicolon.
     void skipSectionWord(std::ptrdiff_t length) {
         m_p += length;
         const char* const behind = m_p;
-        if (blank() && *m_p == '(') {
+        if (skipToText() && *m_p == '(') {
             const char* const end = statementEnd(m_p);
             const char* const line = nextLine(m_p, end);
             m_p = line ? line : end;
@@ -407,7 +407,7 @@ private:
             report(SpfFinding::kNoSemicolon, behind, behind);
     }
 
-    /// Moves behind the semicolon of the statement at hand.
+    /// Moves past the semicolon of the statement at hand.
     void skipStatement() {
         m_p = statementEnd(m_p);
         if (m_p < m_end)
@@ -429,7 +429,7 @@ private:
             const char* const end = statementEnd(m_p);
             const bool ends = end < m_end && endsSection(end); // a signature has no semicolons of its own
             m_p = end < m_end ? end + 1 : end;
-            if (ends || !blank())
+            if (ends || !skipToText())
                 break;
             if (isWord(m_p, m_end, "ENDSEC"sv)) {
                 skipSectionWord(6);
@@ -454,7 +454,7 @@ private:
     // ---- instances
 
     void scanData() {
-        while (blank()) {
+        while (skipToText()) {
             if (*m_p == '#') {
                 if (!takePiece())
                     scanInstance();
@@ -472,12 +472,12 @@ private:
         const char* const first = m_p++;
         std::uint64_t number = 0;
         const bool hasNumber = spf::readNumber(m_p, number) && number != 0;
-        if (!blank() || *m_p != '=')
+        if (!skipToText() || *m_p != '=')
             return report(SpfFinding::kGarbage, first, m_p);
         if (!hasNumber)
             report(SpfFinding::kNoNumber, first, m_p);
         ++m_p;
-        blank();
+        skipToText();
         const char* const begin = m_p;
         const char* const end = isWord(m_p, m_end, "&SCOPE"sv) ? scopeEnd(number) : instanceEnd(number);
         // Where the instance is missing altogether, the blanks before the next one are none of it.
@@ -503,13 +503,13 @@ private:
             } else {
                 skipStatement();
             }
-            m_scopesEnd = !blank() || isWord(m_p, m_end, "ENDSEC"sv);
+            m_scopesEnd = !skipToText() || isWord(m_p, m_end, "ENDSEC"sv);
         }
         m_p = begin;
         return instanceEnd(number);
     }
 
-    /// The end of the instance's text; moves behind its semicolon.
+    /// The end of the instance's text; moves past its semicolon.
     const char* instanceEnd(std::uint64_t number) {
         const char* p = m_p;
         while ((p = findStructural(p, m_end)) < m_end) {
@@ -542,8 +542,8 @@ private:
                startsWith(p - 6, m_end, "ENDSEC"sv);
     }
 
-    /// Behind the string at `open`; null when it is broken: not closed, or what follows is nothing that can follow a
-    /// string, and there is an instance inside that it may have swallowed.
+    /// The place past the string at `open`; null when it is broken: not closed, or what follows is nothing that can
+    /// follow a string, and there is an instance inside that it may have swallowed.
     const char* stringEndIn(const char* open) {
         const char* const behind = stringEnd(open);
         if (!behind)
@@ -555,21 +555,21 @@ private:
             return behind;
         if (!nextLine(open, behind))
             return behind;
-        m_inVain += behind - open;
+        m_searched += behind - open;
         return nullptr;
     }
 
-    /// Behind the string at `open`; null when it is not closed. What was looked at in vain may be looked at again, so a
-    /// hostile text that makes it too much gets no more than a glance.
+    /// The place past the string at `open`; null when it is not closed. What was searched without success may be
+    /// searched again, so a hostile text that makes it too much gets no more than a glance.
     const char* stringEnd(const char* open) {
-        const char* const limit = mayLookInVain() ? m_end : std::min(m_end, open + kGlance);
+        const char* const limit = maySearchAgain() ? m_end : std::min(m_end, open + kGlance);
         const char* const behind = spf::stringEnd(open, limit);
         if (!behind)
-            m_inVain += limit - open;
+            m_searched += limit - open;
         return behind;
     }
 
-    bool mayLookInVain() const noexcept { return m_inVain <= kVainLooks * (m_end - m_begin); }
+    bool maySearchAgain() const noexcept { return m_searched <= kMostSearched * (m_end - m_begin); }
 
     /// Ends the instance before the next line that seems to be none of the string at `open`.
     const char* brokenString(const char* open, std::uint64_t number) {
@@ -594,7 +594,7 @@ private:
         return end;
     }
 
-    /// As nextLine up to the end of the text, which is looked through in vain only once.
+    /// As nextLine up to the end of the text, which is searched without success only once.
     const char* nextLineFrom(const char* p) {
         if (m_noLineFrom && p >= m_noLineFrom)
             return nullptr;
@@ -604,8 +604,8 @@ private:
         return line;
     }
 
-    /// Behind the comment at `p`. The mark of one that is never closed counts as two characters of garbage, because
-    /// taking it by the letter would lose the rest of the file.
+    /// The place past the comment at `p`. The mark of one that is never closed counts as two characters of garbage,
+    /// because taking it by the letter would lose the rest of the file.
     const char* commentEndIn(const char* p) {
         const char* behind = m_commentsEnd ? nullptr : spf::commentEnd(p, m_end);
         if (behind)
@@ -633,7 +633,7 @@ public:
 
 private:
     static constexpr std::string_view kMagic = "ISO-10303-21;";
-    static constexpr std::ptrdiff_t kVainLooks = 8; // times the size of the text
+    static constexpr std::ptrdiff_t kMostSearched = 8; // times the size of the text
     static constexpr std::ptrdiff_t kGlance = 256;
 
     SpfStructure& m_structure;
@@ -642,10 +642,10 @@ private:
     const char* m_p;
     const char* m_begin;
     const char* m_end;
-    bool m_commentsEnd = false; // a comment was never closed, so none behind it is
+    bool m_commentsEnd = false; // a comment was never closed, so none after it is
     bool m_scopesEnd = false;   // likewise
     const char* m_noLineFrom = nullptr;
-    std::ptrdiff_t m_inVain = 0;
+    std::ptrdiff_t m_searched = 0;
     bool m_ended = false;
     bool m_hasData = false;
     std::vector<Piece> m_pieces;

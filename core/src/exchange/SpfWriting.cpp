@@ -1,5 +1,6 @@
 #include "SpfScan.h"
 
+#include <VnIfcCore/VnAscii.h>
 #include <VnIfcCore/VnIfcModel.h>
 #include <VnIfcCore/VnIfcSelect.h>
 #include <VnIfcCore/VnIfcText.h>
@@ -29,6 +30,10 @@ constexpr std::array<char, 200> makeTwoDigits() {
 }
 
 constexpr std::array<char, 200> kTwoDigits = makeTwoDigits();
+
+constexpr bool isHexDigit(char c) noexcept {
+    return spf::isDigit(c) || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+}
 
 /// Copies a text that is short most often; a call would take longer than the copy.
 char* copyShort(char* to, const char* from, std::size_t length) noexcept {
@@ -196,7 +201,9 @@ bool VnSpfFilerBase::writeExchangeText(std::string_view text) {
             *to++ = '\\';
         std::size_t length = spf::backslashLength(from, end);
         if (length == 1) {
-            const bool isByte = end - from >= 5 && from[1] == 'X' && from[2] == '\\';
+            // Without its digits it would hide a directive that the reader sees.
+            const bool isByte =
+                end - from >= 5 && from[1] == 'X' && from[2] == '\\' && isHexDigit(from[3]) && isHexDigit(from[4]);
             isRaw |= !isByte;
             length = isByte ? 3 : 1;
         }
@@ -321,7 +328,7 @@ void VnSpfFilerBase::writeSelectValue(const VnIfcSelect& value) {
     const std::string_view name = value.underlyingTypeName().view();
     char* to = reserve(name.size() + 1);
     for (const char c : name)
-        *to++ = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
+        *to++ = vnUpper(c);
     *to++ = '(';
     m_out = to;
     switch (kind) {

@@ -62,9 +62,9 @@ std::vector<std::string> VnIfcHeader::strings(std::string_view keyword, std::siz
     if (!entry)
         return result;
     // A closing parenthesis as end mark, so that the text has the form that the scanner knows.
-    const std::string text = entry->parameters + ')' + std::string(spf::kPadding, '\0');
-    const char* const end = text.data() + entry->parameters.size() + 1;
-    const char* p = text.data();
+    const VnSpfText text(entry->parameters + ')');
+    const char* const end = text.end();
+    const char* p = text.begin();
     for (; p < end; ++p) {
         const char* const last = spf::parameterEnd(p, end);
         if (index-- == 0) {

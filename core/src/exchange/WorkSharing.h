@@ -25,7 +25,7 @@ bool shareWork(std::size_t blocks, unsigned threads, const VnIfcProgress& progre
     std::atomic<bool> stop{false};
     std::exception_ptr failure;
     std::mutex failureMutex;
-    double told = 0;
+    double reported = 0;
     const auto serve = [&](unsigned worker) {
         try {
             for (std::size_t block; !stop && (block = next.fetch_add(1)) < blocks;) {
@@ -33,8 +33,8 @@ bool shareWork(std::size_t blocks, unsigned threads, const VnIfcProgress& progre
                     stop = true;
                 if (worker != 0 || !progress)
                     continue;
-                told = static_cast<double>(block + 1) / static_cast<double>(blocks);
-                if (!progress(told))
+                reported = static_cast<double>(block + 1) / static_cast<double>(blocks);
+                if (!progress(reported))
                     stop = true;
             }
         } catch (...) {
@@ -51,7 +51,7 @@ bool shareWork(std::size_t blocks, unsigned threads, const VnIfcProgress& progre
     if (failure)
         std::rethrow_exception(failure);
     // Others may have done the last block, or all of them.
-    if (!stop && progress && blocks > 0 && told < 1 && !progress(1))
+    if (!stop && progress && blocks > 0 && reported < 1 && !progress(1))
         stop = true;
     return !stop;
 }

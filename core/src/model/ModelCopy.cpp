@@ -3,6 +3,7 @@
 #include "../exchange/SpfInstanceWriter.h"
 #include "../exchange/SpfScan.h"
 
+#include <VnIfcCore/VnIfcCopy.h>
 #include <VnIfcCore/VnIfcEntityType.h>
 #include <VnIfcCore/VnIfcSchema.h>
 #include <VnIfcTyped/Entity.h>
@@ -39,11 +40,11 @@ public:
 
     /// Of "KEYWORD(...)". `leaveOut(name, text)` is called for each value that has no place.
     template <class LeaveOut>
-    std::string place(std::string text, LeaveOut leaveOut) const {
-        text.append(spf::kPadding, '\0');
-        const char* const end = text.data() + text.size() - spf::kPadding;
-        const char* p = text.data() + text.find('(') + 1;
-        std::string result(text.data(), static_cast<std::size_t>(p - text.data()));
+    std::string place(std::string_view instance, LeaveOut leaveOut) const {
+        const VnSpfText text(instance);
+        const char* const end = text.end();
+        const char* p = text.begin() + instance.find('(') + 1;
+        std::string result(text.begin(), p);
         std::vector<std::string_view> parameters;
         while (p < end) {
             const char* const next = spf::parameterEnd(p, end);
@@ -83,6 +84,7 @@ public:
         VnIfcInstanceSlot* result = counterpart(source);
         for (std::size_t i = 0; i < m_pending.size(); ++i)
             fill(m_pending[i].first, m_pending[i].second);
+        m_pending.clear();
         settle();
         return VnDbObjectId(result);
     }
@@ -123,18 +125,17 @@ private:
         VnIfcModel::Data& data = source->model()->data();
         SpfInstanceWriter writer(data);
         writer.writeBody(source);
-        const std::string from = padded(writer.text());
+        const VnSpfText from(std::string_view(writer.text()));
         std::string text;
-        const char* copied = from.data();
-        spf::forEachReference({from.data(), from.size() - spf::kPadding},
-                              [&](const char* first, const char* last, std::uint64_t number) {
-                                  text.append(copied, first);
-                                  VnIfcInstanceSlot* referred = data.slots.find(number);
-                                  const bool exists = referred && VnDbObjectId(referred).openObject();
-                                  text += exists ? '#' + std::to_string(counterpart(referred)->number) : "$";
-                                  copied = last;
-                              });
-        text.append(copied, from.data() + from.size() - spf::kPadding);
+        const char* copied = from.begin();
+        spf::forEachReference(from.view(), [&](const char* first, const char* last, std::uint64_t number) {
+            text.append(copied, first);
+            VnIfcInstanceSlot* referred = data.slots.find(number);
+            const bool exists = referred && VnDbObjectId(referred).openObject();
+            text += exists ? '#' + std::to_string(counterpart(referred)->number) : "$";
+            copied = last;
+        });
+        text.append(copied, from.end());
         const VnIfcEntityType* type = source->object()->getInstanceType();
         const PlacesByName* places = placesOf(type);
         if (!places)
@@ -156,8 +157,6 @@ private:
         return &m_places.try_emplace(from, *from->entityClass(), *to->entityClass()).first->second;
     }
 
-    static std::string padded(std::string_view text) { return std::string(text).append(spf::kPadding, '\0'); }
-
     static VnIfcDiagnostic leftOut(const VnIfcEntityType& type, const char* name, std::string_view value,
                                    std::uint64_t copy) {
         VnIfcDiagnostic diagnostic;
@@ -171,22 +170,22 @@ private:
         return diagnostic;
     }
 
-    void tell(const std::string& text) {
+    void tell(const VnSpfText& text) {
         VnIfcFileResult counted;
         VnIfcReadOptions options;
         options.diagnostics = [&](VnIfcDiagnostic diagnostic) {
             diagnostic.line = diagnostic.column = 0; // it stands in no file
             m_diagnostics(diagnostic);
         };
-        SpfDiagnostics diagnostics("", text.data(), text.data() + text.size(), options, counted);
+        SpfDiagnostics diagnostics("", text.begin(), text.end(), options, counted);
         std::ranges::stable_sort(m_reader.remarks(), {}, &SpfRemark::begin);
         for (const SpfRemark& remark : m_reader.remarks())
             diagnostics.report(remark);
     }
 
     void read(std::string_view text, VnIfcInstanceSlot* slot, bool isOfOtherSchema = false) {
-        const std::string copied = padded(text);
-        m_reader.read({copied.data(), text.size()}, slot);
+        const VnSpfText copied(text);
+        m_reader.read(copied.view(), slot);
         if (isOfOtherSchema && m_diagnostics)
             tell(copied);
         m_reader.remarks().clear();
@@ -226,6 +225,18 @@ VnDbObjectId VnIfcModel::copy(const VnDbObjectId& source, std::vector<std::pair<
         return {};
     Copier copier(*m_data, copies, diagnostics);
     return source.model() == this ? copier.copyAlone(source.slot()) : copier.copy(source.slot());
+}
+
+bool vnCopyInstances(VnIfcModel& target, std::span<const VnDbObjectId> sources,
+                     std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies) {
+    for (const VnDbObjectId& source : sources)
+        if (!source.openObject() || source.model() == &target)
+            return false;
+    const VnIfcDiagnosticSink nobody;
+    Copier copier(target.data(), copies, nobody);
+    for (const VnDbObjectId& source : sources)
+        copier.copy(source.slot());
+    return true;
 }
 
 } // namespace VN_SDAI

@@ -1,5 +1,6 @@
 #pragma once
 #include "KeptParameters.h"
+#include "SlotRuns.h"
 #include "SlotTable.h"
 
 #include <VnIfcCore/VnIfcModel.h>
@@ -31,8 +32,8 @@ struct VnIfcModel::Data {
     }
     void belongTo(VnIfcModel* owner) noexcept;
     void destroyInstances() noexcept;
-    /// All slots in ascending order of numbers. Several threads may read a model at once, hence the lock.
-    const std::vector<VnIfcInstanceSlot*>& ordered();
+    /// All slots in ascending order of numbers, in blocks of that size. Several threads may read a model at once.
+    SlotRuns runs(std::size_t block);
 
     VnIfcModel* model;
     const VnIfcSchema* schema;

@@ -328,14 +328,13 @@ std::vector<SlotTable::Contested> SlotTable::enterAll() {
 
 // ---- order
 
-const std::vector<VnIfcInstanceSlot*>& SlotTable::ordered() {
+const std::vector<VnIfcInstanceSlot*>& SlotTable::sorted() {
     if (m_ordered.size() == m_count)
         return m_ordered;
     m_ordered.clear();
     m_ordered.reserve(m_count);
     forEachSlot([&](VnIfcInstanceSlot* slot) { m_ordered.push_back(slot); });
-    if (!isInOrder())
-        std::sort(m_ordered.begin(), m_ordered.end(), byNumber);
+    std::sort(m_ordered.begin(), m_ordered.end(), byNumber);
     return m_ordered;
 }
 
@@ -346,10 +345,10 @@ bool SlotTable::isInOrder() const noexcept {
 std::vector<std::span<VnIfcInstanceSlot>> SlotTable::runs() {
     std::vector<std::span<VnIfcInstanceSlot>> runs;
     if (!isInOrder()) {
-        for (VnIfcInstanceSlot* const slot : ordered()) {
-            const bool goesOn =
+        for (VnIfcInstanceSlot* const slot : sorted()) {
+            const bool continues =
                 !runs.empty() && runs.back().data() + runs.back().size() == slot && runs.back().size() < kSlotsPerPage;
-            if (goesOn)
+            if (continues)
                 runs.back() = {runs.back().data(), runs.back().size() + 1};
             else
                 runs.emplace_back(slot, 1);

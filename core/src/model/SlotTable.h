@@ -38,9 +38,8 @@ public:
     /// Takes over what makers made, when all are done. Contested slots in ascending order of their places in memory.
     std::vector<Contested> finish(std::span<Maker> makers);
 
-    /// All slots in ascending order of numbers.
-    const std::vector<VnIfcInstanceSlot*>& ordered();
-    /// The same, as runs of neighbours in memory. Slots with the number 0 among them were never made.
+    /// All slots in ascending order of numbers, as runs of neighbours in memory. Slots with the number 0 among them
+    /// were never made.
     std::vector<std::span<VnIfcInstanceSlot>> runs();
     /// Calls `visit` for all slots.
     template <class Visit>
@@ -78,6 +77,7 @@ private:
     VnIfcInstanceSlot* hashed(std::size_t index) const noexcept {
         return slotsOf(m_hashedPages[index / kSlotsPerPage]) + index % kSlotsPerPage;
     }
+    const std::vector<VnIfcInstanceSlot*>& sorted();
     bool isInOrder() const noexcept;
     void noteHashed(std::uint64_t first, std::uint64_t last) noexcept;
     VnIfcInstanceSlot* insertDirect(std::uint64_t number);

@@ -44,6 +44,8 @@ bool VnIfcEntityBase::_putAttr(const VnAnsiString& name, const VnIfcVariant& val
 bool VnIfcEntityBase::_testAttr(const VnAnsiString& name) const { return testAttr(name); }
 void VnIfcEntityBase::_unsetAttr(const VnAnsiString& name) { unsetAttr(name); }
 void VnIfcEntityBase::check(VnIfcCheck&) const {}
+bool VnIfcEntityBase::listInverseCounterParts(VnIfcInverseList&) const { return false; }
+void VnIfcEntityBase::enterInverse(const void*, const VnDbObjectId&) {}
 const VnIfcGUID* VnIfcEntityBase::globalId() const noexcept { return nullptr; }
 
 // ---- VnIfcForeignInstance

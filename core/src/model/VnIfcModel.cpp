@@ -12,6 +12,12 @@
 
 namespace VN_SDAI {
 
+namespace {
+
+constexpr std::size_t kBlock = 1000; // slots
+
+} // namespace
+
 VnIfcModel* VnIfcInstanceSlot::model() const noexcept { return SlotTable::modelOf(this); }
 
 // ---- Data
@@ -52,9 +58,9 @@ void VnIfcModel::Data::destroyInstances() noexcept {
     });
 }
 
-const std::vector<VnIfcInstanceSlot*>& VnIfcModel::Data::ordered() {
+SlotRuns VnIfcModel::Data::runs(std::size_t block) {
     const std::lock_guard lock(orderMutex);
-    return slots.ordered();
+    return {slots.runs(), block};
 }
 
 // ---- Life
@@ -197,18 +203,29 @@ VnDbObjectId VnIfcModel::find(std::uint64_t number) const noexcept {
 }
 
 VnDbObjectId VnIfcModel::findByGlobalId(const VnIfcGUID& globalId) const {
-    for (VnIfcInstanceSlot* slot : m_data->ordered()) {
-        const VnIfcEntityBase* instance = VnDbObjectId(slot).openObject();
-        const VnIfcGUID* own = instance ? instance->globalId() : nullptr;
-        if (own && *own == globalId)
-            return VnDbObjectId(slot);
-    }
-    return {};
+    const SlotRuns runs = m_data->runs(kBlock);
+    VnDbObjectId found;
+    for (std::size_t i = 0; i < runs.blocks() && found.isNull(); ++i)
+        runs.forEach(i, [&](VnIfcInstanceSlot& slot) {
+            const VnIfcGUID* own = found.isNull() ? slot.object()->globalId() : nullptr;
+            if (own && *own == globalId)
+                found = VnDbObjectId(&slot);
+        });
+    return found;
 }
 
 void VnIfcModel::forEach(const std::function<void(VnIfcEntityBase&)>& visit) const {
-    // A copy, because visitors may create instances, and where the largest number is taken those come in between.
-    const std::vector<VnIfcInstanceSlot*> slots = m_data->ordered();
+    const SlotRuns runs = m_data->runs(kBlock);
+    const bool mayComeBetween = m_data->slots.largest() == UINT64_MAX;
+    if (!mayComeBetween) {
+        for (std::size_t i = 0; i < runs.blocks(); ++i)
+            runs.forEach(i, [&](const VnIfcInstanceSlot& slot) { visit(*slot.object()); });
+        return;
+    }
+    // What visitors create takes free numbers, among those that are still to come.
+    std::vector<VnIfcInstanceSlot*> slots;
+    for (std::size_t i = 0; i < runs.blocks(); ++i)
+        runs.forEach(i, [&](VnIfcInstanceSlot& slot) { slots.push_back(&slot); });
     for (VnIfcInstanceSlot* slot : slots)
         if (VnIfcEntityBase* instance = VnDbObjectId(slot).openObject())
             visit(*instance);
@@ -235,6 +252,16 @@ std::vector<VnDbObjectId> VnIfcModel::instancesOf(const VnIfcEntityType* type, b
     return result;
 }
 
+std::string VnIfcModel::instanceText(const VnDbObjectId& handle) const {
+    if (!handle.openObject())
+        return {};
+    SpfInstanceWriter writer(*m_data);
+    writer.write(handle.slot());
+    std::string_view text = writer.text();
+    text.remove_suffix(text.ends_with('\n') ? 1 : 0);
+    return std::string(text);
+}
+
 bool VnIfcModel::place(const VnDbObjectId& handle, std::uint64_t& line, std::uint64_t& column) const noexcept {
     const auto found = std::ranges::lower_bound(m_data->places, handle.number(), {}, &Data::Place::number);
     if (found == m_data->places.end() || found->number != handle.number())
@@ -242,15 +269,6 @@ bool VnIfcModel::place(const VnDbObjectId& handle, std::uint64_t& line, std::uin
     line = found->line;
     column = found->column;
     return true;
-}
-
-void VnIfcModel::setInverseCounterParts() {
-    if (m_data->inversesAreSet)
-        forEach([](VnIfcEntityBase& instance) { instance.clearInverses(); });
-    m_data->inversesAreSet = true;
-    m_data->hasRivals = false;
-    m_data->formerCounterParts.clear();
-    forEach([](VnIfcEntityBase& instance) { instance.setInverseCounterParts(); });
 }
 
 // ---- VnIfcEntityBase

@@ -1,3 +1,4 @@
+#include <VnIfcCore/VnAscii.h>
 #include <VnIfcCore/VnIfcRelease.h>
 
 #include <algorithm>
@@ -5,12 +6,6 @@
 namespace VN_SDAI {
 
 namespace {
-
-constexpr char upperCase(char c) noexcept { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
-
-bool equalNoCase(std::string_view left, std::string_view right) noexcept {
-    return std::ranges::equal(left, right, [](char a, char b) { return upperCase(a) == upperCase(b); });
-}
 
 struct Match {
     const VnIfcRelease* release = nullptr;
@@ -36,14 +31,14 @@ Match serverOf(std::string_view schema) noexcept {
     for (const VnIfcRelease& release : vnIfcReleases())
         for (const VnIfcServedName& name : release.serves) {
             const std::string_view compared = name.isPrefix ? schema.substr(0, name.text.size()) : schema;
-            if (equalNoCase(compared, name.text) && isBetter(name, best))
+            if (vnEqualNoCase(compared, name.text) && isBetter(name, best))
                 best = {&release, &name};
         }
     return best;
 }
 
 VnIfcReleaseFit fitOf(const Match& match, std::string_view schema) noexcept {
-    if (equalNoCase(schema, match.release->name))
+    if (vnEqualNoCase(schema, match.release->name))
         return VnIfcReleaseFit::kExact;
     return match.name->differs ? VnIfcReleaseFit::kDiffers : VnIfcReleaseFit::kServed;
 }
@@ -52,7 +47,7 @@ VnIfcReleaseFit fitOf(const Match& match, std::string_view schema) noexcept {
 
 const VnIfcRelease* vnFindRelease(std::string_view name) noexcept {
     const auto releases = vnIfcReleases();
-    const auto found = std::ranges::find_if(releases, [&](const auto& each) { return equalNoCase(each.name, name); });
+    const auto found = std::ranges::find_if(releases, [&](const auto& each) { return vnEqualNoCase(each.name, name); });
     return found == releases.end() ? nullptr : &*found;
 }
 

@@ -1,5 +1,6 @@
 #include "Conversions.h"
 
+#include "../base/Logical.h"
 #include "ExchangeText.h"
 
 #include <VnIfcCore/VnIfcText.h>
@@ -33,11 +34,9 @@ bool readWhole(std::string_view text, T& value) {
     return true;
 }
 
-/// ".T." for 'T'; NUL for a text of another form.
-char letterOf(std::string_view text) noexcept {
-    if (text.size() != 3 || text.front() != '.' || text.back() != '.')
-        return '\0';
-    return text[1] >= 'a' && text[1] <= 'z' ? static_cast<char>(text[1] - ('a' - 'A')) : text[1];
+/// "T" of ".T."; empty for a text of another form.
+std::string_view literalOf(std::string_view text) noexcept {
+    return text.size() == 3 && text.front() == '.' && text.back() == '.' ? text.substr(1, 1) : std::string_view();
 }
 
 } // namespace
@@ -77,20 +76,18 @@ bool fromExchangeForm(std::string_view text, double& value) {
 }
 
 bool fromExchangeForm(std::string_view text, VnIfcBoolean& value) {
-    const char letter = letterOf(text);
-    if (letter != 'T' && letter != 'F')
+    const VnIfcBoolean read = booleanOf(literalOf(text));
+    if (read.isUnset())
         return false;
-    value = VnIfcBoolean(letter == 'T');
+    value = read;
     return true;
 }
 
 bool fromExchangeForm(std::string_view text, VnIfcLogical& value) {
-    VnIfcBoolean known;
-    if (fromExchangeForm(text, known))
-        return widen(known, value);
-    if (letterOf(text) != 'U')
+    const VnIfcLogical read = logicalOf(literalOf(text));
+    if (read.isUnset())
         return false;
-    value = VnIfcLogical::Unknown;
+    value = read;
     return true;
 }
 

@@ -1,7 +1,7 @@
 #include <VnIfcCore/VnIfcVariant.h>
 #include <VnRx/VrString.h>
 
-#include <memory>
+#include <vector>
 
 namespace VN_SDAI {
 
@@ -12,6 +12,17 @@ VnIfcVariantTypeLocker& vnifcGetVaraintTypeLocker() noexcept {
 
 // ---- VnIfcVariantTypeSlot
 
+namespace {
+
+/// Keeps a descriptor that is never released in reach, so that checks for leaks tell it from a lost one.
+void keepForever(const VnIfcVariantType* descriptor) {
+    static auto& all = *new std::vector<const VnIfcVariantType*>;
+    const VnIfcAutoLocker guard(vnifcGetVaraintTypeLocker());
+    all.push_back(descriptor);
+}
+
+} // namespace
+
 const VnIfcVariantType& VnIfcVariantTypeSlot::make() {
     if (!m_isLocked)
         return createAndPublish();
@@ -21,10 +32,11 @@ const VnIfcVariantType& VnIfcVariantTypeSlot::make() {
 }
 
 const VnIfcVariantType& VnIfcVariantTypeSlot::createAndPublish() {
-    // Where there is no lock, a later store wins; the earlier descriptor stays, for its users have its address.
     VnIfcVariantType* const made = m_create();
     ++*m_living;
-    m_type.store(made, std::memory_order_release);
+    // Where there is no lock, a later store wins; the earlier descriptor stays, for its users have its address.
+    if (const VnIfcVariantType* earlier = m_type.exchange(made, std::memory_order_acq_rel))
+        keepForever(earlier);
     return *made;
 }
 

@@ -118,6 +118,8 @@ public:
     VN::ErrorStatus inFields(VnSpfFilerBase* filer) override;
     VN::ErrorStatus outFields(VnSpfFilerBase* filer) const override;
     void setInverseCounterParts() override;
+    bool listInverseCounterParts(VnIfcInverseList& list) const override;
+    void enterInverse(const void* inverse, const VnDbObjectId& referrer) override;
     /// Leaves inverse attributes as they are; what removes entries is the model.
     void resetInverseCounterParts() override;
     void leaveInverseCounterParts() override;
@@ -132,6 +134,9 @@ public:
     bool settleSelects() override;
     const VnIfcGUID* globalId() const noexcept override;
     void check(VnIfcCheck& check) const override;
+
+    /// To be told after a member was changed through its row, so that a text kept from the file gives way to it.
+    void fieldChanged(unsigned position) noexcept { touched(position); }
 
 protected:
     Entity() = default;

@@ -1,6 +1,6 @@
 #include <entities/AttributeAccess.h>
 
-#include <VnIfcTyped/Select.h>
+#include <VnIfcTyped/Fields.h>
 
 #include <VnIfcCore/VnIfcEntityType.h>
 #include <VnIfcCore/VnIfcException.h>
@@ -262,5 +262,29 @@ void Entity::unsetAttr(const VnAnsiString& name) {
     unset(*this, *row);
     touched(positionOf(entityClass(), *row));
 }
+
+// ---- by row
+
+bool putField(Entity& instance, unsigned position, const VnIfcVariant& value) {
+    checkWritable(instance, "putField");
+    const Assigned assigned = assign(instance, *instance.entityClass().fields[position], value);
+    if (assigned != Assigned::kNo)
+        instance.fieldChanged(position);
+    return assigned == Assigned::kYes;
+}
+
+void unsetField(Entity& instance, unsigned position) {
+    checkWritable(instance, "unsetField");
+    unset(instance, *instance.entityClass().fields[position]);
+    instance.fieldChanged(position);
+}
+
+bool testField(const Entity& instance, const AttributeRow& row) { return isSet(instance, row); }
+
+const SelectClass& selectClassOf(const AttributeRow& row) noexcept {
+    return *typeOf<SelectOperations>(row).selectClass;
+}
+
+const EnumerationClass& enumerationClassOf(const AttributeRow& row) noexcept { return typeOf<EnumerationClass>(row); }
 
 } // namespace VN_SDAI::typed

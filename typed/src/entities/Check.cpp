@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <numeric>
 #include <vector>
 
 // What the schema demands of an instance beyond what its C++ class can express.
@@ -51,6 +52,13 @@ bool hasEqualElements(const VnIfcAggr& aggregate) {
             selects.push_back(&each);
         using Pointer = const Select*;
         return hasEqual<Pointer>(std::move(selects), [](const Pointer& a, const Pointer& b) { return *a < *b; });
+    }
+    case VnTypeCodeKind::kAggregation: {
+        using Pointer = const VnIfcAggr*;
+        std::vector<Pointer> lists(aggregate.count());
+        std::iota(lists.begin(), lists.end(), static_cast<Pointer>(aggregate.imp().data()));
+        return hasEqual<Pointer>(std::move(lists),
+                                 [](const Pointer& a, const Pointer& b) { return a->compare(*b) < 0; });
     }
     default:
         return false;
@@ -229,6 +237,8 @@ private:
                 values += member<VnIfcGUID>(m_instance, *row).view();
             else if (row->kind == AttributeKind::kString)
                 values += member<VnAnsiString>(m_instance, *row).view();
+            else if (row->kind == AttributeKind::kReference)
+                values += nameOf(member<VnDbObjectId>(m_instance, *row));
             else
                 return;
             values += '\0';

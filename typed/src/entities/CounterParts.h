@@ -35,13 +35,12 @@ void forEachTarget(const Entity& instance, const AttributeRow& row, Visit visit)
         break;
     case AttributeKind::kAggregate: {
         const auto& aggregate = member<VnIfcAggr>(instance, row);
-        if (aggregate.elementKind() == VnTypeCodeKind::kEntity) {
+        if (aggregate.elementKind() == VnTypeCodeKind::kEntity)
             for (const VnDbObjectId& handle : static_cast<const VnIfcAggrOf<VnDbObjectId>&>(aggregate))
                 visit(handle);
-        } else if (aggregate.elementKind() == VnTypeCodeKind::kSelect) {
+        else if (aggregate.elementKind() == VnTypeCodeKind::kSelect)
             for (const Select& select : SelectElements(aggregate))
                 visit(select.getHandle());
-        }
         break;
     }
     default:

@@ -2,6 +2,7 @@
 
 #include <VnIfcCore/VnIfcEntityType.h>
 #include <VnIfcCore/VnIfcException.h>
+#include <VnIfcCore/VnIfcInverseList.h>
 #include <VnIfcCore/VnIfcModel.h>
 #include <entities/AttributeAccess.h>
 #include <entities/CounterParts.h>
@@ -100,6 +101,17 @@ void Entity::setInverseCounterParts() {
     forEachCounterPart(*this, entityClass(), [&](Entity& target, const InverseRow& inverse) {
         enter(target, inverse.attribute, objectId());
     });
+}
+
+bool Entity::listInverseCounterParts(VnIfcInverseList& list) const {
+    forEachCounterPart(*this, entityClass(), [&](Entity& target, const InverseRow& inverse) {
+        list.add(target.objectId(), target, &inverse.attribute, objectId());
+    });
+    return true;
+}
+
+void Entity::enterInverse(const void* inverse, const VnDbObjectId& referrer) {
+    enter(*this, *static_cast<const AttributeRow*>(inverse), referrer);
 }
 
 void Entity::resetInverseCounterParts() {}

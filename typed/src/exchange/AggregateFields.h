@@ -56,7 +56,7 @@ bool readElement(T& element, VnSpfFilerBase& filer, bool separated) {
             return false;
         if (!filer.helper().skipUntilRet('$'))
             return readElements<typename T::value_type>(element, filer);
-        filer.notify(1, 4); // an empty list, in other words
+        filer.onAccepted(VnSpfAccepted::kEmptyForm);
         return true;
     } else if constexpr (std::is_base_of_v<VnIfcSelect, T>) {
         return filer.rdPrimitive(static_cast<VnIfcSelect&>(element), separated);
@@ -71,7 +71,7 @@ bool readBareElement(VnIfcAggrOf<T>& aggregate, VnSpfFilerBase& filer) {
     T element{};
     if (filer.helper().peek() == '$' || !readElement(element, filer, false) || filer.helper().peek() != ')')
         return false;
-    filer.notify(1, 2);
+    filer.onAccepted(VnSpfAccepted::kBareElement);
     aggregate.assignMoved(std::span<T>(&element, 1));
     return true;
 }
@@ -102,7 +102,7 @@ bool readElements(VnIfcAggr& aggregate, VnSpfFilerBase& filer) {
     const std::size_t count = buffer.elements().size();
     typed.assignMoved(buffer.elements());
     if (good && typed.count() < count)
-        filer.notify(1, 3);
+        filer.onAccepted(VnSpfAccepted::kEqualElements);
     return good;
 }
 
@@ -127,18 +127,17 @@ void writeElements(const VnIfcAggr& aggregate, VnSpfFilerBase& filer, bool isBin
         if (separated)
             filer.wrChar(',');
         separated = true;
-        if constexpr (isList<T>) {
+        if constexpr (isList<T>)
             writeElements<typename T::value_type>(element, filer, isBinary);
-        } else if constexpr (std::is_same_v<T, VnAnsiString>) {
+        else if constexpr (std::is_same_v<T, VnAnsiString>)
             if (isBinary)
                 filer.wrBinaryElement(element);
             else
                 filer.wrPrimitive(element);
-        } else if constexpr (std::is_base_of_v<VnIfcSelect, T>) {
+        else if constexpr (std::is_base_of_v<VnIfcSelect, T>)
             filer.wrPrimitive(static_cast<const VnIfcSelect&>(element));
-        } else {
+        else
             filer.wrPrimitive(element);
-        }
     }
     filer.wrChar(')');
 }

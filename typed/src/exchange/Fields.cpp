@@ -35,7 +35,7 @@ void readAggregate(VnIfcAggr& value, const AttributeRow& row, VnSpfFilerBase& fi
     if (filer.openAggregate(separated, row.isBinary, row.mark == kOptional))
         filer.closeAggregate(typeOf<AggregateOperations>(row).read(value, filer));
     if (value.count() == 0)
-        filer.leaveEmpty(isUnsetWhenEmpty(row, separated));
+        filer.compareEmptyForm(isUnsetWhenEmpty(row, separated));
 }
 
 void readField(Entity& instance, const AttributeRow& row, VnSpfFilerBase& filer, bool separated) {

@@ -1,3 +1,4 @@
+#include <VnIfcCore/VnAscii.h>
 #include <VnIfcTyped/Enumeration.h>
 
 namespace VN_SDAI::typed {
@@ -5,11 +6,9 @@ namespace VN_SDAI::typed {
 namespace {
 
 bool equalNoCase(std::string_view left, const char* right) noexcept {
-    for (const char c : left) {
-        const char upper = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
-        if (upper != *right++)
+    for (const char c : left)
+        if (vnUpper(c) != *right++)
             return false; // literals are upper-case, and end with a NUL that no text equals
-    }
     return *right == '\0';
 }
 

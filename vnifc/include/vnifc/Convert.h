@@ -44,7 +44,7 @@ struct ConvertFinding {
 };
 
 struct ConvertOptions {
-    std::function<void(const ConvertFinding&)> findings; ///< told in ascending order of instances; may be empty
+    std::function<void(const ConvertFinding&)> findings; ///< called in ascending order of instances; may be empty
     VN_SDAI::VnIfcProgress progress;
     unsigned threads = 0; ///< for writing and reading within; 0: as many as the machine has
 };

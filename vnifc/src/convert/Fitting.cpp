@@ -22,19 +22,13 @@ constexpr std::string_view kWrongTarget = "the attribute may not refer to that e
 constexpr std::string_view kNoForm = "the value has no form in the attribute's type";
 constexpr std::string_view kTooFew = "too little of the list is left";
 
-std::string upper(std::string_view text) {
-    std::string result(text);
-    for (char& c : result)
-        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
-    return result;
-}
-
 bool hasWord(const Type* type, const typed::EnumerationClass* words, std::string_view word) {
     if (words)
         return words->fromLiteral(word) < words->literals.size();
     const VnIfcEnumerationType* enumeration = asEnumeration(type);
-    return enumeration && std::ranges::any_of(enumeration->literals(),
-                                              [&](const VnAnsiString& each) { return equalNames(each.view(), word); });
+    return enumeration && std::ranges::any_of(enumeration->literals(), [&](const VnAnsiString& each) {
+               return vnEqualNoCase(each.view(), word);
+           });
 }
 
 /// The name under which a select takes a value of a type without a name.
@@ -60,7 +54,7 @@ std::string_view plainName(VnTypeCodeKind kind) noexcept {
 bool isPlain(std::string_view name) noexcept {
     constexpr std::string_view kPlain[] = {"",           "IfcReal",  "IfcInteger", "IfcBoolean",
                                            "IfcLogical", "IfcLabel", "IfcText",    "IfcIdentifier"};
-    return std::ranges::any_of(kPlain, [&](std::string_view each) { return equalNames(each, name); });
+    return std::ranges::any_of(kPlain, [&](std::string_view each) { return vnEqualNoCase(each, name); });
 }
 
 } // namespace
@@ -114,7 +108,7 @@ bool Conversion::fit(Value& value, const Type* from, const Type* to, const typed
         return fitSelect(value, from, to);
     if (value.is(Value::Kind::kTyped))
         return fitTyped(value, to);
-    if (!equalNames(innermostName(from), nameOf(to)) && coerce(value, innermostName(from), to))
+    if (!vnEqualNoCase(innermostName(from), nameOf(to)) && coerce(value, innermostName(from), to))
         return true;
     if (asEntity(to))
         return false;
@@ -222,11 +216,11 @@ bool Conversion::fitReference(Value& value, const Type* from, const Type* to) {
 /// Applies the line of the table that leads to the wanted type, or to a member of the wanted select.
 bool Conversion::coerce(Value& value, std::string_view from, const Type* to) {
     for (const CoercionCase& each : coercionCases()) {
-        if (!equalNames(each.from, from))
+        if (!vnEqualNoCase(each.from, from))
             continue;
         const EntityType* entity = m_target.concrete(each.to);
         const bool isMember = asSelect(to) && (entity ? mayReferTo(to, *entity) : memberNamed(to, each.to) != nullptr);
-        if (!isMember && !equalNames(nameOf(to), each.to) &&
+        if (!isMember && !vnEqualNoCase(nameOf(to), each.to) &&
             !(entity && asEntity(to) && entity->isKindOf(asEntity(to))))
             continue;
         Value made = each.compute(*this, *m_record, value);
@@ -271,11 +265,11 @@ bool Conversion::fitSelect(Value& value, const Type* from, const Type* to) {
         if (coerce(value, value.text, to))
             return true;
         for (const RetypeCase& each : retypeCases()) {
-            const Type* member = equalNames(each.type, value.text) ? memberNamed(to, each.other) : nullptr;
+            const Type* member = vnEqualNoCase(each.type, value.text) ? memberNamed(to, each.other) : nullptr;
             if (!member)
                 continue;
             const std::string before = shown(value);
-            value.text = upper(each.other);
+            value.text = vnUpper(each.other);
             const bool fits = fit(value.items.front(), old, member);
             tell(ConvertKind::kChangedValue, m_attribute, before, shown(value), kSelectType);
             return fits;
@@ -304,7 +298,7 @@ bool Conversion::fitTyped(Value& value, const Type* to) {
     const Type* old = m_source.schema().namedType(value.text);
     if (coerce(value, value.text, to))
         return true;
-    const bool isSame = equalNames(value.text, nameOf(to)) || asEnumeration(to) ||
+    const bool isSame = vnEqualNoCase(value.text, nameOf(to)) || asEnumeration(to) ||
                         value.items.front().is(Value::Kind::kList) || value.items.front().is(Value::Kind::kReference);
     m_reasonLost = kUnwrapped;
     if (!isSame && !isPlain(nameOf(to)))
@@ -321,7 +315,7 @@ bool Conversion::fitTyped(Value& value, const Type* to) {
 bool Conversion::fitLiteral(Value& value, const Type* from, const Type* to, const typed::EnumerationClass* words) {
     if (!value.is(Value::Kind::kLiteral) && !value.is(Value::Kind::kString))
         return false;
-    const std::string word = upper(value.content());
+    const std::string word = vnUpper(value.content());
     words = words ? words : m_target.words(nameOf(to));
     if (hasWord(to, words, word)) {
         if (value.is(Value::Kind::kString))
@@ -334,7 +328,7 @@ bool Conversion::fitLiteral(Value& value, const Type* from, const Type* to, cons
         return true;
     };
     for (const LiteralCase& each : literalCases()) {
-        if (!equalNames(each.enumeration, nameOf(to)) && !equalNames(each.enumeration, nameOf(from)))
+        if (!vnEqualNoCase(each.enumeration, nameOf(to)) && !vnEqualNoCase(each.enumeration, nameOf(from)))
             continue;
         const std::string_view other = word == each.word ? each.other : word == each.other ? each.word : "";
         if (!other.empty() && hasWord(to, words, other))

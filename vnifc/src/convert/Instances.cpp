@@ -100,7 +100,8 @@ std::vector<Mapping> Conversion::retreats(const Plan& plan) const {
     std::vector<Mapping> result;
     const EntityType& tried = *plan.target->entity;
     for (const EntityCase& each : entityCases()) {
-        const EntityType* other = equalNames(each.entity, plan.source->name) ? m_target.concrete(each.other) : nullptr;
+        const EntityType* other =
+            vnEqualNoCase(each.entity, plan.source->name) ? m_target.concrete(each.other) : nullptr;
         if (other && other != &tried)
             result.push_back({Mapping::Way::kRenamed, other, &each, nullptr, each.reason});
     }
@@ -174,7 +175,7 @@ void Conversion::carryField(const Record& record, const Plan& plan, std::size_t 
         return m_rest.push_back({position, kOccupied});
     m_targetAttribute = to.name;
     Value value = record.values[position];
-    const std::size_t told = m_outcome->findings.size();
+    const std::size_t before = m_outcome->findings.size();
     bool isAsPlanned = step.isSafe;
     forEachReference(value, [&](std::uint64_t number) {
         isAsPlanned = isAsPlanned && !m_gone.contains(number) && !m_others.contains(number);
@@ -190,7 +191,7 @@ void Conversion::carryField(const Record& record, const Plan& plan, std::size_t 
         return;
     }
     const std::string_view reason = m_reasonLost;
-    forget(told);
+    forget(before);
     m_rest.push_back({position, reason});
 }
 
@@ -204,11 +205,11 @@ bool Conversion::isKeptText(const Record& record, std::size_t position) const {
 bool Conversion::fitField(const Record& record, const Plan& plan, std::size_t position, Value& value) {
     const Field& from = plan.source->fields[position];
     const Field& to = plan.target->fields[plan.steps[position].target];
-    const std::size_t told = m_outcome->findings.size();
+    const std::size_t before = m_outcome->findings.size();
     m_isPartLost = false;
     const bool fits = fit(value, from.type, to.type, to.enumeration());
     if (isKeptText(record, position) && (!fits || m_isPartLost)) {
-        forget(told);
+        forget(before);
         value = record.values[position];
         return true;
     }
@@ -399,7 +400,7 @@ Value Conversion::defaultFor(const Record& record, const Field& field, Draft& dr
         return isBare ? Value::list({std::move(value)}) : value;
     };
     for (const DefaultCase& each : defaultCases()) {
-        if (!equalNames(each.attribute, field.name) || !isNamed(*draft.layout->entity, each.entity))
+        if (!vnEqualNoCase(each.attribute, field.name) || !isNamed(*draft.layout->entity, each.entity))
             continue;
         if (each.compute)
             return each.compute(*this, record, {});

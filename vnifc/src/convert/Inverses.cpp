@@ -22,9 +22,9 @@ bool isSingle(const typed::InverseRow& inverse) noexcept {
 bool hasSingle(const EntityType* entity, const typed::InverseRow& inverse) noexcept {
     for (; entity; entity = entity->supertype())
         for (const typed::InverseRow& each : entity->entityClass()->inverses)
-            if (isSingle(each) && equalNames(each.inverted, inverse.inverted) &&
-                (equalNames(each.attribute.typeText, inverse.attribute.typeText) ||
-                 equalNames(each.attribute.name, inverse.attribute.name)))
+            if (isSingle(each) && vnEqualNoCase(each.inverted, inverse.inverted) &&
+                (vnEqualNoCase(each.attribute.typeText, inverse.attribute.typeText) ||
+                 vnEqualNoCase(each.attribute.name, inverse.attribute.name)))
                 return true;
     return false;
 }
@@ -38,7 +38,7 @@ bool demandsOne(const typed::InverseRow& inverse) noexcept {
 bool hasDemand(const EntityType* entity, const typed::InverseRow& inverse) noexcept {
     for (; entity; entity = entity->supertype())
         for (const typed::InverseRow& each : entity->entityClass()->inverses)
-            if (equalNames(each.attribute.name, inverse.attribute.name))
+            if (vnEqualNoCase(each.attribute.name, inverse.attribute.name))
                 return demandsOne(each);
     return false;
 }
@@ -53,7 +53,7 @@ const std::vector<Conversion::Limit>& Conversion::limitsOf(const EntityType& ent
     for (std::size_t i = 0; i < m_target.schema().entityCount(); ++i) {
         const EntityType& owner = *m_target.schema().entityAt(i);
         for (const typed::InverseRow& inverse : owner.entityClass()->inverses)
-            if (isSingle(inverse) && equalNames(inverse.inverted, attribute) &&
+            if (isSingle(inverse) && vnEqualNoCase(inverse.inverted, attribute) &&
                 isNamed(entity, inverse.attribute.typeText) && !hasSingle(m_source.entity(nameOf(owner)), inverse))
                 place->second.push_back({&inverse, &owner});
     }
@@ -226,7 +226,7 @@ bool Conversion::meetDemand(const typed::InverseRow& inverse, std::vector<std::s
 /// it, what the line needs is not there, or what referred to it before is lost.
 bool Conversion::addReferrer(const typed::InverseRow& inverse, bool wasDemanded) {
     for (const RequiredCase& each : requiredCases()) {
-        if (wasDemanded || !equalNames(each.inverse, inverse.attribute.name) ||
+        if (wasDemanded || !vnEqualNoCase(each.inverse, inverse.attribute.name) ||
             !isNamed(*typeInTarget(m_record->number), each.entity))
             continue;
         if (each.value.find("@whole") != each.value.npos && !wholeOf(m_record->number).isSet())

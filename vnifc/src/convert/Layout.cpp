@@ -12,20 +12,9 @@ namespace vnifc::conversion {
 
 using namespace VN_SDAI;
 
-namespace {
-
-constexpr char lower(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
-
-} // namespace
-
-bool equalNames(std::string_view left, std::string_view right) noexcept {
-    return left.size() == right.size() &&
-           std::equal(left.begin(), left.end(), right.begin(), [](char a, char b) { return lower(a) == lower(b); });
-}
-
 std::size_t Layout::find(std::string_view attribute) const noexcept {
     for (std::size_t i = 0; i < fields.size(); ++i)
-        if (equalNames(fields[i].name, attribute))
+        if (vnEqualNoCase(fields[i].name, attribute))
             return i;
     return kNone;
 }
@@ -75,7 +64,7 @@ void Release::learnWords(const EntityType& entity, const Field& field) {
 
 const typed::EnumerationClass* Release::words(std::string_view enumeration) const {
     for (const auto& [name, words] : m_words)
-        if (equalNames(name, enumeration))
+        if (vnEqualNoCase(name, enumeration))
             return words;
     return nullptr;
 }
@@ -84,7 +73,7 @@ std::string_view nameOf(const EntityType& entity) noexcept { return entity.entit
 
 bool isNamed(const EntityType& entity, std::string_view name) noexcept {
     for (const EntityType* each = &entity; each; each = each->supertype())
-        if (equalNames(nameOf(*each), name))
+        if (vnEqualNoCase(nameOf(*each), name))
             return true;
     return false;
 }
@@ -137,7 +126,7 @@ void forEachMember(const Type* type, const std::function<void(const Type&)>& vis
 const Type* memberNamed(const Type* select, std::string_view name) {
     const Type* found = nullptr;
     forEachMember(select, [&](const Type& member) {
-        if (!found && equalNames(nameOf(&member), name))
+        if (!found && vnEqualNoCase(nameOf(&member), name))
             found = &member;
     });
     return found;

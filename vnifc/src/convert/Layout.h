@@ -1,4 +1,5 @@
 #pragma once
+#include <VnIfcCore/VnAscii.h>
 #include <VnIfcCore/VnIfcAggregationType.h>
 #include <VnIfcCore/VnIfcEntityType.h>
 #include <VnIfcCore/VnIfcEnumerationType.h>
@@ -19,8 +20,6 @@ namespace vnifc::conversion {
 
 using EntityType = VN_SDAI::VnIfcEntityType;
 using Type = VN_SDAI::VnIfcParameterType;
-
-bool equalNames(std::string_view left, std::string_view right) noexcept;
 
 /// One position of a parameter list.
 struct Field {

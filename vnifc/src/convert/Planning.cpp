@@ -26,7 +26,7 @@ std::string_view firstName(std::string_view names) noexcept { return names.subst
 
 bool hasCoercion(std::string_view from, std::string_view to) noexcept {
     return std::ranges::any_of(coercionCases(), [&](const CoercionCase& each) {
-        return equalNames(each.from, from) && equalNames(each.to, to);
+        return vnEqualNoCase(each.from, from) && vnEqualNoCase(each.to, to);
     });
 }
 
@@ -59,7 +59,7 @@ const EntityType* Conversion::standInFor(std::string_view name) const {
     if (!m_target.entity(name))
         return nullptr;
     for (const StandInCase& each : standInCases())
-        if (equalNames(each.entity, name))
+        if (vnEqualNoCase(each.entity, name))
             if (const EntityType* standIn = m_target.concrete(each.other))
                 return standIn;
     return nullptr;
@@ -70,16 +70,16 @@ Mapping Conversion::newMapping(const EntityType& entity) const {
     if (const EntityType* same = m_target.concrete(name))
         return {Mapping::Way::kSame, same, nullptr, nullptr, {}};
     for (const EntityCase& each : entityCases())
-        if (equalNames(each.entity, name))
+        if (vnEqualNoCase(each.entity, name))
             if (const EntityType* other = m_target.concrete(each.other))
                 return {Mapping::Way::kRenamed, other, &each, nullptr, each.reason};
     for (const InlineCase& each : inlineCases())
-        if (equalNames(each.entity, name))
+        if (vnEqualNoCase(each.entity, name))
             return {Mapping::Way::kInlined, nullptr, nullptr, &each, each.reason};
     for (const EntityType* super = &entity; super; super = super->supertype()) {
         const EntityType* found = m_target.concrete(nameOf(*super));
         for (const EntityCase& each : entityCases()) {
-            if (found || !equalNames(each.entity, nameOf(*super)))
+            if (found || !vnEqualNoCase(each.entity, nameOf(*super)))
                 continue;
             found = m_target.concrete(each.other);
             found = found ? found : standInFor(each.other);
@@ -139,8 +139,8 @@ void Conversion::planStep(const Plan& plan, const Field& field, Step& step) cons
     if (step.target != Layout::kNone)
         return;
     for (const AttributeCase& each : attributeCases()) {
-        const bool isForth = equalNames(each.attribute, field.name);
-        if (each.compute || !(isForth || equalNames(each.other, field.name)))
+        const bool isForth = vnEqualNoCase(each.attribute, field.name);
+        if (each.compute || !(isForth || vnEqualNoCase(each.other, field.name)))
             continue;
         if (!isNamed(*plan.source->entity, each.entity) && !isNamed(*plan.target->entity, each.entity))
             continue;
@@ -174,7 +174,7 @@ void Conversion::planComputed(Plan& plan) {
 
 void Conversion::planFolds(Plan& plan) {
     for (const FoldCase& each : foldCases()) {
-        if (!equalNames(nameOf(*plan.source->entity), each.entity) || plan.source->find(each.owner) == Layout::kNone)
+        if (!vnEqualNoCase(nameOf(*plan.source->entity), each.entity) || plan.source->find(each.owner) == Layout::kNone)
             continue;
         plan.folds.push_back(&each);
         const auto consume = [&](std::string_view name) {
@@ -192,7 +192,7 @@ void Conversion::planUniques(Plan& plan) const {
         for (const typed::EntityClass* each = plan.source->entity->entityClass(); each; each = each->supertype)
             for (const typed::UniqueRule& other : each->uniques)
                 if (std::ranges::equal(
-                        other.attributes, rule.attributes, equalNames,
+                        other.attributes, rule.attributes, vnEqualNoCase,
                         [](const auto* row) { return std::string_view(row->name); },
                         [](const auto* row) { return std::string_view(row->name); }))
                     return true;

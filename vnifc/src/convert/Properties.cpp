@@ -11,14 +11,14 @@ namespace {
 
 const PropertyCase* propertyCaseFor(const EntityType& entity, std::string_view attribute) noexcept {
     for (const PropertyCase& each : propertyCases())
-        if (equalNames(each.attribute, attribute) && isNamed(entity, each.entity))
+        if (vnEqualNoCase(each.attribute, attribute) && isNamed(entity, each.entity))
             return &each;
     return nullptr;
 }
 
 const RedundantCase* redundantCaseFor(const EntityType& entity, std::string_view attribute) noexcept {
     for (const RedundantCase& each : redundantCases())
-        if (equalNames(each.attribute, attribute) && isNamed(entity, each.entity))
+        if (vnEqualNoCase(each.attribute, attribute) && isNamed(entity, each.entity))
             return &each;
     return nullptr;
 }
@@ -68,7 +68,7 @@ void Conversion::keepRest(const Record& record, Draft& draft) {
 
 /// The text of a property with that value; empty when it cannot be one.
 std::string Conversion::propertyOf(std::string_view name, const Value& value, const Type* from) {
-    const std::size_t told = m_outcome->findings.size();
+    const std::size_t before = m_outcome->findings.size();
     const std::size_t made = m_outcome->created.size();
     Value kept = value;
     const Type* values = m_target.schema().namedType("IfcValue");
@@ -95,7 +95,7 @@ std::string Conversion::propertyOf(std::string_view name, const Value& value, co
     } else if (fit(kept, from, values) && kept.is(Value::Kind::kTyped)) {
         text = "IFCPROPERTYSINGLEVALUE" + head + textOf(kept) + ",$)";
     }
-    forget(told); // that the value has a type now is not worth telling
+    forget(before); // that the value has a type now is not worth telling
     if (text.empty())
         m_outcome->created.resize(made);
     return text;

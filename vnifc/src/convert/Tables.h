@@ -4,7 +4,7 @@
 #include <span>
 #include <string_view>
 
-/// What differs between the releases, as data: one line a case, with the reason that users are told.
+/// What differs between the releases, as data: one line a case, with the reason that users see.
 ///
 /// A case applies where the target lacks what the source has, so that a line says nothing of releases, serves every
 /// pair of them, and in both directions where it has no function. What has the same name in both releases needs no

@@ -1,5 +1,7 @@
 #include "Value.h"
 
+#include <VnIfcCore/VnAscii.h>
+
 #include <array>
 #include <charconv>
 
@@ -219,9 +221,7 @@ Value Value::real(double value) {
 }
 
 Value Value::typed(std::string_view keyword, Value value) {
-    Value result{Kind::kTyped, std::string(keyword), 0, {}};
-    for (char& c : result.text)
-        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
+    Value result{Kind::kTyped, VN_SDAI::vnUpper(keyword), 0, {}};
     result.items.push_back(std::move(value));
     return result;
 }

@@ -14,7 +14,7 @@ struct Case {
     const char* error;
 };
 
-TEST(Resolve, namesPlaceOfWhatDoesNotFit) {
+TEST(Resolve, NamesPlaceOfWhatDoesNotFit) {
     const Case cases[] = {
         {"ENTITY A; x : Missing; END_ENTITY;", "",
          "s.exp:2:15: found \"Missing\", expected a type or entity of the schema"},
@@ -50,12 +50,11 @@ TEST(Resolve, namesPlaceOfWhatDoesNotFit) {
         {"TYPE T = ENUMERATION OF (a); END_TYPE;", "T",
          "o.txt:1:1: found \"T\", expected no enumeration: their order is that of their file"},
     };
-    for (const Case& c : cases) {
+    for (const Case& c : cases)
         EXPECT_EQ(errorOf([&] { resolveText(c.body, c.order); }), c.error) << c.body;
-    }
 }
 
-TEST(Resolve, followsDefinedTypesToTheirValueButKeepsTheirNames) {
+TEST(Resolve, FollowsDefinedTypesToTheirValueButKeepsTheirNames) {
     const Model model = resolveText(R"(
 TYPE Id = STRING(22) FIXED; END_TYPE;
 TYPE Count = NUMBER; END_TYPE;
@@ -86,8 +85,21 @@ ENTITY A; a : small; b : SET OF PAIR; c : Pair; d : Id; e : STRING(22); END_ENTI
     EXPECT_EQ(model.aggregations[2].element, "list [2:2] of Small");
 }
 
+// Values of derived attributes are not stored, so that no rule over them can be checked.
+TEST(Resolve, LeavesOutUniqueRulesOverDerivedAttributes) {
+    const Model model = resolveText(R"(
+ENTITY A; x : REAL; y : STRING; UNIQUE ua : x, y; END_ENTITY;
+ENTITY B SUBTYPE OF (A); z : STRING; DERIVE SELF\A.x : REAL := 1; w : REAL := 2;
+UNIQUE one : x; two : w; three : Y, z; END_ENTITY;)");
+    ASSERT_EQ(model.entities[0].uniques.size(), 1u);
+    EXPECT_EQ(model.entities[0].uniques[0].attributes.size(), 2u);
+    ASSERT_EQ(model.entities[1].uniques.size(), 1u);
+    EXPECT_EQ(model.entities[1].uniques[0].label, "three");
+    EXPECT_EQ(model.entities[1].uniques[0].attributes[0].owner, &model.entities[0]);
+}
+
 // A link belongs to the entity that declares the forward attribute, whatever subtype the inverse names.
-TEST(Resolve, linksForwardAttributesToTheirInverses) {
+TEST(Resolve, LinksForwardAttributesToTheirInverses) {
     const Model model = resolveText(R"(
 ENTITY Target; INVERSE second : SET OF Sub FOR b; first : Base FOR a; END_ENTITY;
 ENTITY Base; a : Target; END_ENTITY;

@@ -14,13 +14,12 @@ using test::parse;
 
 std::string repeat(std::string_view text, int times) {
     std::string result;
-    for (int i = 0; i < times; ++i) {
+    for (int i = 0; i < times; ++i)
         result += text;
-    }
     return result;
 }
 
-TEST(Reader, skipsWhatIsNoDeclarationOfATypeOrEntity) {
+TEST(Reader, SkipsWhatIsNoDeclarationOfATypeOrEntity) {
     const SchemaDecl schema = parseSchema("full.exp", R"(
 -- a tail remark with (* an opening that is none
 (* nested (* remarks *) with a quote ' and END_SCHEMA; *)
@@ -59,7 +58,7 @@ END_SCHEMA; -- the end)");
     EXPECT_EQ(schema.entities[0].name.at.line, 24);
 }
 
-TEST(Reader, readsEveryClauseOfAnEntity) {
+TEST(Reader, ReadsEveryClauseOfAnEntity) {
     const SchemaDecl schema = parse(R"(
 ENTITY Edge
   ABSTRACT SUPERTYPE OF (ONEOF(OrientedEdge ANDOR (B, C), D))
@@ -115,7 +114,7 @@ ENTITY Top SUPERTYPE OF (Leaf); END_ENTITY;)");
     EXPECT_FALSE(schema.entities[2].isAbstract);
 }
 
-TEST(Reader, survivesNestingThatWouldExhaustAStack) {
+TEST(Reader, SurvivesNestingThatWouldExhaustAStack) {
     constexpr int kDepth = 300'000;
     const SchemaDecl schema = parse(
         "TYPE Deep = " + repeat("LIST OF ", kDepth) + "REAL; END_TYPE; ENTITY E SUPERTYPE OF " + repeat("(", kDepth) +
@@ -129,7 +128,7 @@ struct Case {
     const char* error;
 };
 
-TEST(Reader, namesPlaceFoundAndExpected) {
+TEST(Reader, NamesPlaceFoundAndExpected) {
     const Case cases[] = {
         {"", "s.exp:1:1: found the end of the text, expected \"SCHEMA\""},
         {"SCHEMA S;\n  ENTITY A\nEND_ENTITY;", "s.exp:3:1: found \"END_ENTITY\", expected \";\""},
@@ -151,20 +150,18 @@ TEST(Reader, namesPlaceFoundAndExpected) {
         {"SCHEMA S;\n42", "s.exp:2:1: found \"42\", expected a declaration or \"END_SCHEMA\""},
         {"SCHEMA S; END_SCHEMA; SCHEMA T;", "s.exp:1:23: found \"SCHEMA\", expected the end of the text"},
     };
-    for (const Case& c : cases) {
+    for (const Case& c : cases)
         EXPECT_EQ(errorOf([&] { parseSchema("s.exp", c.source); }), c.error) << c.source;
-    }
 }
 
 // Cutting a text anywhere must end in an error, never in a loop or a read past the end.
-TEST(Reader, refusesEveryPrefixOfASchema) {
+TEST(Reader, RefusesEveryPrefixOfASchema) {
     const std::string text =
         "SCHEMA S; TYPE T = LIST [0:a(1)] OF STRING(3) FIXED; WHERE x : 'q'; END_TYPE; ENTITY A "
         "ABSTRACT SUPERTYPE OF (B) SUBTYPE OF (C); a, b : OPTIONAL T; DERIVE SELF\\C.d : REAL := 1; "
         "INVERSE e : SET [0:?] OF B FOR c.f; UNIQUE u : a; END_ENTITY; END_SCHEMA;";
-    for (std::size_t length = 0; length < text.size(); ++length) {
+    for (std::size_t length = 0; length < text.size(); ++length)
         EXPECT_NE(errorOf([&] { parseSchema("s.exp", std::string_view(text).substr(0, length)); }), "") << length;
-    }
     EXPECT_EQ(errorOf([&] { parseSchema("s.exp", text); }), "");
 }
 

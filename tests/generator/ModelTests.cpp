@@ -20,9 +20,8 @@ protected:
     static const Entity& entity(std::string_view name) { return *s_model->findEntity(name); }
     static std::vector<std::string> explicits(std::string_view name) {
         std::vector<std::string> result;
-        for (const ExplicitAttribute& attribute : entity(name).explicits) {
+        for (const ExplicitAttribute& attribute : entity(name).explicits)
             result.push_back(attribute.name + " " + attributeTypeText(attribute.type));
-        }
         return result;
     }
     static std::vector<std::string> inverses(std::string_view name) {
@@ -47,7 +46,7 @@ TEST(Totals, NameWhatIsOffWithExpectedAndFound) {
               (Texts{"explicit attributes: expected 2, found 1", "\"wheels\" is nothing that is counted"}));
 }
 
-TEST_F(SchemaModel, boundsHaveTheKnownFrequencies) {
+TEST_F(SchemaModel, BoundsHaveTheKnownFrequencies) {
     std::map<std::string, int> aggregations;
     for (const Aggregation& aggregation : s_model->aggregations) {
         const char* const kinds[] = {"array", "bag", "list", "set"};
@@ -63,34 +62,29 @@ TEST_F(SchemaModel, boundsHaveTheKnownFrequencies) {
     EXPECT_EQ(aggregations, expected);
 
     std::map<std::string, int> cardinalities;
-    for (const Entity& owner : s_model->entities) {
-        for (const InverseAttribute& inverse : owner.inverses) {
+    for (const Entity& owner : s_model->entities)
+        for (const InverseAttribute& inverse : owner.inverses)
             ++cardinalities[inverse.hasBounds ? inverse.layer.lower.text + ":" + inverse.layer.upper.text : "none"];
-        }
-    }
     const std::map<std::string, int> expectedCardinalities{
         {"0:?", 107}, {"0:1", 39}, {"1:?", 7}, {"1:1", 5}, {"none", 5}};
     EXPECT_EQ(cardinalities, expectedCardinalities);
 }
 
-TEST_F(SchemaModel, attributesUseTheKnownTypes) {
+TEST_F(SchemaModel, AttributesUseTheKnownTypes) {
     std::map<std::string, int> uses;
-    for (const Entity& owner : s_model->entities) {
-        for (const ExplicitAttribute& attribute : owner.explicits) {
+    for (const Entity& owner : s_model->entities)
+        for (const ExplicitAttribute& attribute : owner.explicits)
             ++uses[attributeTypeText(attribute.type)];
-        }
-    }
     const std::pair<const char*, int> commonest[] = {{"IFCLABEL", 146},        {"IFCPOSITIVELENGTHMEASURE", 128},
                                                      {"IFCLENGTHMEASURE", 52}, {"IFCBOOLEAN", 50},
                                                      {"IFCTEXT", 44},          {"IFCDATETIME", 32}};
-    for (const auto& [text, count] : commonest) {
+    for (const auto& [text, count] : commonest)
         EXPECT_EQ(uses[text], count) << text;
-    }
     EXPECT_EQ(entity("IfcDocumentInformation").explicits.size() + entity("IfcDocumentInformation").inverses.size(),
               21u);
 }
 
-TEST_F(SchemaModel, entitiesAreAsDeclared) {
+TEST_F(SchemaModel, EntitiesAreAsDeclared) {
     EXPECT_EQ(explicits("IfcRoot"), (Texts{"GlobalId IFCGLOBALLYUNIQUEID", "OwnerHistory IFCOWNERHISTORY",
                                            "Name IFCLABEL", "Description IFCTEXT"}));
     EXPECT_EQ(entity("IfcRoot").explicits[0].type.kind, Kind::kGuid);
@@ -111,7 +105,7 @@ TEST_F(SchemaModel, entitiesAreAsDeclared) {
     EXPECT_EQ(inverses("IfcAlignment2DVertical"), (Texts{"ToAlignmentCurve [1:1] ifcalignmentcurve.Vertical"}));
 }
 
-TEST_F(SchemaModel, redeclaredPositionsStayInTheParameterList) {
+TEST_F(SchemaModel, RedeclaredPositionsStayInTheParameterList) {
     const Entity& edge = entity("IfcOrientedEdge");
     ASSERT_EQ(edge.fields.size(), 4u);
     EXPECT_TRUE(edge.fields[0].isDerived && edge.fields[1].isDerived);
@@ -121,7 +115,7 @@ TEST_F(SchemaModel, redeclaredPositionsStayInTheParameterList) {
     EXPECT_EQ(entity("IfcEdgeCurve").fields[0].owner, &entity("IfcEdge"));
 }
 
-TEST_F(SchemaModel, recordsAreBuiltInTheKnownOrder) {
+TEST_F(SchemaModel, RecordsAreBuiltInTheKnownOrder) {
     const char* const first[] = {"IfcRoot",
                                  "IfcRelationship",
                                  "IfcRelConnects",
@@ -133,9 +127,8 @@ TEST_F(SchemaModel, recordsAreBuiltInTheKnownOrder) {
                                  "IfcProduct",
                                  "IfcControl",
                                  "IfcActionRequest"};
-    for (std::size_t i = 0; i < std::size(first); ++i) {
+    for (std::size_t i = 0; i < std::size(first); ++i)
         EXPECT_EQ(s_model->entityOrder[i]->name, first[i]);
-    }
     std::map<const Entity*, std::size_t> places;
     for (const Entity* placed : s_model->entityOrder) {
         EXPECT_TRUE(placed->supertype == nullptr || places.contains(placed->supertype)) << placed->name;
@@ -163,7 +156,7 @@ TEST_F(SchemaModel, recordsAreBuiltInTheKnownOrder) {
     EXPECT_TRUE(named("set [0:1] of IfcIndexedColourMap"));
 }
 
-TEST_F(SchemaModel, selectsAreFlattenedInOrder) {
+TEST_F(SchemaModel, SelectsAreFlattenedInOrder) {
     const Select& value = *s_model->findSelect("IfcValue");
     EXPECT_EQ(value.members, (Texts{"IfcDerivedMeasureValue", "IfcMeasureValue", "IfcSimpleValue"}));
     ASSERT_EQ(value.leaves.size(), 108u);
@@ -173,12 +166,11 @@ TEST_F(SchemaModel, selectsAreFlattenedInOrder) {
     EXPECT_EQ(s_model->findSelect("IfcSimpleValue")->leaves[10].type.kind, Kind::kReal);
 }
 
-TEST_F(SchemaModel, enumerationClassesAndRecordsDifferAsKnown) {
+TEST_F(SchemaModel, EnumerationClassesAndRecordsDifferAsKnown) {
     const auto namesOf = [](const std::vector<Enumeration>& enumerations) {
         Texts names;
-        for (const Enumeration& enumeration : enumerations) {
+        for (const Enumeration& enumeration : enumerations)
             names.push_back(enumeration.name);
-        }
         std::sort(names.begin(), names.end());
         return names;
     };
@@ -195,7 +187,7 @@ TEST_F(SchemaModel, enumerationClassesAndRecordsDifferAsKnown) {
                                    "IfcTransportElementTypeEnum", "IfcVehicleTypeEnum", "IfcVirtualElementTypeEnum"}));
 }
 
-TEST_F(SchemaModel, exactlyTheKnownEntitiesLinkToInverses) {
+TEST_F(SchemaModel, ExactlyTheKnownEntitiesLinkToInverses) {
     std::istringstream names(
         "Alignment2DCant Alignment2DHorizontal Alignment2DVertical AlignmentCurve ApprovalRelationship "
         "ClassificationReference ComplexProperty ComplexPropertyTemplate CompositeCurve CoordinateOperation "
@@ -218,15 +210,12 @@ TEST_F(SchemaModel, exactlyTheKnownEntitiesLinkToInverses) {
         "StructuralAnalysisModel StructuralResultGroup StyledItem SurfaceStyleWithTextures TextureCoordinate "
         "TextureMap TypeObject VirtualGridIntersection ");
     Texts expected;
-    for (std::string name; names >> name;) {
+    for (std::string name; names >> name;)
         expected.push_back("Ifc" + name);
-    }
     Texts found;
-    for (const Entity& candidate : s_model->entities) {
-        if (!candidate.links.empty()) {
+    for (const Entity& candidate : s_model->entities)
+        if (!candidate.links.empty())
             found.push_back(candidate.name);
-        }
-    }
     std::sort(expected.begin(), expected.end());
     std::sort(found.begin(), found.end());
     EXPECT_EQ(found, expected);

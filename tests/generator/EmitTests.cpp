@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
+#include <fstream>
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace expgen {
 namespace {
@@ -19,23 +24,22 @@ Files emitText(std::string_view body, std::string_view order = "") {
 
 bool contains(const std::string& text, std::string_view part) { return text.find(part) != std::string::npos; }
 
-TEST(Emit, givesTheSameBytesForTheSameInput) {
+TEST(Emit, GivesTheSameBytesForTheSameInput) {
     const Files first = emit(test::resolveProjectSchema(), target());
     EXPECT_EQ(first, emit(test::resolveProjectSchema(), target()));
     EXPECT_EQ(first.size(), 880u + 242u + 66u + 5u + 21u);
-    for (const auto& [name, text] : first) {
+    for (const auto& [name, text] : first)
         EXPECT_TRUE(text.starts_with("// Made by expgen from schemas/toy")) << name;
-    }
 }
 
 // The set of files must not depend on how many entities and selects there are: the build names them beforehand.
-TEST(Emit, makesAllUnitsOfASmallSchema) {
+TEST(Emit, MakesAllUnitsOfASmallSchema) {
     const Files files = emitText("ENTITY A; END_ENTITY;");
     EXPECT_TRUE(files.contains("src/Entities_15.cpp"));
     EXPECT_TRUE(files.contains("src/Selects_1.cpp"));
 }
 
-TEST(Emit, holdsEachKindInItsMember) {
+TEST(Emit, HoldsEachKindInItsMember) {
     const Files files = emitText(R"(
 TYPE Id = STRING(22) FIXED; END_TYPE;
 TYPE Colour = ENUMERATION OF (red); END_TYPE;
@@ -84,7 +88,7 @@ ENTITY Other; back : E; END_ENTITY;)",
     EXPECT_TRUE(contains(source, R"("many", "other", "back", 1, kUnbounded, offsetof(E, m_many)))"));
 }
 
-TEST(Emit, keepsDerivedPositionsAndCountsInheritedOnes) {
+TEST(Emit, KeepsDerivedPositionsAndCountsInheritedOnes) {
     const Files files = emitText(R"(
 ENTITY Base; a : REAL; b : OPTIONAL REAL; END_ENTITY;
 ENTITY Middle SUBTYPE OF (Base); END_ENTITY;
@@ -103,8 +107,9 @@ ENTITY Leaf SUBTYPE OF (Middle); c : REAL; DERIVE dim : INTEGER := 3; SELF\Base.
     EXPECT_TRUE(contains(leaf, "    &Leaf::g_pEntityType,\n    &Base::g_pEntityType,\n    &Middle::g_pEntityType,\n"));
 }
 
-TEST(Output, leavesUnchangedFilesAlone) {
-    const std::filesystem::path directory = std::filesystem::path(::testing::TempDir()) / "expgen_output_test";
+TEST(Output, LeavesUnchangedFilesAlone) {
+    const std::filesystem::path directory =
+        std::filesystem::temp_directory_path() / ("expgen_output_" + std::to_string(::getpid()));
     std::filesystem::remove_all(directory);
     EXPECT_EQ(writeChanged({{"a/one.h", "1"}, {"two.h", "2"}}, directory), 2u);
     EXPECT_EQ(writeChanged({{"a/one.h", "1"}, {"two.h", "3"}}, directory), 1u);
@@ -113,6 +118,52 @@ TEST(Output, leavesUnchangedFilesAlone) {
     EXPECT_THROW(readFile(directory / "none.h"), std::system_error);
     std::filesystem::remove_all(directory);
 }
+
+#if defined(VNIFC_EXPGEN)
+TEST(Program, TellsWrongUseWrongTotalsAndAFullDisk) {
+    namespace fs = std::filesystem;
+    const fs::path directory = fs::temp_directory_path() / ("expgen_program_" + std::to_string(::getpid()));
+    fs::create_directories(directory / "wrong");
+    fs::copy_file(VNIFC_TOY "/declarations.exp", directory / "wrong" / "declarations.exp");
+    std::ofstream(directory / "wrong" / "release.txt")
+        << readFile(VNIFC_TOY "/release.txt") << "total inverse attributes 4\n"
+        << "total selects 1\ntotal gnomes 1\n";
+    const std::string toy = VNIFC_TOY, wrong = (directory / "wrong").string(), out = (directory / "out").string();
+    const struct {
+        std::string arguments;
+        int exitCode;
+        std::string said;
+    } cases[] = {
+        {"", 2, "usage: expgen classes"},
+        {"bake " + toy, 2, "expected classes, list, totals or catalogue"},
+        {"list", 2, "usage: "},
+        {"classes " + toy, 2, "usage: "},
+        {"list " + directory.string(), 1, "release.txt"},
+        {"list " + wrong, 1, "inverse attributes: expected 4, found 3\n"},
+        {"list " + wrong, 1, "selects: expected 1, found "},
+        {"list " + wrong, 1, "\"gnomes\" is nothing that is counted"},
+        {"classes " + wrong + ' ' + out, 1, "inverse attributes"},
+        {"list " + toy + " > /dev/full", 1, ""},
+        {"totals " + toy + " > /dev/full", 1, ""},
+        {"totals " + wrong, 0, "total inverse attributes 3\n"},
+        {"list " + toy, 0, "include/TOY/ToyPlant.h\n"},
+        {"catalogue " + out + "/c.h " + toy, 0, ""},
+        {"classes " + toy + ' ' + (directory / "wrong" / "release.txt").string(), 1, "expgen: "},
+    };
+    for (const auto& each : cases) {
+        const fs::path said = directory / "said";
+        const bool isRedirected = each.arguments.find('>') != each.arguments.npos;
+        const std::string command = VNIFC_EXPGEN " " + each.arguments + (isRedirected ? " 2> " : " > ") +
+                                    said.string() + (isRedirected ? "" : " 2>&1");
+        const int status = std::system(command.c_str());
+        EXPECT_EQ(WEXITSTATUS(status), each.exitCode) << each.arguments;
+        EXPECT_TRUE(contains(readFile(said), each.said)) << each.arguments << '\n' << readFile(said);
+    }
+    EXPECT_TRUE(contains(readFile(directory / "out" / "c.h"), "\"TOY\""));
+    EXPECT_FALSE(fs::exists(directory / "out" / "include")) << "nothing is written when totals are wrong";
+    fs::remove_all(directory);
+}
+#endif
 
 } // namespace
 } // namespace expgen
