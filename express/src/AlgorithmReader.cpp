@@ -35,9 +35,8 @@ TypeSpec AlgorithmReader::parseTypeSpec(bool isParameter) {
             continue;
         }
         const auto kind = acceptAggregate();
-        if (!kind) {
+        if (!kind)
             break;
-        }
         type.layers.push_back(parseLayer(*kind));
         expect("OF");
         type.layers.back().isOptional = accept("OPTIONAL");
@@ -60,17 +59,15 @@ TypeSpec AlgorithmReader::parseTypeSpec(bool isParameter) {
 
 // Labels tie the types of actual parameters to each other; what is done with the values does not depend on them.
 void AlgorithmReader::parseGenericLabel() {
-    if (accept(":")) {
+    if (accept(":"))
         takeName("a type label");
-    }
 }
 
 void AlgorithmReader::parseWidth(TypeSpec& type) {
     if (at("(")) {
         take();
-        if (token().kind == TokenKind::kInteger) {
+        if (token().kind == TokenKind::kInteger)
             type.width = takeInteger();
-        }
         skipTo({")"});
         take();
     }
@@ -89,9 +86,8 @@ Layer AlgorithmReader::parseLayer(AggregateKind kind) {
 
 Bound AlgorithmReader::parseBound(std::string_view end) {
     const Token first = token();
-    if (at(end)) {
+    if (at(end))
         fail("a bound");
-    }
     if (first.kind == TokenKind::kInteger && peek().text == end) {
         const int value = takeInteger();
         take();
@@ -102,19 +98,16 @@ Bound AlgorithmReader::parseBound(std::string_view end) {
         expression.push_back(parseSimple());
         const std::string text(first.text.data(), token().text.data());
         expect(end);
-        if (expression.front().kind == ExpressionKind::kIndeterminate) {
+        if (expression.front().kind == ExpressionKind::kIndeterminate)
             expression.clear();
-        }
         return {text, std::nullopt, std::move(expression)};
     }
-    if (first.kind == TokenKind::kInteger) {
+    if (first.kind == TokenKind::kInteger)
         takeInteger();
-    }
     Token last = first;
     for (std::size_t depth = 0; depth > 0 || !at(end);) {
-        if (atEnd() || at(";")) {
+        if (atEnd() || at(";"))
             fail("\"" + std::string(end) + "\"");
-        }
         depth += at("(") || at("[") ? 1 : 0;
         depth -= depth > 0 && (at(")") || at("]")) ? 1 : 0;
         last = take();
@@ -126,17 +119,15 @@ Bound AlgorithmReader::parseBound(std::string_view end) {
 
 std::vector<DomainRule> AlgorithmReader::parseWhere(std::string_view end) {
     std::vector<DomainRule> rules;
-    if (!at("WHERE")) {
+    if (!at("WHERE"))
         return rules;
-    }
     if (!isWhole()) {
         skipTo({end});
         return rules;
     }
     take();
-    while (!at(end)) {
+    while (!at(end))
         rules.push_back(parseDomainRule());
-    }
     return rules;
 }
 
@@ -158,9 +149,8 @@ DomainRule AlgorithmReader::parseDomainRule() {
 std::vector<VariableDecl> AlgorithmReader::parseConstants() {
     std::vector<VariableDecl> constants;
     expect("CONSTANT");
-    while (!accept("END_CONSTANT")) {
+    while (!accept("END_CONSTANT"))
         parseVariables(constants, true);
-    }
     expect(";");
     return constants;
 }
@@ -173,12 +163,10 @@ void AlgorithmReader::parseVariables(std::vector<VariableDecl>& variables, bool 
     expect(":");
     const TypeSpec type = parseTypeSpec(true);
     std::vector<Expression> value;
-    if (isConstant && !at(":=")) {
+    if (isConstant && !at(":="))
         fail("\":=\"");
-    }
-    if (accept(":=")) {
+    if (accept(":="))
         value.push_back(parseExpression());
-    }
     expect(";");
     for (std::size_t i = first; i < variables.size(); ++i) {
         variables[i].type = type;
@@ -206,9 +194,8 @@ AlgorithmDecl AlgorithmReader::parseAlgorithm(AlgorithmKind kind) {
     expect(";");
     parseHead(result);
     result.body = parseStatements({algorithm.end, "WHERE"});
-    if (kind == AlgorithmKind::kRule) {
+    if (kind == AlgorithmKind::kRule)
         result.where = parseWhere(algorithm.end);
-    }
     expect(algorithm.end);
     expect(";");
     return result;
@@ -224,24 +211,20 @@ void AlgorithmReader::parseParameters(AlgorithmDecl& algorithm) {
         } while (accept(","));
         expect(":");
         const TypeSpec type = parseTypeSpec(true);
-        for (std::size_t i = first; i < algorithm.parameters.size(); ++i) {
+        for (std::size_t i = first; i < algorithm.parameters.size(); ++i)
             algorithm.parameters[i].type = type;
-        }
     } while (accept(";"));
     expect(")");
 }
 
 void AlgorithmReader::parseHead(AlgorithmDecl& algorithm) {
-    while (at("FUNCTION") || at("PROCEDURE") || at("TYPE") || at("ENTITY") || at("SUBTYPE_CONSTRAINT")) {
+    while (at("FUNCTION") || at("PROCEDURE") || at("TYPE") || at("ENTITY") || at("SUBTYPE_CONSTRAINT"))
         parseLocalDeclaration(algorithm);
-    }
-    if (at("CONSTANT")) {
+    if (at("CONSTANT"))
         algorithm.constants = parseConstants();
-    }
     if (accept("LOCAL")) {
-        while (!accept("END_LOCAL")) {
+        while (!accept("END_LOCAL"))
             parseVariables(algorithm.locals, false);
-        }
         expect(";");
     }
 }
@@ -254,18 +237,16 @@ void AlgorithmReader::parseLocalDeclaration(AlgorithmDecl& algorithm) {
     }
     const std::string keyword(token().text);
     const Token name = peek();
-    if (!at("SUBTYPE_CONSTRAINT")) {
+    if (!at("SUBTYPE_CONSTRAINT"))
         algorithm.types.push_back({std::string(name.text), name.at});
-    }
     skipBlock(upper(keyword));
 }
 
 std::vector<Statement> AlgorithmReader::parseStatements(std::initializer_list<std::string_view> ends) {
     std::vector<Statement> statements;
     while (std::none_of(ends.begin(), ends.end(), [this](std::string_view word) { return at(word); })) {
-        if (atEnd()) {
+        if (atEnd())
             fail("\"" + std::string(*ends.begin()) + "\"");
-        }
         statements.push_back(parseStatement());
     }
     return statements;
@@ -275,9 +256,8 @@ Statement AlgorithmReader::parseStatement() {
     const Level level(*this);
     Statement statement;
     statement.at = token().at;
-    if (accept(";")) {
+    if (accept(";"))
         return statement;
-    }
     if (accept("ALIAS")) {
         parseAlias(statement);
     } else if (accept("BEGIN")) {
@@ -305,9 +285,8 @@ Statement AlgorithmReader::parseStatement() {
 
 void AlgorithmReader::parseAlias(Statement& statement) {
     statement.kind = StatementKind::kAlias;
-    if (token().kind != TokenKind::kWord) {
+    if (token().kind != TokenKind::kWord)
         fail("a variable's name");
-    }
     statement.name = take().text;
     expect("FOR");
     statement.expressions.push_back(parseReference());
@@ -343,9 +322,8 @@ void AlgorithmReader::parseIf(Statement& statement) {
     statement.expressions.push_back(parseExpression());
     expect("THEN");
     statement.body = parseStatements({"END_IF", "ELSE"});
-    if (accept("ELSE")) {
+    if (accept("ELSE"))
         statement.otherwise = parseStatements({"END_IF"});
-    }
     expect("END_IF");
 }
 
@@ -357,16 +335,13 @@ void AlgorithmReader::parseRepeat(Statement& statement) {
         statement.expressions.push_back(parseExpression());
         expect("TO");
         statement.expressions.push_back(parseExpression());
-        if (accept("BY")) {
+        if (accept("BY"))
             statement.expressions.push_back(parseExpression());
-        }
     }
-    if (accept("WHILE")) {
+    if (accept("WHILE"))
         statement.whileCondition.push_back(parseExpression());
-    }
-    if (accept("UNTIL")) {
+    if (accept("UNTIL"))
         statement.untilCondition.push_back(parseExpression());
-    }
     expect(";");
     statement.body = parseStatements({"END_REPEAT"});
     take();
@@ -374,9 +349,8 @@ void AlgorithmReader::parseRepeat(Statement& statement) {
 
 void AlgorithmReader::parseReturn(Statement& statement) {
     statement.kind = StatementKind::kReturn;
-    if (!at(";")) {
+    if (!at(";"))
         statement.expressions.push_back(parseExpression());
-    }
 }
 
 void AlgorithmReader::parseAssignmentOrCall(Statement& statement) {
@@ -387,9 +361,8 @@ void AlgorithmReader::parseAssignmentOrCall(Statement& statement) {
         statement.expressions.push_back(parseExpression());
         return;
     }
-    if (target.kind != ExpressionKind::kCall && target.kind != ExpressionKind::kName) {
+    if (target.kind != ExpressionKind::kCall && target.kind != ExpressionKind::kName)
         fail("\":=\"");
-    }
     statement.kind = StatementKind::kCall;
     statement.name = target.text;
     statement.expressions = std::move(target.operands);

@@ -36,16 +36,14 @@ Expression leaf(ExpressionKind kind, const Token& token) {
 
 Expression ExpressionReader::readOnly() {
     Expression result = parseExpression();
-    if (!atEnd()) {
+    if (!atEnd())
         fail("the end of the expression");
-    }
     return result;
 }
 
 void ExpressionReader::adopt(Expression& parent, Expression operand) const {
-    if (operand.depth >= kMaxNesting) {
+    if (operand.depth >= kMaxNesting)
         failNesting();
-    }
     parent.depth = std::max(parent.depth, static_cast<std::uint16_t>(operand.depth + 1));
     parent.operands.push_back(std::move(operand));
 }
@@ -64,9 +62,8 @@ Expression ExpressionReader::parseExpression() {
     const Level level(*this);
     Expression left = parseSimple();
     const Position at = token().at;
-    if (const auto op = acceptKeyword(kRelations)) {
+    if (const auto op = acceptKeyword(kRelations))
         return makeOperation(*op, at, std::move(left), parseSimple());
-    }
     return left;
 }
 
@@ -75,9 +72,8 @@ Expression ExpressionReader::parseSimple() {
     while (true) {
         const Position at = token().at;
         const auto op = acceptKeyword(kAdditions);
-        if (!op) {
+        if (!op)
             return left;
-        }
         left = makeOperation(*op, at, std::move(left), parseTerm());
     }
 }
@@ -87,9 +83,8 @@ Expression ExpressionReader::parseTerm() {
     while (true) {
         const Position at = token().at;
         const auto op = acceptKeyword(kMultiplications);
-        if (!op) {
+        if (!op)
             return left;
-        }
         left = makeOperation(*op, at, std::move(left), parseFactor());
     }
 }
@@ -97,18 +92,16 @@ Expression ExpressionReader::parseTerm() {
 Expression ExpressionReader::parseFactor() {
     Expression left = parseUnary();
     const Position at = token().at;
-    if (accept("**")) {
+    if (accept("**"))
         return makeOperation(Operator::kPower, at, std::move(left), parseUnary());
-    }
     return left;
 }
 
 Expression ExpressionReader::parseUnary() {
     const Position at = token().at;
     const auto op = acceptKeyword(kUnaries);
-    if (!op) {
+    if (!op)
         return parsePrimary();
-    }
     Expression result;
     result.kind = ExpressionKind::kUnary;
     result.op = *op;
@@ -137,41 +130,35 @@ Expression ExpressionReader::parsePrimary() {
     default:
         break;
     }
-    if (at("?")) {
+    if (at("?"))
         return leaf(ExpressionKind::kIndeterminate, take());
-    }
     if (accept("(")) {
         Expression inner = parseExpression();
         expect(")");
         return parseQualifiers(std::move(inner));
     }
-    if (at("[")) {
+    if (at("["))
         return parseQualifiers(parseInitializer());
-    }
-    if (at("{")) {
+    if (at("{"))
         return parseInterval();
-    }
     fail("an expression");
 }
 
 Expression ExpressionReader::parseWord() {
-    if (at("QUERY")) {
+    if (at("QUERY"))
         return parseQuery();
-    }
     return parseReference();
 }
 
 Expression ExpressionReader::parseReference() {
     const auto isWord = [this](std::string_view word) { return at(word); };
-    if (token().kind != TokenKind::kWord || std::ranges::any_of(kNoOperands, isWord)) {
+    if (token().kind != TokenKind::kWord || std::ranges::any_of(kNoOperands, isWord))
         fail("an expression");
-    }
     Expression result = leaf(ExpressionKind::kName, take());
     if (at("(")) {
         result.kind = ExpressionKind::kCall;
-        for (Expression& each : parseParameters()) {
+        for (Expression& each : parseParameters())
             adopt(result, std::move(each));
-        }
     }
     return parseQualifiers(std::move(result));
 }
@@ -179,9 +166,8 @@ Expression ExpressionReader::parseReference() {
 std::vector<Expression> ExpressionReader::parseParameters() {
     std::vector<Expression> parameters;
     expect("(");
-    if (accept(")")) {
+    if (accept(")"))
         return parameters;
-    }
     do {
         parameters.push_back(parseExpression());
     } while (accept(","));
@@ -196,13 +182,11 @@ Expression ExpressionReader::parseQualifiers(Expression operand) {
             continue;
         }
         const bool isGroup = at("\\");
-        if (!isGroup && !at(".")) {
+        if (!isGroup && !at("."))
             return operand;
-        }
         take();
-        if (token().kind != TokenKind::kWord) {
+        if (token().kind != TokenKind::kWord)
             fail(isGroup ? "an entity's name" : "an attribute's name");
-        }
         Expression result = leaf(isGroup ? ExpressionKind::kGroup : ExpressionKind::kAttribute, take());
         adopt(result, std::move(operand));
         operand = std::move(result);
@@ -214,9 +198,8 @@ Expression ExpressionReader::parseIndex(Expression operand) {
     adopt(result, std::move(operand));
     const Level level(*this);
     adopt(result, parseSimple());
-    if (accept(":")) {
+    if (accept(":"))
         adopt(result, parseSimple());
-    }
     expect("]");
     return result;
 }
@@ -224,9 +207,8 @@ Expression ExpressionReader::parseIndex(Expression operand) {
 Expression ExpressionReader::parseQuery() {
     Expression result = leaf(ExpressionKind::kQuery, take());
     expect("(");
-    if (token().kind != TokenKind::kWord) {
+    if (token().kind != TokenKind::kWord)
         fail("a variable's name");
-    }
     result.text = take().text;
     expect("<*");
     adopt(result, parseSimple());
@@ -237,12 +219,10 @@ Expression ExpressionReader::parseQuery() {
 }
 
 Operator ExpressionReader::parseIntervalOperator() {
-    if (accept("<")) {
+    if (accept("<"))
         return Operator::kLess;
-    }
-    if (accept("<=")) {
+    if (accept("<="))
         return Operator::kLessOrEqual;
-    }
     fail("\"<\" or \"<=\"");
 }
 
@@ -260,9 +240,8 @@ Expression ExpressionReader::parseInterval() {
 
 Expression ExpressionReader::parseInitializer() {
     Expression result = leaf(ExpressionKind::kAggregate, take());
-    if (accept("]")) {
+    if (accept("]"))
         return result;
-    }
     do {
         Expression element = parseExpression();
         if (at(":")) {

@@ -25,18 +25,16 @@ void Lexer::advance(std::size_t count) {
 
 template <class Predicate>
 void Lexer::advanceWhile(Predicate predicate) {
-    while (!atEnd() && predicate(peek())) {
+    while (!atEnd() && predicate(peek()))
         advance();
-    }
 }
 
 void Lexer::skipEmbeddedRemark() {
     const Position start = m_at;
     std::size_t depth = 0; // embedded remarks nest, a counter instead of recursion bounds the stack
     do {
-        if (atEnd()) {
+        if (atEnd())
             throw ExpressError(m_file, start, "a remark without end", "\"*)\"");
-        }
         const bool opens = at("(*");
         const bool closes = !opens && at("*)");
         depth = depth + (opens ? 1 : 0) - (closes ? 1 : 0);
@@ -62,18 +60,16 @@ void Lexer::skipQuoted(char quote) {
     do {
         advance();
         advanceWhile([quote](char c) { return c != quote && c != '\n'; });
-        if (peek() != quote) {
+        if (peek() != quote)
             throw ExpressError(m_file, start, "a string without end", "a closing quote on the same line");
-        }
         advance();
     } while (quote == '\'' && peek() == quote); // a doubled one stands for itself
 }
 
 TokenKind Lexer::scanNumber() {
     advanceWhile(isDigit);
-    if (peek() != '.') {
+    if (peek() != '.')
         return TokenKind::kInteger;
-    }
     advance();
     advanceWhile(isDigit);
     const bool isSigned = peek(1) == '+' || peek(1) == '-';
@@ -86,9 +82,8 @@ TokenKind Lexer::scanNumber() {
 
 std::size_t Lexer::symbolLength() const {
     for (const std::string_view symbol : kLongSymbols) {
-        if (at(symbol)) {
+        if (at(symbol))
             return symbol.size();
-        }
     }
     return 1;
 }
@@ -99,9 +94,8 @@ TokenKind Lexer::scan() {
         advanceWhile(isWordPart);
         return TokenKind::kWord;
     }
-    if (isDigit(first)) {
+    if (isDigit(first))
         return scanNumber();
-    }
     if (first == '%' && isDigit(peek(1))) {
         advance();
         advanceWhile(isDigit);
@@ -122,9 +116,8 @@ TokenKind Lexer::scan() {
 Token Lexer::next() {
     skipRemarks();
     Token token{TokenKind::kEnd, {}, m_at};
-    if (atEnd()) {
+    if (atEnd())
         return token;
-    }
     const std::size_t start = m_offset;
     token.kind = scan();
     token.text = m_source.substr(start, m_offset - start);

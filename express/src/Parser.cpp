@@ -33,20 +33,17 @@ SchemaDecl Parser::parse() {
     schema.name = takeName("the schema's name");
     skipTo({";"}); // a version string may follow the name
     take();
-    while (!accept("END_SCHEMA")) {
+    while (!accept("END_SCHEMA"))
         parseDeclaration(schema);
-    }
     expect(";");
-    if (!atEnd()) {
+    if (!atEnd())
         fail("the end of the text");
-    }
     return schema;
 }
 
 void Parser::parseDeclaration(SchemaDecl& schema) {
-    if (accept("TYPE")) {
+    if (accept("TYPE"))
         return parseType(schema);
-    }
     if (accept("ENTITY")) {
         schema.entities.push_back(parseEntity());
         return;
@@ -56,12 +53,10 @@ void Parser::parseDeclaration(SchemaDecl& schema) {
         take();
         return;
     }
-    if (at("SUBTYPE_CONSTRAINT")) {
+    if (at("SUBTYPE_CONSTRAINT"))
         return skipBlock("SUBTYPE_CONSTRAINT");
-    }
-    if (!parseAlgorithms(schema)) {
+    if (!parseAlgorithms(schema))
         fail("a declaration or \"END_SCHEMA\"");
-    }
 }
 
 bool Parser::parseAlgorithms(SchemaDecl& schema) {
@@ -73,15 +68,13 @@ bool Parser::parseAlgorithms(SchemaDecl& schema) {
             skipBlock("CONSTANT");
             return true;
         }
-        for (VariableDecl& each : parseConstants()) {
+        for (VariableDecl& each : parseConstants())
             schema.constants.push_back(std::move(each));
-        }
         return true;
     }
     for (const auto& [keyword, kind] : kKinds) {
-        if (!at(keyword)) {
+        if (!at(keyword))
             continue;
-        }
         if (isWhole()) {
             schema.algorithms.push_back(parseAlgorithm(kind));
         } else {
@@ -100,9 +93,8 @@ void Parser::parseType(SchemaDecl& schema) {
     accept("GENERIC_ENTITY");
     if (accept("ENUMERATION")) {
         const bool hasItems = !isExtensible || at("OF");
-        if (hasItems) {
+        if (hasItems)
             expect("OF");
-        }
         schema.enumerations.push_back({std::move(name), hasItems ? takeNames("a literal") : std::vector<Name>{}});
         where = &schema.enumerations.back().where;
     } else if (accept("SELECT")) {
@@ -124,15 +116,12 @@ EntityDecl Parser::parseEntity() {
     entity.name = takeName("an entity's name");
     parseSupertypes(entity);
     parseExplicits(entity);
-    if (accept("DERIVE")) {
+    if (accept("DERIVE"))
         parseDerived(entity);
-    }
-    if (accept("INVERSE")) {
+    if (accept("INVERSE"))
         parseInverses(entity);
-    }
-    if (accept("UNIQUE")) {
+    if (accept("UNIQUE"))
         parseUniques(entity);
-    }
     entity.where = parseWhere("END_ENTITY");
     expect("END_ENTITY");
     expect(";");
@@ -151,9 +140,8 @@ void Parser::parseUniques(EntityDecl& entity) {
             rule.attributes.push_back(each.redeclaredOwner.text.empty() ? each.name : each.redeclaredName);
         };
         add(first);
-        while (accept(",")) {
+        while (accept(","))
             add(parseAttributeName());
-        }
         expect(";");
         entity.uniques.push_back(std::move(rule));
     }
@@ -163,9 +151,8 @@ void Parser::parseSupertypes(EntityDecl& entity) {
     entity.isAbstract = accept("ABSTRACT");
     if (accept("SUPERTYPE") && (!entity.isAbstract || at("OF"))) {
         expect("OF");
-        if (!at("(")) {
+        if (!at("("))
             fail("\"(\"");
-        }
         skipParentheses();
     }
     if (accept("SUBTYPE")) {
@@ -234,9 +221,8 @@ void Parser::parseInverses(EntityDecl& entity) {
         inverse.entity = takeName("an entity's name");
         expect("FOR");
         inverse.attribute = takeName("an attribute's name");
-        if (accept(".")) {
+        if (accept("."))
             inverse.attribute = takeName("an attribute's name");
-        }
         expect(";");
         entity.inverses.push_back(std::move(inverse));
     }

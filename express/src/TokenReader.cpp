@@ -27,17 +27,15 @@ void TokenReader::failNesting() const {
 }
 
 bool TokenReader::accept(std::string_view word) {
-    if (!at(word)) {
+    if (!at(word))
         return false;
-    }
     take();
     return true;
 }
 
 void TokenReader::expect(std::string_view word) {
-    if (!accept(word)) {
+    if (!accept(word))
         fail("\"" + std::string(word) + "\"");
-    }
 }
 
 bool TokenReader::atClause() const {
@@ -45,9 +43,8 @@ bool TokenReader::atClause() const {
 }
 
 Name TokenReader::takeName(std::string_view what) {
-    if (m_token.kind != TokenKind::kWord || atClause()) {
+    if (m_token.kind != TokenKind::kWord || atClause())
         fail(what);
-    }
     const Token token = take();
     return {std::string(token.text), token.at};
 }
@@ -55,9 +52,8 @@ Name TokenReader::takeName(std::string_view what) {
 int TokenReader::takeInteger() {
     int value = 0;
     const char* const end = m_token.text.data() + m_token.text.size();
-    if (m_token.kind != TokenKind::kInteger || std::from_chars(m_token.text.data(), end, value).ec != std::errc{}) {
+    if (m_token.kind != TokenKind::kInteger || std::from_chars(m_token.text.data(), end, value).ec != std::errc{})
         fail("an integer of 32 bits");
-    }
     take();
     return value;
 }
@@ -77,9 +73,8 @@ void TokenReader::skipTo(std::initializer_list<std::string_view> words) {
         return std::any_of(words.begin(), words.end(), [this](std::string_view word) { return at(word); });
     };
     while (!reached()) {
-        if (atEnd()) {
+        if (atEnd())
             fail("\"" + std::string(*words.begin()) + "\"");
-        }
         take();
     }
 }

@@ -30,9 +30,8 @@ protected:
     class Level {
     public:
         explicit Level(TokenReader& reader) : m_reader(reader) {
-            if (++m_reader.m_level > kMaxNesting) {
+            if (++m_reader.m_level > kMaxNesting)
                 m_reader.failNesting();
-            }
         }
         ~Level() { --m_reader.m_level; }
         Level(const Level&) = delete;
@@ -68,9 +67,8 @@ protected:
         using Value = decltype(table[0].value);
         const auto found =
             std::find_if(std::begin(table), std::end(table), [this](const auto& row) { return at(row.text); });
-        if (found == std::end(table)) {
+        if (found == std::end(table))
             return std::optional<Value>{};
-        }
         take();
         return std::optional<Value>{found->value};
     }

@@ -49,11 +49,29 @@ struct Changes {
     std::vector<std::string> unset; ///< "#12.Name"
 };
 
+/// What is shown of an instance.
+struct ShowFlags {
+    std::string address; ///< "#12", "12" or a GlobalId
+    bool json = false;
+    bool inverses = false;
+    bool derived = false;
+    std::string rules; ///< the EXPRESS text that says how; empty: looked for
+};
+
+/// Which rules of the schema are looked at, and where they stand.
+struct RuleFlags {
+    std::string text;                ///< the EXPRESS text; empty: looked for (vnifc::Rules::find)
+    std::vector<std::string> only;   ///< names of rules, in any case; none for all
+    std::vector<std::string> except; ///< in any case
+    bool explain = false;            ///< with each violation the text of the rule
+};
+
 /// How findings are printed.
 struct CheckOptions {
     VN_SDAI::VnIfcDiagnostic::Severity level = VN_SDAI::VnIfcDiagnostic::kInfo; ///< the least severe that is printed
     std::uint64_t limit = 0; ///< at most so many of each kind are printed; 0 for all
     bool json = false;
+    RuleFlags rules;
 };
 
 /// How a conversion is reported.
@@ -68,8 +86,7 @@ struct ConvertFlags {
 ExitCode info(const ReadFlags& flags, bool json);
 /// `target` may be the file that is read; "-" is standard output.
 ExitCode rewrite(const ReadFlags& flags, const std::string& target);
-/// `address`: "#12", "12" or a GlobalId.
-ExitCode show(const ReadFlags& flags, const std::string& address, bool json, bool inverses);
+ExitCode show(const ReadFlags& flags, const ShowFlags& options);
 ExitCode find(const ReadFlags& flags, const FindQuery& query, bool json);
 /// A line of JSON for each instance; `types` are entities, whose instances and those of subtypes are meant; none for
 /// all.

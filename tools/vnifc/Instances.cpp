@@ -8,6 +8,7 @@
 #include <VnIfcCore/VnIfcGUID.h>
 #include <VnIfcCore/VnIfcSchema.h>
 #include <VnRx/VrString.h>
+#include <vnifc/Rules.h>
 
 #include <fmt/format.h>
 
@@ -150,6 +151,56 @@ void writeKept(JsonWriter& json, const VnIfcEntityBase& instance) {
 
 } // namespace
 
+namespace {
+
+void writeRuleValue(JsonWriter& json, const RuleValue& value) {
+    using Kind = RuleValue::Kind;
+    switch (value.kind) {
+    case Kind::kIndeterminate:
+        return json.null();
+    case Kind::kInteger:
+        // Exact as far as JSON's readers are.
+        return json.number(static_cast<double>(value.integer));
+    case Kind::kReal:
+        return json.number(value.real);
+    case Kind::kString:
+    case Kind::kBinary:
+    case Kind::kEnumeration:
+        return json.string(value.text);
+    case Kind::kLogical:
+    case Kind::kInstance:
+        if (value.kind == Kind::kLogical && value.integer != 1)
+            return json.boolean(value.integer == 2);
+        return json.string(value.toText());
+    case Kind::kConstructed:
+        json.beginObject();
+        json.key("type");
+        json.string(value.type);
+        for (std::size_t i = 0; i < value.items.size(); ++i) {
+            json.key(value.names[i]);
+            writeRuleValue(json, value.items[i]);
+        }
+        return json.endObject();
+    case Kind::kAggregate:
+        json.beginArray();
+        for (const RuleValue& item : value.items)
+            writeRuleValue(json, item);
+        return json.endArray();
+    }
+}
+
+void writeDerived(JsonWriter& json, const VnIfcEntityBase& instance, const Rules& rules) {
+    json.key("derived");
+    json.beginObject();
+    for (const std::string& name : rules.derivedAttributes(instance)) {
+        json.key(name);
+        writeRuleValue(json, rules.derived(instance, name));
+    }
+    json.endObject();
+}
+
+} // namespace
+
 void writeInstance(JsonWriter& json, const VnIfcEntityBase& instance, InstanceDetail detail) {
     json.beginObject();
     json.key("id");
@@ -166,6 +217,8 @@ void writeInstance(JsonWriter& json, const VnIfcEntityBase& instance, InstanceDe
             json.key("inverse");
             writeInverses(json, instance, detail.describe);
         }
+        if (detail.derived)
+            writeDerived(json, instance, *detail.derived);
     } else {
         json.key("parameters");
         json.string(dynamic_cast<const VnIfcForeignInstance&>(instance).parameters());

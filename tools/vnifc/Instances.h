@@ -8,6 +8,10 @@
 #include <string_view>
 #include <vector>
 
+namespace vnifc {
+class Rules;
+}
+
 namespace vnifc::tool {
 
 /// An explicit attribute as instances of one entity have it.
@@ -59,6 +63,7 @@ private:
 struct InstanceDetail {
     bool describe = false; ///< references come with keyword and name of what they refer to
     bool inverses = false;
+    const Rules* derived = nullptr; ///< how derived attributes are computed; null: without them
 };
 
 /// Writes an instance as an object: id, type, the attributes by name, and what is kept as text because they cannot hold

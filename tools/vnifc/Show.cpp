@@ -2,6 +2,7 @@
 #include "Inverse.h"
 #include "LoadedFile.h"
 #include "Messages.h"
+#include "RuleText.h"
 #include "Values.h"
 
 #include <fmt/format.h>
@@ -49,21 +50,36 @@ void printInverses(const VnIfcEntityBase& instance) {
     }
 }
 
+void printDerived(const VnIfcEntityBase& instance, const Rules& rules) {
+    for (const std::string& name : rules.derivedAttributes(instance))
+        fmt::print("{} (derived)  {}\n", name, printable(rules.derived(instance, name).toText()));
+}
+
 } // namespace
 
-ExitCode show(const ReadFlags& flags, const std::string& address, bool json, bool inverses) {
-    const LoadedFile file(flags, {.inverses = inverses});
-    const VnIfcEntityBase& instance = instanceAt(file.model(), address);
-    if (json) {
+ExitCode show(const ReadFlags& flags, const ShowFlags& options) {
+    // What is derived may well look at inverse attributes.
+    const LoadedFile file(flags, {.inverses = options.inverses || options.derived});
+    const VnIfcEntityBase& instance = instanceAt(file.model(), options.address);
+    std::optional<Rules> rules;
+    if (options.derived) {
+        rules = rulesFor(file.model(), options.rules);
+        if (!rules)
+            throw Failure(kFileFailure, howToHaveRules(file.model()));
+    }
+    if (options.json) {
         Output output(writeToStandardOutput);
         JsonWriter writer(output);
-        writeInstance(writer, instance, {.describe = true, .inverses = inverses});
+        writeInstance(writer, instance,
+                      {.describe = true, .inverses = options.inverses, .derived = rules ? &*rules : nullptr});
         writer.newLine();
         output.flush();
     } else {
         printWords(instance);
-        if (inverses)
+        if (options.inverses)
             printInverses(instance);
+        if (rules)
+            printDerived(instance, *rules);
     }
     return file.exitCode();
 }

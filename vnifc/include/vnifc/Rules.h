@@ -1,12 +1,12 @@
 #pragma once
 #include <VnIfcCore/VnIfcModel.h>
+#include <vnifc/Error.h>
 #include <vnifc/Export.h>
 
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,9 +19,10 @@ class Program;
 
 /// A text of rules that cannot be used: it cannot be read, it is no EXPRESS, or it does not agree with the dictionary
 /// of the release. The message says where, and names the first difference.
-class VNIFC_LAYER_API RulesError : public std::runtime_error {
+class VNIFC_LAYER_API RulesError : public Error {
 public:
-    using std::runtime_error::runtime_error;
+    using Error::Error;
+    ~RulesError() override;
 };
 
 /// A value that rules have computed, taken out of the evaluation. Texts are UTF-8.
@@ -64,8 +65,8 @@ enum class RuleKind : std::uint8_t {
 struct RuleInfo {
     std::string name; ///< "IfcWall.CorrectPredefinedType", "IfcPositiveInteger.WR1", "IfcSingleProjectInstance"
     RuleKind kind = RuleKind::kEntity;
-    std::string text;           ///< its expression, as it is written
-    std::uint64_t line = 0;     ///< in the text of the schema
+    std::string text;       ///< its expression, as it is written
+    std::uint64_t line = 0; ///< in the text of the schema
     std::uint64_t column = 0;
     bool isCompiled = false; ///< false: something in it cannot be resolved
 };
@@ -79,9 +80,9 @@ struct RuleCount {
 };
 
 struct RulesCheckOptions {
-    std::vector<std::string> only;   ///< names of rules, in any case; empty: all
-    std::vector<std::string> except; ///< in any case
-    unsigned threads = 0;            ///< 0: as many as the machine has
+    std::vector<std::string> only;              ///< names of rules, in any case; empty: all
+    std::vector<std::string> except;            ///< in any case
+    unsigned threads = 0;                       ///< 0: as many as the machine has
     std::uint64_t steps = 10'000'000;           ///< of one evaluation
     std::size_t memory = std::size_t{64} << 20; ///< of one evaluation, in bytes
     VN_SDAI::VnIfcProgress progress;
@@ -118,14 +119,17 @@ public:
 
     /// All rules in the order of the text: types, entities, RULEs.
     const std::vector<RuleInfo>& rules() const noexcept;
+    /// Whether there is a rule of that name, in any case.
+    bool has(std::string_view rule) const noexcept;
     /// What is wrong in the text, severity info, with place: codes `rule-text`, for what does not stop anything, and
     /// `rule-not-evaluated`, with the rule's name, for what cannot be resolved.
     const std::vector<VN_SDAI::VnIfcDiagnostic>& remarks() const noexcept;
 
-    /// Looks at all instances of a model of the schema, whose inverse attributes must be set. Violations are findings of severity error and code `rule`; what
-    /// cannot be evaluated within the limits is a finding of severity info and code `rule-not-evaluated`. The sink is
-    /// called by the calling thread, in ascending order of instances, RULEs last; the result does not depend on the
-    /// number of threads. Remarks are not repeated. Throws std::invalid_argument when the model is of another schema.
+    /// Looks at all instances of a model of the schema, whose inverse attributes must be set. Violations are findings
+    /// of severity error and code `rule`; what cannot be evaluated within the limits is a finding of severity info and
+    /// code `rule-not-evaluated`. The sink is called by the calling thread, in ascending order of instances, RULEs
+    /// last; the result does not depend on the number of threads. Remarks are not repeated. Throws
+    /// std::invalid_argument when the model is of another schema.
     RulesCheckResult check(const VN_SDAI::VnIfcModel& model, const VN_SDAI::VnIfcDiagnosticSink& sink,
                            const RulesCheckOptions& options = {}) const;
 

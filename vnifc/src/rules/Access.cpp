@@ -73,7 +73,9 @@ Value Machine::binaryOf(std::string_view exchangeText) {
     char* const bits = m_arena.array<char>(kBitsPerDigit * exchangeText.size());
     std::size_t count = 0;
     for (const char digit : exchangeText.substr(1)) {
-        const int value = digit >= '0' && digit <= '9' ? digit - '0' : digit >= 'A' && digit <= 'F' ? digit - 'A' + 10 : -1;
+        const int value = digit >= '0' && digit <= '9'   ? digit - '0'
+                          : digit >= 'A' && digit <= 'F' ? digit - 'A' + 10
+                                                         : -1;
         if (value < 0)
             return Value();
         for (unsigned bit = kBitsPerDigit; bit-- > 0;)

@@ -35,8 +35,10 @@ public:
     void checkTypes() const;
     void checkSupertype(const Named& named, const EntityClass& entityClass) const;
     void checkFields(TypeIndex entity, const EntityClass& entityClass) const;
-    const AttributeRow& explicitRow(const Named& named, const EntityClass& entityClass, const Attribute& attribute) const;
-    const AttributeRow& inverseRow(const Named& named, const EntityClass& entityClass, const Attribute& attribute) const;
+    const AttributeRow& explicitRow(const Named& named, const EntityClass& entityClass,
+                                    const Attribute& attribute) const;
+    const AttributeRow& inverseRow(const Named& named, const EntityClass& entityClass,
+                                   const Attribute& attribute) const;
     void checkLiterals(const Named& enumeration, const EnumerationClass& enumerationClass,
                        const express::Name& attribute) const;
 
@@ -70,8 +72,7 @@ void Agreement::checkTypes() const {
         const Named& named = m_schema.named(i);
         const bool isChecked = named.kind == TypeKind::kDefined || named.kind == TypeKind::kSelect;
         if (isChecked && !m_schema.dictionary().namedType(named.name)) {
-            differ("it has no type " + named.name,
-                   named.defined ? named.defined->name.at : named.items->name.at);
+            differ("it has no type " + named.name, named.defined ? named.defined->name.at : named.items->name.at);
         }
     }
     for (const auto& entry : m_schema.dictionary().namedTypes()) {
@@ -145,9 +146,10 @@ const AttributeRow& Agreement::explicitRow(const Named& named, const EntityClass
 void Agreement::checkLiterals(const Named& enumeration, const EnumerationClass& enumerationClass,
                               const express::Name& attribute) const {
     const auto& items = enumeration.items->items;
-    const bool isSame = std::ranges::equal(
-        items, enumerationClass.literals,
-        [](const express::Name& item, const char* literal) { return equalNoCase(item.text, literal); });
+    const bool isSame =
+        std::ranges::equal(items, enumerationClass.literals, [](const express::Name& item, const char* literal) {
+            return equalNoCase(item.text, literal);
+        });
     if (!isSame)
         differ("the enumeration " + enumeration.name + " of " + attribute.text + " has other literals",
                enumeration.items->name.at);

@@ -310,7 +310,9 @@ std::string formatPicture(double number, std::string_view form) {
     const std::size_t lastPoint = form.find_last_of(".,");
     const bool hasDecimals = lastPoint != form.npos && form.find(form[lastPoint]) == lastPoint;
     const std::size_t decimals =
-        hasDecimals ? static_cast<std::size_t>(std::count(form.begin() + static_cast<std::ptrdiff_t>(lastPoint), form.end(), '#')) : 0;
+        hasDecimals ? static_cast<std::size_t>(
+                          std::count(form.begin() + static_cast<std::ptrdiff_t>(lastPoint), form.end(), '#'))
+                    : 0;
     if (form.size() > kMaxWidth)
         return {};
     char digits[2 * kMaxWidth];

@@ -2,8 +2,8 @@
 
 #include "Member.h"
 
-#include <express/Text.h>
 #include <VnIfcCore/VnIfcEntityType.h>
+#include <express/Text.h>
 
 #include <algorithm>
 #include <thread>

@@ -19,8 +19,8 @@ private:
     struct Finding {
         VN_SDAI::VnDbObjectId instance;
         std::uint32_t rule;
-        const Attribute* attribute;   ///< whose value breaks a type's rule
-        std::string reason;           ///< why it was not evaluated; empty for a violation
+        const Attribute* attribute; ///< whose value breaks a type's rule
+        std::string reason;         ///< why it was not evaluated; empty for a violation
     };
     struct Worker {
         Worker(const Checking& check, ModelView& view)

@@ -352,7 +352,7 @@ void Compiler::compileUniqueRules() {
                 remark("rule-not-evaluated", info.name, name.at, '"' + name.text + '"',
                        "an attribute of " + named.name);
             }
-            if (!isCheckedElsewhere(i, rule.unique))
+            if (!info.isCompiled || !isCheckedElsewhere(i, rule.unique))
                 addRule(std::move(info), std::move(rule));
         }
     }

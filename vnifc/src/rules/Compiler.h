@@ -155,7 +155,7 @@ private:
     Program& m_program;
     Schema& m_schema;
     Activation* m_activation = nullptr;
-    std::string m_ruleName; ///< for remarks
+    std::string m_ruleName;                                     ///< for remarks
     std::unordered_map<std::string, std::uint32_t> m_functions; ///< of the schema, in lower case
     std::unordered_map<std::string, std::uint32_t> m_constants;
     std::deque<Expression> m_made; ///< by fixed()

@@ -25,12 +25,11 @@ struct BuiltInName {
 };
 /// In the order of BuiltIn.
 constexpr BuiltInName kBuiltIns[] = {
-    {"ABS", 1, 1},    {"ACOS", 1, 1},     {"ASIN", 1, 1},    {"ATAN", 2, 2},    {"BLENGTH", 1, 1},
-    {"COS", 1, 1},    {"EXISTS", 1, 1},   {"EXP", 1, 1},     {"FORMAT", 2, 2},  {"HIBOUND", 1, 1},
-    {"HIINDEX", 1, 1}, {"LENGTH", 1, 1},  {"LOBOUND", 1, 1}, {"LOG", 1, 1},     {"LOG10", 1, 1},
-    {"LOG2", 1, 1},   {"LOINDEX", 1, 1},  {"NVL", 2, 2},     {"ODD", 1, 1},     {"ROLESOF", 1, 1},
-    {"SIN", 1, 1},    {"SIZEOF", 1, 1},   {"SQRT", 1, 1},    {"TAN", 1, 1},     {"TYPEOF", 1, 1},
-    {"USEDIN", 2, 2}, {"VALUE", 1, 1},    {"VALUE_IN", 2, 2}, {"VALUE_UNIQUE", 1, 1}};
+    {"ABS", 1, 1},     {"ACOS", 1, 1},    {"ASIN", 1, 1},   {"ATAN", 2, 2},     {"BLENGTH", 1, 1},     {"COS", 1, 1},
+    {"EXISTS", 1, 1},  {"EXP", 1, 1},     {"FORMAT", 2, 2}, {"HIBOUND", 1, 1},  {"HIINDEX", 1, 1},     {"LENGTH", 1, 1},
+    {"LOBOUND", 1, 1}, {"LOG", 1, 1},     {"LOG10", 1, 1},  {"LOG2", 1, 1},     {"LOINDEX", 1, 1},     {"NVL", 2, 2},
+    {"ODD", 1, 1},     {"ROLESOF", 1, 1}, {"SIN", 1, 1},    {"SIZEOF", 1, 1},   {"SQRT", 1, 1},        {"TAN", 1, 1},
+    {"TYPEOF", 1, 1},  {"USEDIN", 2, 2},  {"VALUE", 1, 1},  {"VALUE_IN", 2, 2}, {"VALUE_UNIQUE", 1, 1}};
 static_assert(std::size(kBuiltIns) == static_cast<std::size_t>(BuiltIn::kValueUnique) + 1);
 
 /// Those that give back what they are given, or keep it.

@@ -37,9 +37,7 @@ std::size_t Machine::linkOf(std::uint8_t levels) const noexcept {
     return link;
 }
 
-Value* Machine::slotAt(std::uint8_t levels, std::int32_t slot) noexcept {
-    return m_frames[linkOf(levels)].base + slot;
-}
+Value* Machine::slotAt(std::uint8_t levels, std::int32_t slot) noexcept { return m_frames[linkOf(levels)].base + slot; }
 
 /// Activates a chunk, whose parameters are on the stack.
 const Instruction* Machine::enter(const Chunk& chunk, Value*& top, const Instruction* next, std::size_t link) {
@@ -136,8 +134,8 @@ bool Machine::queryNext(Value* slot, Value& result, bool onlyCounts) {
     const auto position = static_cast<std::uint32_t>(slot[kQueryPosition].integer++);
     if (position >= source.count) {
         // An ARRAY keeps its size, with nothing in place of what does not fulfil the condition (12.6.7).
-        result = onlyCounts && source.isArray() ? Value::of(static_cast<std::int64_t>(source.count))
-                                                : slot[kQueryResult];
+        result =
+            onlyCounts && source.isArray() ? Value::of(static_cast<std::int64_t>(source.count)) : slot[kQueryResult];
         return false;
     }
     const auto remember = [&] {
@@ -328,15 +326,15 @@ Value Machine::execute(std::size_t first) {
             break;
         }
         case Op::kIsOf:
-            top[-1] = Value::of(top[-1].exists() ? isOf(top[-1], static_cast<TypeIndex>(it.b)) ? kTrue : kFalse
-                                                 : kUnknown);
+            top[-1] =
+                Value::of(top[-1].exists() ? isOf(top[-1], static_cast<TypeIndex>(it.b)) ? kTrue : kFalse : kUnknown);
             break;
         case Op::kCountOf: {
             const auto& types = m_program.typeLists[static_cast<std::size_t>(it.b)];
             const Value of = top[-1];
             const auto isThat = [&](TypeIndex type) { return isOf(of, type); };
-            top[-1] = of.exists() ? Value::of(static_cast<std::int64_t>(std::ranges::count_if(types, isThat)))
-                                  : Value();
+            top[-1] =
+                of.exists() ? Value::of(static_cast<std::int64_t>(std::ranges::count_if(types, isThat))) : Value();
             break;
         }
         case Op::kPopulation: {

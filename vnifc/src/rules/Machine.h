@@ -84,6 +84,8 @@ private:
     bool isOf(const Value& value, TypeIndex type) const noexcept;
     TypeIndex baseType(const Value& value) const noexcept;
 
+    std::string nameInText(const Constructed& entity, NameId name) const;
+
     // Operators, in Operators.cpp.
     Value binary(express::Operator op, const Value& left, const Value& right);
     Value arithmetic(express::Operator op, const Value& left, const Value& right);

@@ -70,7 +70,8 @@ std::vector<const Attribute*> ModelView::rolesOf(TypeIndex entity) const {
         if (!schema.isOf(entity, owner))
             continue;
         const Attribute* const attribute = schema.attribute(entity, name);
-        if (attribute && attribute->kind == AttributeKind::kExplicit && std::ranges::find(roles, attribute) == roles.end())
+        if (attribute && attribute->kind == AttributeKind::kExplicit &&
+            std::ranges::find(roles, attribute) == roles.end())
             roles.push_back(attribute);
     }
     return roles;

@@ -262,8 +262,8 @@ Truth Machine::compare(Operator op, const Value& left, const Value& right) {
         return kUnknown;
     if (left.isNumber() && right.isNumber()) {
         const bool areWhole = left.is(Tag::kInteger) && right.is(Tag::kInteger);
-        return truthOf(ordered(op, areWhole ? orderOf(left.integer, right.integer)
-                                            : orderOf(left.number(), right.number())));
+        return truthOf(
+            ordered(op, areWhole ? orderOf(left.integer, right.integer) : orderOf(left.number(), right.number())));
     }
     if (left.tag != right.tag)
         return kUnknown;
@@ -276,12 +276,10 @@ Truth Machine::compare(Operator op, const Value& left, const Value& right) {
         return truthOf(ordered(op, orderOf(left.integer, right.integer)));
     case Tag::kEnumeration: {
         // A literal that several enumerations have takes the one of the other side.
-        const Value a = left.type == kNoType && right.type != kNoType
-                            ? convert(left, m_schema.named(right.type).type)
-                            : left;
-        const Value b = right.type == kNoType && left.type != kNoType
-                            ? convert(right, m_schema.named(left.type).type)
-                            : right;
+        const Value a =
+            left.type == kNoType && right.type != kNoType ? convert(left, m_schema.named(right.type).type) : left;
+        const Value b =
+            right.type == kNoType && left.type != kNoType ? convert(right, m_schema.named(left.type).type) : right;
         if (a.type != b.type || a.type == kNoType)
             return kUnknown;
         return truthOf(ordered(op, orderOf(std::int64_t{a.length}, std::int64_t{b.length})));

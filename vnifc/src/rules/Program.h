@@ -138,8 +138,8 @@ struct Rule {
 
 /// What has to be looked at in an instance.
 struct Plan {
-    std::vector<std::uint32_t> rules;           ///< of the entity and its supertypes
-    std::vector<const Attribute*> typed;        ///< explicit attributes whose values may be of a type with rules
+    std::vector<std::uint32_t> rules;    ///< of the entity and its supertypes
+    std::vector<const Attribute*> typed; ///< explicit attributes whose values may be of a type with rules
     std::vector<std::uint32_t> unique;
 };
 
@@ -167,8 +167,8 @@ public:
     std::vector<std::pair<TypeIndex, NameId>> roles;   ///< those that USEDIN asks for by constant texts
     /// An algorithm changes variables of the one that it is declared in, so that memory may be held from anywhere.
     bool storesOutside = false;
-    bool needsAllRoles = false;                        ///< USEDIN is asked for others, or ROLESOF is called
-    std::deque<std::string> texts;                     ///< of string constants
+    bool needsAllRoles = false;    ///< USEDIN is asked for others, or ROLESOF is called
+    std::deque<std::string> texts; ///< of string constants
 
 private:
     friend class Compiler;

@@ -3,6 +3,16 @@
 
 namespace vnifc::rules {
 
+/// The name of an attribute as its entity declares it.
+std::string Machine::nameInText(const Constructed& entity, NameId name) const {
+    for (std::uint16_t i = 0; i < entity.partCount; ++i) {
+        const Attribute* const attribute = m_schema.attribute(entity.parts[i], name);
+        if (attribute && attribute->declaration)
+            return attribute->declaration->name.text;
+    }
+    return m_schema.nameOf(name);
+}
+
 RuleValue Machine::toPublic(const Value& value, unsigned depth) {
     constexpr unsigned kMaxDepth = 500;
     if (depth > kMaxDepth)
@@ -47,7 +57,7 @@ RuleValue Machine::toPublic(const Value& value, unsigned depth) {
                 result.type += (result.type.empty() ? "" : "||") + m_schema.named(entity.parts[i]).name;
         }
         for (std::uint16_t i = 0; i < entity.attributeCount; ++i) {
-            result.names.push_back(m_schema.nameOf(entity.attributes[i].name));
+            result.names.push_back(nameInText(entity, entity.attributes[i].name));
             result.items.push_back(toPublic(entity.attributes[i].value, depth + 1));
         }
         break;

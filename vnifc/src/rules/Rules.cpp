@@ -48,6 +48,8 @@ std::string realText(double value) {
 
 } // namespace
 
+RulesError::~RulesError() = default;
+
 std::string RuleValue::toText() const {
     switch (kind) {
     case Kind::kIndeterminate:
@@ -125,6 +127,10 @@ std::optional<std::filesystem::path> Rules::find(std::string_view schemaName) {
 }
 
 const std::vector<RuleInfo>& Rules::rules() const noexcept { return m_program->infos; }
+
+bool Rules::has(std::string_view rule) const noexcept {
+    return std::ranges::any_of(rules(), [&](const RuleInfo& each) { return express::equalNoCase(each.name, rule); });
+}
 
 const std::vector<VN_SDAI::VnIfcDiagnostic>& Rules::remarks() const noexcept { return m_program->remarks; }
 

@@ -283,7 +283,8 @@ void Schema::addOwnAttributes(TypeIndex index) {
         attribute.kind = kind;
         attribute.owner = index;
         attribute.type = type;
-        attribute.valueType = m_types[type].kind == TypeKind::kDefined ? m_types[type].name : static_cast<TypeIndex>(kNoType);
+        attribute.valueType =
+            m_types[type].kind == TypeKind::kDefined ? m_types[type].name : static_cast<TypeIndex>(kNoType);
         m_table[place(index, attribute.name)] = static_cast<std::uint16_t>(m_attributes.size() - 1);
         return attribute;
     };

@@ -31,8 +31,8 @@ enum class TypeKind : std::uint8_t {
 struct Type {
     TypeKind kind = TypeKind::kUnknown;
     express::AggregateKind aggregate = express::AggregateKind::kList;
-    bool isGeneral = false; ///< AGGREGATE: takes any kind
-    bool isOptional = false; ///< elements may be missing
+    bool isGeneral = false;   ///< AGGREGATE: takes any kind
+    bool isOptional = false;  ///< elements may be missing
     TypeIndex name = kNoType; ///< of a named type
     TypeId inner = 0;         ///< of an aggregate, its elements; of a defined type, what it names
     std::int32_t lower = 0;   ///< as in an Aggregate
@@ -217,14 +217,14 @@ private:
     express::SchemaDecl m_declarations;
     const VN_SDAI::VnIfcSchema& m_dictionary;
     std::vector<Named> m_named;
-    std::unordered_map<std::string, TypeIndex> m_byName;      ///< upper case
+    std::unordered_map<std::string, TypeIndex> m_byName; ///< upper case
     std::unordered_map<std::string, TypeIndex> m_byQualified;
     std::vector<Type> m_types;
     std::vector<std::string> m_names; ///< upper case; those of attributes first
     std::unordered_map<std::string, NameId> m_nameIds;
     std::size_t m_attributeNames = 0;
     std::vector<Attribute> m_attributes;
-    TypeIndex m_firstEntity = 0; ///< entities are the last of the named types
+    TypeIndex m_firstEntity = 0;        ///< entities are the last of the named types
     std::vector<std::uint16_t> m_table; ///< attributes by entity and name; 0: none
     std::vector<std::vector<NameId>> m_parameters;
     std::vector<std::vector<const Attribute*>> m_explicit;

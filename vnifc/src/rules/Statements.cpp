@@ -159,8 +159,8 @@ void Compiler::callProcedure(const Statement& each) {
     }
     const Chunk called = chunk(index);
     if (!called.isProcedure || each.expressions.size() != called.parameters) {
-        fail(each.at, '"' + std::string(each.name) + "\" with " + std::to_string(each.expressions.size()) +
-                          " parameters",
+        fail(each.at,
+             '"' + std::string(each.name) + "\" with " + std::to_string(each.expressions.size()) + " parameters",
              "a procedure with as many");
     }
     const std::size_t known = m_activation->variables.size();

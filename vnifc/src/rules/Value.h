@@ -36,7 +36,7 @@ enum BaseType : TypeIndex {
 
 enum class Tag : std::uint8_t {
     kIndeterminate,
-    kLogical,     ///< `integer` is a Truth
+    kLogical, ///< `integer` is a Truth
     kInteger,
     kReal,
     kString,      ///< UTF-8, `length` bytes
@@ -56,7 +56,7 @@ struct Constructed;
 /// A value during an evaluation. What it points to lives in the model, in the program or in the evaluation's arena.
 struct Value {
     Tag tag = Tag::kIndeterminate;
-    bool isLogical = false; ///< declared LOGICAL, so that TRUE is no BOOLEAN
+    bool isLogical = false;   ///< declared LOGICAL, so that TRUE is no BOOLEAN
     TypeIndex type = kNoType; ///< the named type that the value is of, where it is of one
     std::uint32_t length = 0;
     union {
@@ -173,7 +173,7 @@ struct Constructed {
         Value value;
     };
 
-    TypeIndex leaf = kNoType;        ///< the one part that all others are supertypes of; kNoType when there is none
+    TypeIndex leaf = kNoType; ///< the one part that all others are supertypes of; kNoType when there is none
     std::uint16_t partCount = 0;
     std::uint16_t attributeCount = 0;
     const TypeIndex* parts = nullptr;
