@@ -30,7 +30,7 @@ fs::path textOfRules() {
     };
     add("IfcCartesianPoint", " WHERE\n  Two : HIINDEX(Coordinates)\n >= 2;\n  Near : Coordinates[1] < 10.;\n");
     add("IfcVector", " WHERE Never : 'IFC4X3_ADD2.IFCNOTHING' IN TYPEOF(SELF);\n");
-    derive("IfcCartesianPoint", "HIINDEX(Coordinates)");
+    derive("IfcPoint", "HIINDEX(SELF\\IfcCartesianPoint.Coordinates)");
     fs::create_directories(scratch() / "rules");
     return makeFile("rules/IFC4X3_ADD2.exp", text);
 }
