@@ -2,6 +2,7 @@
 #include <vnifc/Diff.h>
 #include <vnifc/Extract.h>
 #include <vnifc/Optimise.h>
+#include <vnifc/Rules.h>
 #include <vnifc/Selector.h>
 #include <vnifc/Tables.h>
 
@@ -47,7 +48,7 @@ int main(int argc, char** argv) try {
     if (argc < 3) {
         std::fputs("usage: vnifc_whole OPERATION FILE [OTHER]\n"
                    "OPERATION: load, diff (with OTHER), optimise, extract (OTHER: selector), sqlite, csv (OTHER: where "
-                   "to)\n",
+                   "to), text, rules1, rules2 (OTHER: text of the rules; on one and two threads)\n",
                    stderr);
         return 2;
     }
@@ -58,7 +59,35 @@ int main(int argc, char** argv) try {
     const auto count = [&](const char* what, std::uint64_t number) {
         told += ' ' + std::string(what) + ' ' + std::to_string(number);
     };
+    const auto rules = [&](unsigned threads) {
+        const vnifc::Model model = load(file);
+        const VN_SDAI::VnIfcModel& core = model.core();
+        const vnifc::Rules rules = vnifc::Rules::load(other, *core.schema());
+        const std::uint64_t before = peak();
+        return timeOf([&] {
+            vnifc::RulesCheckOptions options;
+            options.threads = threads;
+            const vnifc::RulesCheckResult result = rules.check(core, {}, options);
+            std::uint64_t evaluated = 0;
+            for (const vnifc::RuleCount& each : result.counts)
+                evaluated += each.evaluated;
+            count("evaluated", evaluated);
+            count("violated", result.violations);
+            count("not evaluated", result.notEvaluated);
+            count("MB more", (peak() - before) >> 20);
+        });
+    };
     const std::map<std::string, std::function<Time()>> operations{
+        {"rules1", [&] { return rules(1); }},
+        {"rules2", [&] { return rules(2); }},
+        {"text",
+         [&] {
+             const vnifc::Model model = load(file);
+             return timeOf([&] {
+                 const VN_SDAI::VnIfcSchema& schema = *model.core().schema();
+                 count("rules", vnifc::Rules::load(other, schema).rules().size());
+             });
+         }},
         {"load", [&] { return timeOf([&] { count("instances", load(file, 1).size()); }); }},
         {"diff",
          [&] {
