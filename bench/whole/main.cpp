@@ -5,6 +5,7 @@
 #include <vnifc/Extract.h>
 #include <vnifc/Merge.h>
 #include <vnifc/Optimise.h>
+#include <vnifc/Rules.h>
 #include <vnifc/Selector.h>
 #include <vnifc/Tables.h>
 
@@ -62,7 +63,30 @@ struct Operation {
 
 std::uint64_t countAll(const vnifc::InstanceRange& range) { return range.count(); }
 
+/// Checks the rules of a text, which is compiled beforehand.
+Operation checkOfRules(unsigned threads) {
+    return {false, [threads](vnifc::Model& model, const std::string& text) {
+                static const vnifc::Rules rules = vnifc::Rules::load(text, *model.core().schema());
+                model.core().setInverseCounterParts();
+                vnifc::RulesCheckOptions options;
+                options.threads = threads;
+                const vnifc::RulesCheckResult result = rules.check(model.core(), {}, options);
+                std::uint64_t evaluated = 0;
+                for (const vnifc::RuleCount& each : result.counts)
+                    evaluated += each.evaluated;
+                return Counts{
+                    {"evaluated", evaluated}, {"violated", result.violations}, {"not evaluated", result.notEvaluated}};
+            }};
+}
+
 const std::map<std::string, Operation> kOperations{
+    {"rules1", checkOfRules(1)},
+    {"rules2", checkOfRules(2)},
+    {"text",
+     {false,
+      [](vnifc::Model& model, const std::string& text) {
+          return Counts{{"rules", vnifc::Rules::load(text, *model.core().schema()).rules().size()}};
+      }}},
     {"referrers",
      {false,
       [](vnifc::Model& model, const std::string&) {
@@ -123,7 +147,8 @@ const std::map<std::string, Operation> kOperations{
 int usage() {
     std::fputs("usage: vnifc_whole OPERATION FILE [OTHER [RUNS]]\n"
                "OPERATION, and what OTHER is: referrers; select, set, extract (a selector); diff, merge (a file), "
-               "optimise: with loading; sqlite, csv (where to)\n",
+               "optimise: with loading; sqlite, csv (where to); text (of rules: reads and compiles it), rules1, "
+               "rules2 (checks them, with that many threads)\n",
                stderr);
     return 2;
 }

@@ -10,6 +10,8 @@ constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
 constexpr bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 constexpr bool isWordPart(char c) { return isLetter(c) || isDigit(c) || c == '_'; }
 constexpr std::string_view kSymbols = ".,;:*+-=%\\/<>[]{}|()?";
+// Longer ones first, where one begins like another.
+constexpr std::string_view kLongSymbols[] = {":<>:", ":=:", ":=", "<=", ">=", "<>", "<*", "**", "||"};
 
 } // namespace
 
@@ -43,22 +45,47 @@ void Lexer::skipEmbeddedRemark() {
 void Lexer::skipRemarks() {
     while (true) {
         advanceWhile(isSpace);
-        if (at("(*"))
+        if (at("(*")) {
             skipEmbeddedRemark();
-        else if (at("--"))
+        } else if (at("--")) {
             advanceWhile([](char c) { return c != '\n'; });
-        else
+        } else {
             return;
+        }
     }
 }
 
 void Lexer::skipQuoted(char quote) {
     const Position start = m_at;
+    do {
+        advance();
+        advanceWhile([quote](char c) { return c != quote && c != '\n'; });
+        if (peek() != quote)
+            throw ExpressError(m_file, start, "a string without end", "a closing quote on the same line");
+        advance();
+    } while (quote == '\'' && peek() == quote); // a doubled one stands for itself
+}
+
+TokenKind Lexer::scanNumber() {
+    advanceWhile(isDigit);
+    if (peek() != '.')
+        return TokenKind::kInteger;
     advance();
-    advanceWhile([quote](char c) { return c != quote && c != '\n'; });
-    if (peek() != quote)
-        throw ExpressError(m_file, start, "a string without end", "a closing quote on the same line");
-    advance(); // a doubled quote starts a second literal right away, which is as good where strings are skipped
+    advanceWhile(isDigit);
+    const bool isSigned = peek(1) == '+' || peek(1) == '-';
+    if ((peek() == 'e' || peek() == 'E') && isDigit(peek(isSigned ? 2 : 1))) {
+        advance(isSigned ? 2 : 1);
+        advanceWhile(isDigit);
+    }
+    return TokenKind::kReal;
+}
+
+std::size_t Lexer::symbolLength() const {
+    for (const std::string_view symbol : kLongSymbols) {
+        if (at(symbol))
+            return symbol.size();
+    }
+    return 1;
 }
 
 TokenKind Lexer::scan() {
@@ -67,9 +94,12 @@ TokenKind Lexer::scan() {
         advanceWhile(isWordPart);
         return TokenKind::kWord;
     }
-    if (isDigit(first)) {
+    if (isDigit(first))
+        return scanNumber();
+    if (first == '%' && isDigit(peek(1))) {
+        advance();
         advanceWhile(isDigit);
-        return TokenKind::kInteger;
+        return TokenKind::kLiteral;
     }
     if (first == '\'' || first == '"') {
         skipQuoted(first);
@@ -79,7 +109,7 @@ TokenKind Lexer::scan() {
         throw ExpressError(m_file, m_at, "byte " + std::to_string(static_cast<unsigned char>(first)),
                            "an EXPRESS token");
     }
-    advance(at(":=") ? 2 : 1);
+    advance(symbolLength());
     return TokenKind::kSymbol;
 }
 

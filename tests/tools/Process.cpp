@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -14,6 +15,10 @@ namespace fs = std::filesystem;
 namespace vnifc::test {
 
 namespace {
+
+/// The tool must not find what whoever runs the tests has in the usual places.
+[[maybe_unused]] const int kNoRules =
+    ::setenv("VNIFC_RULES", "/nonexistent", 1) + ::setenv("XDG_DATA_HOME", "/nonexistent", 1);
 
 struct ScratchDirectory {
     fs::path path = fs::temp_directory_path() / ("vnifc-tests-" + std::to_string(::getpid()));

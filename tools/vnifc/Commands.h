@@ -41,6 +41,8 @@ struct ShowOptions {
     bool json = false;
     bool inverses = false;  ///< the inverse attributes
     bool referrers = false; ///< every place where it is referred to
+    bool derived = false;   ///< the derived attributes
+    std::string rules;      ///< the EXPRESS text that computes them; empty: looked for (vnifc::Rules::find)
 };
 
 /// Which instances are looked for.
@@ -56,11 +58,20 @@ struct Changes {
     std::vector<std::string> unset; ///< "#12.Name"
 };
 
+/// Which rules of the schema are looked at, and where they stand.
+struct RuleFlags {
+    std::string text;                ///< the EXPRESS text; empty: looked for (vnifc::Rules::find)
+    std::vector<std::string> only;   ///< names of rules, in any case; none for all
+    std::vector<std::string> except; ///< in any case
+    bool explain = false;            ///< with each violation the text of the rule
+};
+
 /// How findings are printed.
 struct CheckOptions {
     VN_SDAI::VnIfcDiagnostic::Severity level = VN_SDAI::VnIfcDiagnostic::kInfo; ///< the least severe that is printed
     std::uint64_t limit = 0; ///< at most so many of each kind are printed; 0 for all
     bool json = false;
+    RuleFlags rules;
 };
 
 /// How a conversion is reported.

@@ -94,6 +94,52 @@ void writeReferrers(JsonWriter& json, const Instance& instance) {
     json.endArray();
 }
 
+void writeRuleValue(JsonWriter& json, const RuleValue& value) {
+    using Kind = RuleValue::Kind;
+    switch (value.kind) {
+    case Kind::kIndeterminate:
+        return json.null();
+    case Kind::kInteger:
+        return json.number(value.integer);
+    case Kind::kReal:
+        return json.number(value.real);
+    case Kind::kString:
+    case Kind::kBinary:
+    case Kind::kEnumeration:
+        return json.string(value.text);
+    case Kind::kLogical:
+        return value.integer == 1 ? json.string(value.toText()) : json.boolean(value.integer == 2);
+    case Kind::kInstance:
+        json.beginObject();
+        json.key("ref");
+        json.number(std::uint64_t{value.instance.number()});
+        return json.endObject();
+    case Kind::kConstructed:
+        json.beginObject();
+        json.key("type");
+        json.string(value.type);
+        for (std::size_t i = 0; i < value.items.size(); ++i) {
+            json.key(value.names[i]);
+            writeRuleValue(json, value.items[i]);
+        }
+        return json.endObject();
+    case Kind::kAggregate:
+        json.beginArray();
+        for (const RuleValue& item : value.items)
+            writeRuleValue(json, item);
+        return json.endArray();
+    }
+}
+
+void writeDerived(JsonWriter& json, const VN_SDAI::VnIfcEntityBase& entity, const Rules& rules) {
+    json.beginObject();
+    for (const std::string& name : rules.derivedAttributes(entity)) {
+        json.key(name);
+        writeRuleValue(json, rules.derived(entity, name));
+    }
+    json.endObject();
+}
+
 } // namespace
 
 void writeInstance(JsonWriter& json, const Instance& instance, InstanceDetail detail) {
@@ -119,6 +165,10 @@ void writeInstance(JsonWriter& json, const Instance& instance, InstanceDetail de
     if (detail.referrers) {
         json.key("referrers");
         writeReferrers(json, instance);
+    }
+    if (detail.derived) {
+        json.key("derived");
+        writeDerived(json, *instance.core().openObject(), *detail.derived);
     }
     json.endObject();
 }

@@ -1,5 +1,6 @@
 #include "JsonInstance.h"
 #include "Messages.h"
+#include "RuleText.h"
 #include "WholeModel.h"
 
 #include <fmt/format.h>
@@ -62,16 +63,37 @@ void printReferrers(const Instance& instance) {
         fmt::print("  {}  {}\n", wordsOf(reference.from), placeOf(reference));
 }
 
+/// A line for each derived attribute, with its value.
+void printDerived(const Instance& instance, const Rules& rules) {
+    const VN_SDAI::VnIfcEntityBase& entity = *instance.core().openObject();
+    for (const std::string& name : rules.derivedAttributes(entity))
+        fmt::print("{} (derived)  {}\n", name, printable(rules.derived(entity, name).toText()));
+}
+
+/// Throws Failure when there is no text of the rules. What is derived may look at inverse attributes, which are set.
+Rules rulesForDerived(Model& model, const std::string& text) {
+    std::optional<Rules> rules = rulesFor(model.core(), text);
+    if (!rules)
+        throw Failure(kFileFailure, howToHaveRules(model.core()));
+    model.core().setInverseCounterParts();
+    return std::move(*rules);
+}
+
 } // namespace
 
 ExitCode show(const ReadFlags& flags, const std::string& address, const ShowOptions& options) {
-    const Model model = openModel(flags);
+    Model model = openModel(flags);
     const Instance instance = model.at(address);
+    const std::optional<Rules> rules =
+        options.derived ? std::optional(rulesForDerived(model, options.rules)) : std::nullopt;
     if (options.json) {
         Output output(writeToStandardOutput);
         JsonWriter writer(output);
         writeInstance(writer, instance,
-                      {.describe = true, .inverses = options.inverses, .referrers = options.referrers});
+                      {.describe = true,
+                       .inverses = options.inverses,
+                       .referrers = options.referrers,
+                       .derived = rules ? &*rules : nullptr});
         writer.newLine();
         output.flush();
         return exitCodeOf(model);
@@ -81,6 +103,8 @@ ExitCode show(const ReadFlags& flags, const std::string& address, const ShowOpti
         printInverses(instance);
     if (options.referrers)
         printReferrers(instance);
+    if (rules)
+        printDerived(instance, *rules);
     return exitCodeOf(model);
 }
 

@@ -44,6 +44,14 @@ void addRewrite(CLI::App& app, Task& task) {
     command->callback([&task, options] { task = [options] { return rewrite(*options, options->target); }; });
 }
 
+void addRulesOption(CLI::App& command, std::string& text) {
+    command
+        .add_option("--rules", text,
+                    "EXPRESS text of the schema, as its publisher distributes it; by default NAME.exp in $VNIFC_RULES "
+                    "or vnifc/rules in the user's data folder")
+        ->option_text("SCHEMA.exp");
+}
+
 void addShow(CLI::App& app, Task& task) {
     struct Options : ReadFlags, ShowOptions {
         std::string address;
@@ -59,6 +67,8 @@ void addShow(CLI::App& app, Task& task) {
     command->add_flag("--referrers", options->referrers,
                       "everything that refers to the instance: which instance, by which attribute, at which place in "
                       "lists, counted from 1 (from 0 in JSON)");
+    command->add_flag("--derived", options->derived, "the derived attributes, too, computed as the schema's text says");
+    addRulesOption(*command, options->rules);
     command->callback([&task, options] { task = [options] { return show(*options, options->address, *options); }; });
 }
 
@@ -127,6 +137,12 @@ void addCheck(CLI::App& app, Task& task) {
     command->add_option("--limit", options->limit, "how many of each kind are told; all by default")
         ->check(CLI::NonNegativeNumber);
     command->add_flag("--json", options->json, "print one JSON object a line, the last one with the summary");
+    addRulesOption(*command, options->rules.text);
+    command
+        ->add_option("--rule", options->rules.only, "of the schema's rules this one only, \"IfcWall.HasName\"; several")
+        ->option_text("NAME ...");
+    command->add_option("--no-rule", options->rules.except, "all rules but this one; several")->option_text("NAME ...");
+    command->add_flag("--explain", options->rules.explain, "say with each violation what the rule demands");
     command->callback([&task, options] { task = [options] { return check(*options, *options); }; });
 }
 

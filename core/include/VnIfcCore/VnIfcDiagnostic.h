@@ -21,6 +21,7 @@ struct VnIfcDiagnostic {
     std::string attribute;
     std::string found;
     std::string expected;
+    std::string rule; ///< of the schema, that is violated or cannot be evaluated: "IfcWall.CorrectPredefinedType"
 
     /// One line for people: "file:3:17: error: #12 IFCWALL.Name: expected ..., found ...".
     VNIFC_API std::string text() const;

@@ -22,6 +22,8 @@ std::string VnIfcDiagnostic::text() const {
             result.pop_back();
         result += ": ";
     }
+    if (!rule.empty())
+        result += "rule " + rule + (expected.empty() && found.empty() ? " is violated" : ": ");
     if (!expected.empty())
         result += "expected " + expected;
     if (!found.empty())

@@ -7,7 +7,7 @@
 
 namespace express {
 
-enum class TokenKind { kWord, kInteger, kLiteral, kSymbol, kEnd };
+enum class TokenKind { kWord, kInteger, kReal, kLiteral, kSymbol, kEnd };
 
 /// One token of EXPRESS text; `text` points into the source.
 struct Token {
@@ -16,8 +16,8 @@ struct Token {
     Position at;
 };
 
-/// Splits EXPRESS text (ISO 10303-11, clause 7) into tokens and drops white space and remarks.
-/// Symbols are single characters but for ":=": longer operators stand only in expressions, which nobody reads.
+/// Splits EXPRESS text (ISO 10303-11, clause 7) into tokens and drops white space and remarks. Literals are strings in
+/// their quotes, and binaries with their "%".
 class Lexer {
 public:
     /// Both texts must outlive the lexer and its tokens. `file` names the source in errors.
@@ -31,12 +31,16 @@ public:
 private:
     bool at(std::string_view text) const { return m_source.substr(m_offset).starts_with(text); }
     bool atEnd() const { return m_offset == m_source.size(); }
-    char peek() const { return atEnd() ? '\0' : m_source[m_offset]; }
+    char peek(std::size_t ahead = 0) const {
+        return m_offset + ahead < m_source.size() ? m_source[m_offset + ahead] : '\0';
+    }
     void advance(std::size_t count = 1);
     void skipRemarks();
     void skipEmbeddedRemark();
     void skipQuoted(char quote);
     TokenKind scan();
+    TokenKind scanNumber();
+    std::size_t symbolLength() const;
     template <class Predicate>
     void advanceWhile(Predicate predicate);
 
