@@ -100,8 +100,8 @@ void ModelView::findUses() {
 
 std::span<const ModelView::Use> ModelView::uses(const VN_SDAI::VnIfcInstanceSlot* target) {
     std::call_once(m_hasUses, [&] { findUses(); });
-    const auto found = std::ranges::equal_range(m_uses, target, std::less<>(), &Use::target);
-    return {found.begin(), found.end()};
+    return {std::ranges::lower_bound(m_uses, target, std::less<>(), &Use::target),
+            std::ranges::upper_bound(m_uses, target, std::less<>(), &Use::target)};
 }
 
 } // namespace vnifc::rules
