@@ -174,6 +174,39 @@ TEST(RulesCheck, TellsWhatIsNotEvaluatedAndNeverTakesItForKept) {
               "rule-not-evaluated #1 ToyBed.Deep: calls that are nested deeper than an evaluation may\n");
 }
 
+/// What a file says and nobody can take is not the same as nothing.
+TEST(RulesCheck, DoesNotTakeWhatIsNotKnownForNothing) {
+    const Rules rules = garden().rules(
+        Garden::text({{"ToyBed", "WHERE None : NOT(EXISTS(Owner)); Corners : SIZEOF(QUERY(each <* Corners | "
+                                 "EXISTS(each))) = SIZEOF(Corners);"}}));
+    const struct {
+        const char* corners;
+        const char* owner;
+        const char* findings;
+        std::uint64_t erased = 0;
+    } cases[] = {
+        {"()", "$", ""},
+        {"(#2)", "#3", "rule #1 ToyBed.None\n"},
+        {"(#2,#9)", "$", "rule-not-evaluated #1 ToyBed.Corners: #9 is not in the file, so that it is not known\n"},
+        {"(#4)", "$",
+         "rule-not-evaluated #1 ToyBed.Corners: #4 is of no class of the schema, so that it is not known\n"},
+        {"(#2,5)", "$",
+         "rule-not-evaluated #1 ToyBed.Corners: the value of Corners does not fit, so that it is not known\n"},
+        {"()", "#9", "rule-not-evaluated #1 ToyBed.None: #9 is not in the file, so that it is not known\n"},
+        {"()", "#4", "rule-not-evaluated #1 ToyBed.None: #4 is of no class of the schema, so that it is not known\n"},
+        {"()", "#3", "", 3}, // what was erased is nothing
+    };
+    for (const auto& each : cases) {
+        VN_SDAI::VnIfcModel model = garden().model(
+            "#1=TOYBED('b',$,$,0.5,1," + std::string(each.corners) + ',' + each.owner +
+            ",2);\n#2=TOYPOINT($);\n#3=TOYGARDENER('Ann',.U.,3,1.5,.T.,.RAKE.,$,('a'));\n#4=NOBODY(1);\n");
+        if (each.erased > 0) {
+            model.erase(model.find(each.erased));
+        }
+        EXPECT_EQ(findingsOf(rules, model), each.findings) << each.corners << ' ' << each.owner;
+    }
+}
+
 TEST(RulesCheck, HostileModelsEnd) {
     // Clubs whose members are gardeners who like the next club, a thousand deep, and back to the first.
     std::string chain;

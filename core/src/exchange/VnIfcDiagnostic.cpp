@@ -22,11 +22,15 @@ std::string VnIfcDiagnostic::text() const {
             result.pop_back();
         result += ": ";
     }
-    if (!rule.empty())
-        result += "rule " + rule + (expected.empty() && found.empty() ? " is violated" : ": ");
+    // What is found where nothing is expected of a rule is the reason why it has no result.
+    const bool isReason = !rule.empty() && expected.empty() && !found.empty();
+    if (isReason)
+        result += "rule " + rule + " is not evaluated: " + found;
+    else if (!rule.empty())
+        result += "rule " + rule + (expected.empty() ? " is violated" : ": ");
     if (!expected.empty())
         result += "expected " + expected;
-    if (!found.empty())
+    if (!found.empty() && !isReason)
         result += (expected.empty() ? "found " : ", found ") + found;
     return result + " [" + code + ']';
 }

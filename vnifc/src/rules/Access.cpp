@@ -49,9 +49,16 @@ Value Machine::valueOf(const Entity& instance) const noexcept {
     return value.type == kNoType ? Value() : value;
 }
 
-Value Machine::instanceAt(const VnDbObjectId& handle) const noexcept {
+/// The instance of a handle. One that the file does not have, or that is of no class of the schema, is a value that
+/// nobody knows: rules must not take it for none.
+Value Machine::instanceAt(const VnDbObjectId& handle) const {
     const Entity* const instance = entityAt(handle);
-    return instance ? valueOf(*instance) : Value();
+    const Value value = instance ? valueOf(*instance) : Value();
+    if (value.exists() || handle.isNull() || handle.isErased()) [[likely]]
+        return value;
+    throw NotEvaluated('#' + std::to_string(handle.number()) +
+                       (handle.openObject() ? " is of no class of the schema, so that it is not known"
+                                            : " is not in the file, so that it is not known"));
 }
 
 Value Machine::textOf(std::string_view exchangeText) {
@@ -282,9 +289,9 @@ Value Machine::load(const Entity& instance, const Attribute& attribute) {
         return value.exists() ? value : loadUnset(instance, attribute);
     case RowKind::kAggregate: {
         const auto& aggregate = member<VnIfcAggr>(instance, row);
-        if (aggregate.isNil() && attribute.kind == AttributeKind::kExplicit) {
-            value = loadUnset(instance, attribute);
-            if (value.exists() || row.mark == VN_SDAI::typed::kOptional)
+        if (attribute.kind == AttributeKind::kExplicit) {
+            loadUnset(instance, attribute); // some of the elements may be there
+            if (aggregate.isNil() && row.mark == VN_SDAI::typed::kOptional)
                 return value;
         }
         return modelAggregate(aggregate, attribute.type, row.isBinary);
