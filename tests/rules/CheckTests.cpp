@@ -168,6 +168,11 @@ TEST(RulesCheck, TellsWhatIsNotEvaluatedAndNeverTakesItForKept) {
               "rule-not-evaluated #1 ToyBed.Area: more steps than an evaluation may take\n");
     EXPECT_EQ(result.notEvaluated, 4u);
     EXPECT_EQ(result.violations, 1u);
+    options.only = {"ToyBed.Known"};
+    for (const char* owner : {"", "#7=STRANGER();\n"})
+        EXPECT_EQ(
+            findingsOf(rules, garden().model("#1=TOYBED('b',$,$,0.5,1,(),#7,2);\n" + std::string(owner)), options),
+            "rule-not-evaluated #1 ToyBed.Known: a reference to #7, which is no instance of the schema\n");
     options.steps = RulesCheckOptions().steps;
     options.only = {"ToyBed.Deep"};
     EXPECT_EQ(findingsOf(rules, garden().model("#1=TOYBED('b',$,$,0.5,1,(),$,2);\n"), options),

@@ -49,9 +49,14 @@ Value Machine::valueOf(const Entity& instance) const noexcept {
     return value.type == kNoType ? Value() : value;
 }
 
-Value Machine::instanceAt(const VnDbObjectId& handle) const noexcept {
-    const Entity* const instance = entityAt(handle);
-    return instance ? valueOf(*instance) : Value();
+/// What was erased is no value any more. A number that no instance of the file has, or one without a class, stands for
+/// a value that nobody knows: rules must not take it for none.
+Value Machine::instanceAt(const VnDbObjectId& handle) const {
+    if (const Entity* const instance = entityAt(handle))
+        return valueOf(*instance);
+    if (handle.isNull() || handle.slot()->has(VN_SDAI::VnIfcInstanceSlot::kErased))
+        return Value();
+    throw NotEvaluated("a reference to #" + std::to_string(handle.number()) + ", which is no instance of the schema");
 }
 
 Value Machine::textOf(std::string_view exchangeText) {

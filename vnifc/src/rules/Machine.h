@@ -75,7 +75,7 @@ private:
     Value loadUnset(const Entity& instance, const Attribute& attribute);
     Value textOf(std::string_view exchangeText);
     Value binaryOf(std::string_view exchangeText);
-    Value instanceAt(const VN_SDAI::VnDbObjectId& handle) const noexcept;
+    Value instanceAt(const VN_SDAI::VnDbObjectId& handle) const;
     Value enumerationOf(TypeIndex type, std::uint32_t code) const noexcept;
     Value selected(const VN_SDAI::typed::Select& select);
     Value modelAggregate(const VN_SDAI::VnIfcAggr& aggregate, TypeId type, bool isBinary);
