@@ -41,8 +41,8 @@ bool ready(benchmark::State& state) {
 }
 
 const VnIfcSchema* schema() {
-    vnGetModuleLifeCycleApp()->initApp();
-    return vnifcGetSchemaPointer();
+    static const bool isReady = vnGetModuleLifeCycleApp()->initApp();
+    return isReady ? vnifcGetSchemaPointer() : nullptr;
 }
 
 void setRate(benchmark::State& state) {
@@ -167,25 +167,23 @@ void check(benchmark::State& state) {
     setRate(state);
 }
 
-/// Files of 5 to 100 kB, cut out of the large one.
+/// Files of 5 to 100 kB, each the beginning of the large one: that refers to itself and has small numbers, as files do,
+/// where a piece of the middle refers to what it does not have.
 class SmallFiles {
 public:
     SmallFiles() {
         std::filesystem::create_directories(m_directory);
         const std::string& text = fileText();
         const std::size_t data = text.find("DATA;") + 6;
-        std::size_t begin = data;
+        const std::size_t last = text.rfind("ENDSEC;") - 2;
         for (std::size_t i = 0; i < kFiles; ++i) {
             const std::size_t size = 5'000 + i * 7919 % 95'001;
-            if (begin + size >= text.size())
-                begin = data;
-            const std::size_t end = std::min(text.find(";\n", begin + size), text.find("ENDSEC;", begin) - 2) + 2;
+            const std::size_t end = std::min(text.find(";\n", data + size), last) + 2;
             m_paths.push_back(m_directory / (std::to_string(i) + ".ifc"));
             std::ofstream(m_paths.back(), std::ios::binary)
-                << std::string_view(text).substr(0, data) << std::string_view(text).substr(begin, end - begin)
+                << std::string_view(text).substr(0, data) << std::string_view(text).substr(data, end - data)
                 << "ENDSEC;\nEND-ISO-10303-21;\n";
             m_bytes += std::filesystem::file_size(m_paths.back());
-            begin = end;
         }
     }
     SmallFiles(const SmallFiles&) = delete;

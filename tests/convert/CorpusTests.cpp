@@ -60,8 +60,8 @@ TEST(Corpus, UpwardsKeepsEveryObject) {
 
 TEST(Corpus, ThereAndBackAgainGivesTheSame) {
     const std::vector<std::filesystem::path> files = readableCorpusFiles();
-    if (files.empty())
-        GTEST_SKIP() << "the files are not there";
+    if (files.empty() || builtReleases().size() < 2)
+        GTEST_SKIP() << "the files, or a second release, are not there";
     unsigned same = 0;
     for (const std::filesystem::path& path : files)
         for (const std::string& to : builtReleases()) {

@@ -187,12 +187,12 @@ TEST(RulesCheck, DoesNotTakeWhatIsNotKnownForNothing) {
     } cases[] = {
         {"()", "$", ""},
         {"(#2)", "#3", "rule #1 ToyBed.None\n"},
-        {"(#2,#9)", "$", "rule-not-evaluated #1 ToyBed.Corners: #9 is not in the file, so that it is not known\n"},
+        {"(#2,#9)", "$", "rule-not-evaluated #1 ToyBed.Corners: #9 is not in the model, so that it is not known\n"},
         {"(#4)", "$",
          "rule-not-evaluated #1 ToyBed.Corners: #4 is of no class of the schema, so that it is not known\n"},
         {"(#2,5)", "$",
          "rule-not-evaluated #1 ToyBed.Corners: the value of Corners does not fit, so that it is not known\n"},
-        {"()", "#9", "rule-not-evaluated #1 ToyBed.None: #9 is not in the file, so that it is not known\n"},
+        {"()", "#9", "rule-not-evaluated #1 ToyBed.None: #9 is not in the model, so that it is not known\n"},
         {"()", "#4", "rule-not-evaluated #1 ToyBed.None: #4 is of no class of the schema, so that it is not known\n"},
         {"()", "#3", "", 3}, // what was erased is nothing
     };

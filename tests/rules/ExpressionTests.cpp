@@ -243,7 +243,7 @@ TEST_F(Expressions, AttributesAndGroups) {
             {"Blooms < AUTUMN", "TRUE", 1},
             {"Size", "2.5", 1},
             {"Name", "?", 2},
-            {"Size", "expression: not evaluated: #99 is not in the file, so that it is not known", 2},
+            {"Size", "expression: not evaluated: #99 is not in the model, so that it is not known", 2},
             {"Size", "[1, 2, 3]", 3},
             {"Size[2]", "2", 3},
             {"Size = WINTER", "TRUE", 4},

@@ -131,11 +131,11 @@ void writeRuleValue(JsonWriter& json, const RuleValue& value) {
     }
 }
 
-void writeDerived(JsonWriter& json, const VN_SDAI::VnIfcEntityBase& entity, const Rules& rules) {
+void writeDerived(JsonWriter& json, const Instance& instance, const Rules& rules) {
     json.beginObject();
-    for (const std::string& name : rules.derivedAttributes(entity)) {
+    for (const std::string& name : rules.derivedAttributes(instance)) {
         json.key(name);
-        writeRuleValue(json, rules.derived(entity, name));
+        writeRuleValue(json, rules.derived(instance, name));
     }
     json.endObject();
 }
@@ -168,7 +168,7 @@ void writeInstance(JsonWriter& json, const Instance& instance, InstanceDetail de
     }
     if (detail.derived) {
         json.key("derived");
-        writeDerived(json, *instance.core().openObject(), *detail.derived);
+        writeDerived(json, instance, *detail.derived);
     }
     json.endObject();
 }

@@ -46,7 +46,7 @@ struct InstanceDetail {
     bool describe = false; ///< references come with keyword and name of what they refer to
     bool inverses = false;
     bool referrers = false;
-    const Rules* derived = nullptr; ///< compute the derived attributes, which may look at inverse ones; null for none
+    const Rules* derived = nullptr; ///< compute the derived attributes; null for none
 };
 
 /// Writes an instance as an object: id, type, the attributes by name, and what is kept as text because they cannot hold

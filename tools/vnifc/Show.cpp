@@ -65,24 +65,22 @@ void printReferrers(const Instance& instance) {
 
 /// A line for each derived attribute, with its value.
 void printDerived(const Instance& instance, const Rules& rules) {
-    const VN_SDAI::VnIfcEntityBase& entity = *instance.core().openObject();
-    for (const std::string& name : rules.derivedAttributes(entity))
-        fmt::print("{} (derived)  {}\n", name, printable(rules.derived(entity, name).toText()));
+    for (const std::string& name : rules.derivedAttributes(instance))
+        fmt::print("{} (derived)  {}\n", name, printable(rules.derived(instance, name).toText()));
 }
 
-/// Throws Failure when there is no text of the rules. What is derived may look at inverse attributes, which are set.
-Rules rulesForDerived(Model& model, const std::string& text) {
+/// Throws Failure when there is no text of the rules.
+Rules rulesForDerived(const Model& model, const std::string& text) {
     std::optional<Rules> rules = rulesFor(model.core(), text);
     if (!rules)
         throw Failure(kFileFailure, howToHaveRules(model.core()));
-    model.core().setInverseCounterParts();
     return std::move(*rules);
 }
 
 } // namespace
 
 ExitCode show(const ReadFlags& flags, const std::string& address, const ShowOptions& options) {
-    Model model = openModel(flags);
+    const Model model = openModel(flags);
     const Instance instance = model.at(address);
     const std::optional<Rules> rules =
         options.derived ? std::optional(rulesForDerived(model, options.rules)) : std::nullopt;

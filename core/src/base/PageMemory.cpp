@@ -10,9 +10,26 @@
 
 namespace VN_SDAI {
 
+namespace {
+
+/// Smaller pieces come from the heap, which has them at hand when one small file is read after another: to map and to
+/// unmap them would stop all threads each time.
+constexpr std::size_t kMapped = PageAllocator<char>::kLarge;
+
+char* zeroed(std::size_t size) {
+    void* memory = std::calloc(size, 1);
+    if (!memory)
+        throw std::bad_alloc();
+    return static_cast<char*>(memory);
+}
+
+} // namespace
+
 #if defined(__linux__)
 
 char* pages::map(std::size_t size) {
+    if (size < kMapped)
+        return zeroed(size);
     void* memory = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED)
         throw std::bad_alloc();
@@ -21,7 +38,9 @@ char* pages::map(std::size_t size) {
 }
 
 void pages::unmap(char* memory, std::size_t size) noexcept {
-    if (memory)
+    if (size < kMapped)
+        std::free(memory);
+    else
         ::munmap(memory, size);
 }
 
@@ -36,10 +55,8 @@ const char* PageMemory::discard(const char* from, const char* to) noexcept {
 }
 
 void PageMemory::grow(std::size_t size) {
-    if (!m_data) {
-        *this = PageMemory(size);
-        return;
-    }
+    if (m_size < kMapped)
+        return moveTo(PageMemory(size));
     void* memory = ::mremap(m_data, m_size, size, MREMAP_MAYMOVE);
     if (memory == MAP_FAILED)
         throw std::bad_alloc();
@@ -49,24 +66,20 @@ void PageMemory::grow(std::size_t size) {
 
 #else
 
-char* pages::map(std::size_t size) {
-    void* memory = std::calloc(size, 1);
-    if (!memory)
-        throw std::bad_alloc();
-    return static_cast<char*>(memory);
-}
+char* pages::map(std::size_t size) { return zeroed(size); }
 
 void pages::unmap(char* memory, std::size_t) noexcept { std::free(memory); }
 
 const char* PageMemory::discard(const char* from, const char*) noexcept { return from; }
 
-void PageMemory::grow(std::size_t size) {
-    PageMemory larger(size);
+void PageMemory::grow(std::size_t size) { moveTo(PageMemory(size)); }
+
+#endif
+
+void PageMemory::moveTo(PageMemory larger) noexcept {
     std::copy_n(m_data, m_size, larger.m_data);
     *this = std::move(larger);
 }
-
-#endif
 
 PageMemory::PageMemory(std::size_t size) : m_data(pages::map(size)), m_size(size) {}
 

@@ -1,15 +1,18 @@
 #pragma once
+#include <VnRx/VnPlatform.h>
+
 #include <cstddef>
 #include <limits>
 #include <new>
 #include <utility>
+#include <vector>
 
 namespace VN_SDAI {
 
 namespace pages {
-/// Zeroed pages from the system; raises std::bad_alloc.
-char* map(std::size_t size);
-void unmap(char* memory, std::size_t size) noexcept;
+/// Zeroed memory, in pages of its own when it is large; raises std::bad_alloc.
+VNIFC_API char* map(std::size_t size);
+VNIFC_API void unmap(char* memory, std::size_t size) noexcept;
 } // namespace pages
 
 /// A large piece of memory straight from the system: zeroed, in huge pages where there are such, untouched parts cost
@@ -36,6 +39,8 @@ public:
     void grow(std::size_t size);
 
 private:
+    void moveTo(PageMemory larger) noexcept;
+
     char* m_data = nullptr;
     std::size_t m_size = 0;
 };
@@ -66,5 +71,9 @@ struct PageAllocator {
 
     static constexpr std::size_t kLarge = std::size_t{1} << 20;
 };
+
+/// A table that may become large: page faults are much of what filling one costs.
+template <class T>
+using PageVector = std::vector<T, PageAllocator<T>>;
 
 } // namespace VN_SDAI

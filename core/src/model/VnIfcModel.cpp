@@ -242,7 +242,9 @@ void VnIfcModel::forEach(const VnIfcEntityType* type, bool withSubtypes,
 std::vector<VnDbObjectId> VnIfcModel::instances() const {
     std::vector<VnDbObjectId> result;
     result.reserve(count());
-    forEach([&](const VnIfcEntityBase& instance) { result.push_back(instance.objectId()); });
+    const SlotRuns runs = m_data->runs(kBlock);
+    for (std::size_t i = 0; i < runs.blocks(); ++i)
+        runs.forEach(i, [&](VnIfcInstanceSlot& slot) { result.emplace_back(&slot); });
     return result;
 }
 

@@ -58,11 +58,11 @@ public:
 
     InstanceRange() noexcept = default;
     InstanceRange(std::shared_ptr<const Handles> handles, detail::ModelState* state) noexcept
-        : m_held(std::move(handles)), m_handles(*m_held), m_state(state) {}
-    /// Of a part of those handles.
-    InstanceRange(std::shared_ptr<const Handles> handles, std::span<const VN_SDAI::VnDbObjectId> part,
+        : m_handles(*handles), m_held(std::move(handles)), m_state(state) {}
+    /// Of handles that live as long as `held`.
+    InstanceRange(std::shared_ptr<const void> held, std::span<const VN_SDAI::VnDbObjectId> handles,
                   detail::ModelState* state) noexcept
-        : m_held(std::move(handles)), m_handles(part), m_state(state) {}
+        : m_handles(handles), m_held(std::move(held)), m_state(state) {}
 
     iterator begin() const noexcept { return {m_handles.data(), end_(), m_state}; }
     iterator end() const noexcept { return {end_(), end_(), m_state}; }
@@ -76,8 +76,8 @@ public:
 private:
     const VN_SDAI::VnDbObjectId* end_() const noexcept { return m_handles.data() + m_handles.size(); }
 
-    std::shared_ptr<const Handles> m_held;
     std::span<const VN_SDAI::VnDbObjectId> m_handles;
+    std::shared_ptr<const void> m_held;
     detail::ModelState* m_state = nullptr;
 };
 

@@ -2,6 +2,7 @@
 #include <VnIfcCore/VnIfcModel.h>
 #include <vnifc/Error.h>
 #include <vnifc/Export.h>
+#include <vnifc/Model.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -107,6 +108,9 @@ public:
     /// Reads a text and compiles it for the release of that dictionary, which must outlive the rules. Throws
     /// RulesError. What is wrong within single rules does not stop it: see remarks().
     static Rules load(const std::filesystem::path& path, const VN_SDAI::VnIfcSchema& schema);
+    /// As load, for a release by its name in any case, whose module the rules keep. Throws FileError, too, when the
+    /// release is not known or not installed.
+    static Rules load(const std::filesystem::path& path, std::string_view release);
     /// As load, from memory. `name` is how messages call the text.
     static Rules parse(std::string text, const VN_SDAI::VnIfcSchema& schema, std::string_view name = "rules");
     /// Where the rules of a release are found if nobody says: NAME.exp in the folder that the environment variable
@@ -132,23 +136,35 @@ public:
     /// std::invalid_argument when the model is of another schema.
     RulesCheckResult check(const VN_SDAI::VnIfcModel& model, const VN_SDAI::VnIfcDiagnosticSink& sink,
                            const RulesCheckOptions& options = {}) const;
+    /// As check; sets the inverse attributes first, unless they are set.
+    RulesCheckResult check(Model& model, const VN_SDAI::VnIfcDiagnosticSink& sink,
+                           const RulesCheckOptions& options = {}) const;
 
     /// The names of the derived attributes of an entity, inherited ones first, redeclared ones too.
     std::vector<std::string> derivedAttributes(const VN_SDAI::VnIfcEntityBase& instance) const;
+    /// As derivedAttributes; throws NotFound for what is no instance.
+    std::vector<std::string> derivedAttributes(const Instance& instance) const;
     /// The value of a derived attribute, by its name in any case; indeterminate when the instance has none of that
     /// name, when the text gives it no value, and when a limit is reached.
     RuleValue derived(const VN_SDAI::VnIfcEntityBase& instance, std::string_view attribute) const;
+    /// As derived; sets the inverse attributes of the model first, unless they are set. Throws NotFound for what is no
+    /// instance.
+    RuleValue derived(const Instance& instance, std::string_view attribute) const;
 
     /// The value of an expression of the language, in which all that the text declares is known; SELF, and the names of
     /// its attributes, are those of the instance. Throws RulesError for what is no expression or has unknown names, and
     /// when a limit is reached.
     RuleValue evaluate(std::string_view expression, const VN_SDAI::VnIfcEntityBase& self) const;
+    /// As evaluate; sets the inverse attributes of the model first, unless they are set. Throws NotFound for what is no
+    /// instance.
+    RuleValue evaluate(std::string_view expression, const Instance& self) const;
     /// As evaluate, without SELF; USEDIN looks at the model.
     RuleValue evaluate(std::string_view expression, const VN_SDAI::VnIfcModel& model) const;
 
 private:
     explicit Rules(std::unique_ptr<const rules::Program> program) noexcept;
 
+    std::shared_ptr<const VN_SDAI::VnIfcFile> m_release; ///< keeps the module; null when the caller does
     std::unique_ptr<const rules::Program> m_program;
 };
 

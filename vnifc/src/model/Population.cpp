@@ -1,8 +1,19 @@
 #include "Population.h"
 
+#include <exchange/WorkSharing.h>
+
+#include <optional>
+
 namespace vnifc::detail {
 
 using namespace VN_SDAI;
+
+namespace {
+
+/// Instances that a thread takes at a time.
+constexpr std::size_t kBlock = 16'384;
+
+} // namespace
 
 std::shared_ptr<const Population::Handles> Population::all(const VnIfcModel& model) {
     build(model);
@@ -13,20 +24,31 @@ void Population::build(const VnIfcModel& model) {
     if (m_all)
         return;
     auto all = std::make_shared<Handles>(model.instances());
-    m_kinds.clear();
-    m_kinds.reserve(all->size());
-    // Neighbours are often of one entity.
-    const VnIfcEntityType* last = nullptr;
-    std::uint16_t kind = kindOf(nullptr);
-    for (const VnDbObjectId& handle : *all) {
-        const VnIfcEntityType* type = handle.openObject()->getInstanceType();
-        if (type != last) {
-            kind = kindOf(type);
-            last = type;
+    m_kinds.resize(all->size());
+    std::mutex mutex;
+    const std::size_t blocks = (all->size() + kBlock - 1) / kBlock;
+    shareWork(blocks, threadsFor(0, blocks), {}, [&](unsigned, std::size_t block) {
+        std::unordered_map<const VnIfcEntityType*, std::uint16_t> known;
+        // Neighbours are often of one entity.
+        std::optional<const VnIfcEntityType*> last;
+        std::uint16_t kind = 0;
+        for (std::size_t i = block * kBlock; i < std::min(all->size(), (block + 1) * kBlock); ++i) {
+            const VnIfcEntityType* type = (*all)[i].openObject()->getInstanceType();
+            if (type != last) {
+                const auto [found, isNew] = known.try_emplace(type);
+                if (isNew) {
+                    const std::lock_guard lock(mutex);
+                    found->second = kindOf(type);
+                }
+                kind = found->second;
+                last = type;
+            }
+            m_kinds[i] = kind;
         }
-        m_kinds.push_back(kind);
+        return true;
+    });
+    for (const std::uint16_t kind : m_kinds)
         ++m_counts[kind];
-    }
     m_all = std::move(all);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 #include <VnIfcCore/VnIfcModel.h>
+#include <base/PageMemory.h>
 
 #include <memory>
 #include <span>
@@ -15,6 +16,10 @@ public:
 
     /// All instances, ascending; some of them may have been erased meanwhile.
     std::shared_ptr<const Handles> all(const VN_SDAI::VnIfcModel& model);
+    /// The entities that instances have; null stands for having none. The kind of an instance is its index in them.
+    std::span<const VN_SDAI::VnIfcEntityType* const> types() const noexcept { return m_types; }
+    /// Of each of the instances of all().
+    std::span<const std::uint16_t> kinds() const noexcept { return m_kinds; }
     /// Those whose entity fulfils `matches(const VnIfcEntityType*)`, which is asked once an entity; null stands for
     /// instances without a class.
     template <class Matches>
@@ -42,7 +47,7 @@ private:
     std::uint16_t kindOf(const VN_SDAI::VnIfcEntityType* type);
 
     std::shared_ptr<Handles> m_all;
-    std::vector<std::uint16_t> m_kinds; ///< of each instance: index into m_types
+    VN_SDAI::PageVector<std::uint16_t> m_kinds;
     std::vector<const VN_SDAI::VnIfcEntityType*> m_types;
     std::vector<std::size_t> m_counts;
     std::unordered_map<const VN_SDAI::VnIfcEntityType*, std::uint16_t> m_known;

@@ -2,6 +2,8 @@
 
 #include "../whole/References.h"
 
+#include <exchange/WorkSharing.h>
+
 #include <algorithm>
 
 namespace vnifc::detail {
@@ -12,6 +14,9 @@ namespace {
 
 // Beyond this many numbers for an instance a table of them costs more than it saves.
 constexpr std::uint64_t kSparse = 8;
+
+// Instances that a thread takes at a time.
+constexpr std::uint32_t kBlock = 131'072;
 
 } // namespace
 
@@ -36,41 +41,68 @@ void Referrers::build(ModelState& state) {
             m_ordinals[all[i].number()] = i;
     }
 
-    // Pairs in the order of the sources; the last place counts references to what is not there.
-    std::vector<std::pair<std::uint32_t, std::uint32_t>> edges;
-    edges.reserve(std::size_t{count} * 2);
-    m_ends.assign(std::size_t{count} + 1, 0);
-    std::uint32_t source = 0;
-    // The last source of each target tells whether the pair is there already.
-    std::vector<std::uint32_t> last(std::size_t{count} + 1, count);
-    const auto add = [&](const VnDbObjectId& target) {
-        if (target.isNull())
-            return;
-        const std::size_t ordinal = ordinalOf(target);
-        if (std::exchange(last[ordinal], source) == source)
-            return;
-        edges.emplace_back(static_cast<std::uint32_t>(ordinal), source);
-        ++m_ends[ordinal];
-    };
-    const auto addNumber = [&](std::size_t, std::size_t, std::uint64_t number) { add(state.model().find(number)); };
-    for (; source < count; ++source) {
-        const VnIfcEntityBase* instance = all[source].openObject();
+    const std::size_t blocks = (std::size_t{count} + kBlock - 1) / kBlock;
+    std::vector<Edges> edges(blocks);
+    std::vector<const ClassInfo*> classes;
+    for (const VnIfcEntityType* type : state.population.types())
+        classes.push_back(type ? &state.classOf(*type) : nullptr);
+    shareWork(blocks, threadsFor(0, blocks), {}, [&](unsigned, std::size_t block) {
+        const auto begin = static_cast<std::uint32_t>(block * kBlock);
+        edges[block] = edgesOf(state, classes, begin, std::min(count, begin + kBlock));
+        return true;
+    });
+
+    m_ends.assign(count, 0);
+    std::size_t sum = 0;
+    for (const Edges& block : edges) {
+        for (const Edge& edge : block)
+            ++m_ends[edge.target];
+        sum += block.size();
+    }
+    auto sources = std::make_shared<PageVector<VnDbObjectId>>(sum);
+    sum = 0;
+    for (std::uint32_t& end : m_ends)
+        sum += std::exchange(end, static_cast<std::uint32_t>(sum));
+    for (Edges& block : edges) {
+        for (const Edge& edge : block)
+            (*sources)[m_ends[edge.target]++] = all[edge.source];
+        Edges().swap(block);
+    }
+    m_sources = std::move(sources);
+}
+
+Referrers::Edges Referrers::edgesOf(ModelState& state, const std::vector<const ClassInfo*>& classes,
+                                    std::uint32_t begin, std::uint32_t end) const {
+    Edges edges;
+    edges.reserve(std::size_t{end - begin} * 2);
+    for (std::uint32_t source = begin; source < end; ++source) {
+        const VnIfcEntityBase* instance = (*m_targets)[source].openObject();
         if (!instance)
             continue;
-        if (const ClassInfo* info = state.classOf(*instance))
+        const std::size_t first = edges.size();
+        const auto add = [&](const VnDbObjectId& target) {
+            const std::size_t ordinal = target.isNull() ? m_targets->size() : ordinalOf(target);
+            if (ordinal < m_targets->size())
+                edges.push_back({static_cast<std::uint32_t>(ordinal), source});
+        };
+        if (const ClassInfo* info = classes[state.population.kinds()[source]])
             for (const typed::AttributeRow* row : info->references)
                 forEachHandle(*instance, *row, add);
         if (hasText(*instance))
-            forEachText(*instance, [&](std::string_view text) { forEachTextReference(text, addNumber); });
+            forEachText(*instance, [&](std::string_view text) {
+                forEachTextReference(
+                    text, [&](std::size_t, std::size_t, std::uint64_t number) { add(state.model().find(number)); });
+            });
+        // Who refers twice is a referrer once.
+        if (edges.size() > first + 1) {
+            const auto mine = edges.begin() + static_cast<std::ptrdiff_t>(first);
+            std::sort(mine, edges.end(), [](const Edge& a, const Edge& b) { return a.target < b.target; });
+            edges.erase(
+                std::unique(mine, edges.end(), [](const Edge& a, const Edge& b) { return a.target == b.target; }),
+                edges.end());
+        }
     }
-
-    std::uint32_t sum = 0;
-    for (std::uint32_t& end : m_ends)
-        sum += std::exchange(end, sum);
-    auto sources = std::make_shared<Handles>(edges.size());
-    for (const auto& [target, from] : edges)
-        (*sources)[m_ends[target]++] = all[from];
-    m_sources = std::move(sources);
+    return edges;
 }
 
 InstanceRange Referrers::of(ModelState& state, const VnDbObjectId& target) {

@@ -49,16 +49,17 @@ Value Machine::valueOf(const Entity& instance) const noexcept {
     return value.type == kNoType ? Value() : value;
 }
 
-/// The instance of a handle. One that the file does not have, or that is of no class of the schema, is a value that
-/// nobody knows: rules must not take it for none.
+/// What was erased is no value any more. An instance that is not there, or is of no class of the schema, is a value
+/// that nobody knows: rules must not take it for none.
 Value Machine::instanceAt(const VnDbObjectId& handle) const {
-    const Entity* const instance = entityAt(handle);
-    const Value value = instance ? valueOf(*instance) : Value();
-    if (value.exists() || handle.isNull() || handle.isErased()) [[likely]]
-        return value;
+    if (const Entity* const instance = entityAt(handle)) [[likely]]
+        return valueOf(*instance);
+    if (handle.isNull() || handle.isErased())
+        return Value();
+    const bool isThere = handle.openObject() != nullptr;
     throw NotEvaluated('#' + std::to_string(handle.number()) +
-                       (handle.openObject() ? " is of no class of the schema, so that it is not known"
-                                            : " is not in the file, so that it is not known"));
+                       (isThere ? " is of no class of the schema" : " is not in the model") +
+                       ", so that it is not known");
 }
 
 Value Machine::textOf(std::string_view exchangeText) {

@@ -3,10 +3,11 @@
 #include "Member.h"
 
 #include <VnIfcCore/VnIfcEntityType.h>
+#include <exchange/WorkSharing.h>
 #include <express/Text.h>
 
 #include <algorithm>
-#include <thread>
+#include <memory>
 
 namespace vnifc::rules {
 
@@ -87,43 +88,25 @@ void Checking::checkInstances() {
     const std::vector<VN_SDAI::VnDbObjectId> instances = m_model.instances();
     const std::size_t blocks = (instances.size() + kBlock - 1) / kBlock;
     std::vector<std::vector<Finding>> findings(blocks);
-    std::atomic<std::size_t> next{0};
-    std::atomic<bool> stop{false};
-    std::mutex mutex;
-    std::exception_ptr failure;
-    const auto work = [&](bool isCaller) {
-        try {
-            Worker worker(*this, m_view);
-            for (std::size_t block; !stop && (block = next.fetch_add(1)) < blocks;) {
-                worker.findings = &findings[block];
-                const std::size_t end = std::min(instances.size(), (block + 1) * kBlock);
-                for (std::size_t i = block * kBlock; i < end; ++i) {
-                    if (const Entity* const instance = entityAt(instances[i]))
-                        checkInstance(worker, *instance);
-                }
-                if (isCaller && m_options.progress &&
-                    !m_options.progress(static_cast<double>(block + 1) / static_cast<double>(blocks)))
-                    stop = true;
-            }
-            const std::lock_guard lock(mutex);
-            add(worker.counts);
-        } catch (...) {
-            const std::lock_guard lock(mutex);
-            failure = std::current_exception();
-            stop = true;
+    const unsigned threads = VN_SDAI::threadsFor(m_options.threads, blocks);
+    std::vector<std::unique_ptr<Worker>> workers(threads);
+    const auto work = [&](unsigned number, std::size_t block) {
+        if (!workers[number])
+            workers[number] = std::make_unique<Worker>(*this, m_view);
+        Worker& worker = *workers[number];
+        worker.findings = &findings[block];
+        const std::size_t end = std::min(instances.size(), (block + 1) * kBlock);
+        for (std::size_t i = block * kBlock; i < end; ++i) {
+            if (const Entity* const instance = entityAt(instances[i]))
+                checkInstance(worker, *instance);
         }
+        return true;
     };
-    const unsigned wanted = m_options.threads ? m_options.threads : std::max(1u, std::thread::hardware_concurrency());
-    const std::size_t threads = std::min<std::size_t>(wanted, blocks);
-    {
-        std::vector<std::jthread> helpers;
-        for (std::size_t i = 1; i < threads; ++i)
-            helpers.emplace_back(work, false);
-        work(true);
+    m_result.isCancelled = !VN_SDAI::shareWork(blocks, threads, m_options.progress, work);
+    for (const auto& worker : workers) {
+        if (worker)
+            add(worker->counts);
     }
-    if (failure)
-        std::rethrow_exception(failure);
-    m_result.isCancelled = stop;
     for (const std::vector<Finding>& block : findings) {
         for (const Finding& each : block)
             tell(each);

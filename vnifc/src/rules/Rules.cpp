@@ -2,6 +2,8 @@
 
 #include "Checking.h"
 
+#include "../model/ModelState.h"
+
 #include <express/Text.h>
 
 #include <algorithm>
@@ -15,7 +17,6 @@ namespace vnifc {
 using rules::Machine;
 using rules::Program;
 using rules::TypeIndex;
-using rules::Value;
 using VN_SDAI::VnIfcEntityBase;
 
 namespace {
@@ -104,6 +105,15 @@ Rules Rules::load(const std::filesystem::path& path, const VN_SDAI::VnIfcSchema&
     return parse(std::move(text), schema, path.string());
 }
 
+Rules Rules::load(const std::filesystem::path& path, std::string_view release) {
+    auto file = std::make_shared<const VN_SDAI::VnIfcFile>(VN_SDAI::vnCreateFile(release));
+    if (!*file)
+        throw FileError("rules of " + std::string(release) + ": " + file->result().message);
+    Rules rules = load(path, *file->model().schema());
+    rules.m_release = std::move(file);
+    return rules;
+}
+
 std::optional<std::filesystem::path> Rules::find(std::string_view schemaName) {
     namespace fs = std::filesystem;
     std::vector<fs::path> folders;
@@ -181,7 +191,7 @@ RuleValue evaluated(const Program& program, std::string_view expression, TypeInd
         view.emplace(extended, *model);
     Machine machine(extended, view ? &*view : nullptr, limits.steps, limits.memory);
     try {
-        return machine.toPublic(machine.run(chunk, self ? machine.valueOf(*self) : Value()));
+        return machine.toPublic(machine.run(chunk, self ? machine.valueOf(*self) : rules::Value()));
     } catch (const rules::NotEvaluated& reason) {
         throw RulesError(std::string("expression: not evaluated: ") + reason.what());
     }
@@ -206,6 +216,28 @@ RulesCheckResult Rules::check(const VN_SDAI::VnIfcModel& model, const VN_SDAI::V
     if (model.schema() != &m_program->schema().dictionary())
         throw std::invalid_argument("vnifc::Rules::check: the model is of another schema");
     return rules::Checking(*m_program, model, sink, options).run();
+}
+
+RulesCheckResult Rules::check(Model& model, const VN_SDAI::VnIfcDiagnosticSink& sink,
+                              const RulesCheckOptions& options) const {
+    model.needInverses();
+    return check(model.core(), sink, options);
+}
+
+std::vector<std::string> Rules::derivedAttributes(const Instance& instance) const {
+    return derivedAttributes(detail::opened(instance));
+}
+
+RuleValue Rules::derived(const Instance& instance, std::string_view attribute) const {
+    const VnIfcEntityBase& object = detail::opened(instance);
+    instance.state()->needInverses();
+    return derived(object, attribute);
+}
+
+RuleValue Rules::evaluate(std::string_view expression, const Instance& self) const {
+    const VnIfcEntityBase& object = detail::opened(self);
+    self.state()->needInverses();
+    return evaluate(expression, object);
 }
 
 } // namespace vnifc
