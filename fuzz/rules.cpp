@@ -389,6 +389,8 @@ std::string madeModel(Choices& choices) {
            data + "ENDSEC;\nEND-ISO-10303-21;\n";
 }
 
+constexpr RuleLimits kLimits{20'000, std::size_t{1} << 20};
+
 struct Checked {
     std::string findings;
     RulesCheckResult result;
@@ -399,8 +401,8 @@ Checked checked(const Rules& rules, const VN_SDAI::VnIfcModel& model, unsigned t
     RulesCheckOptions options;
     options.threads = threads;
     options.only = only;
-    options.steps = 20'000;
-    options.memory = std::size_t{1} << 20;
+    options.steps = kLimits.steps;
+    options.memory = kLimits.memory;
     std::uint64_t violations = 0, notEvaluated = 0;
     Checked all;
     all.result = rules.check(
@@ -441,7 +443,7 @@ void requireSound(const Rules& rules, const VN_SDAI::VnIfcModel& model, Choices&
 
 std::string valueOf(const Rules& rules, std::string_view expression, const VN_SDAI::VnIfcEntityBase& self) {
     try {
-        return rules.evaluate(expression, self).toText();
+        return rules.evaluate(expression, self, kLimits).toText();
     } catch (const RulesError& error) {
         require(std::string_view(error.what()).starts_with("expression:"));
         return error.what();
@@ -452,7 +454,7 @@ void evaluateAll(const Rules& rules, const VN_SDAI::VnIfcModel& model, std::stri
     for (const VN_SDAI::VnDbObjectId& handle : model.instances()) {
         const VN_SDAI::VnIfcEntityBase& instance = *handle.openObject();
         for (const std::string& name : rules.derivedAttributes(instance)) {
-            const RuleValue value = rules.derived(instance, name);
+            const RuleValue value = rules.derived(instance, name, kLimits);
             require(!value.exists() || value.toText() == valueOf(rules, name, instance));
         }
         require(valueOf(rules, expression, instance) == valueOf(rules, expression, instance));

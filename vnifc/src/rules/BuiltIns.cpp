@@ -67,13 +67,14 @@ Value Machine::join(const Value& left, const Value& right) {
     return Value::of(made);
 }
 
-Value Machine::size(BuiltIn function, const Value& of) const noexcept {
+Value Machine::size(BuiltIn function, const Value& of) {
     if (function == BuiltIn::kBlength)
         return of.is(Tag::kBinary) ? Value::of(std::int64_t{of.length}) : Value();
     if (function == BuiltIn::kLength) {
         if (!of.is(Tag::kString))
             return Value();
         const std::string_view text = of.view();
+        spend(text.size() / 64);
         const auto isFirst = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
         return Value::of(static_cast<std::int64_t>(std::count_if(text.begin(), text.end(), isFirst)));
     }
@@ -227,7 +228,8 @@ Value Machine::rolesOf(const Value& instance) {
     return Value::of(roles);
 }
 
-Value Machine::number(std::string_view text) const noexcept {
+Value Machine::number(std::string_view text) {
+    spend(text.size() / 16);
     if (text.starts_with('+'))
         text.remove_prefix(1);
     const char* const end = text.data() + text.size();
@@ -279,6 +281,8 @@ std::string formatSymbolic(double number, std::string_view form) {
     const bool isPlus = form.starts_with('+');
     if (hasSign)
         form.remove_prefix(1);
+    if (form.empty())
+        return {};
     const char type = form.back();
     form.remove_suffix(1);
     const bool hasZeros = form.starts_with('0');
@@ -343,6 +347,7 @@ Value Machine::format(const Value& value, const Value& form) {
     if (!value.isNumber() || !form.is(Tag::kString))
         return Value();
     std::string_view how = form.view();
+    spend(how.size() / 16);
     if (how.empty()) {
         constexpr std::string_view kWhole = "7I", kReal = "10E";
         how = value.is(Tag::kInteger) ? kWhole : kReal;

@@ -121,13 +121,13 @@ private:
     // Entities and built-in functions, in BuiltIns.cpp.
     Value construct(TypeIndex entity, const Value* parameters, std::uint16_t count);
     Value builtIn(BuiltIn function, const Value* parameters);
-    Value size(BuiltIn function, const Value& of) const noexcept;
+    Value size(BuiltIn function, const Value& of);
     Value numeric(BuiltIn function, const Value& of) const noexcept;
     Value typesOf(const Value& value);
     Value usedIn(const Value& instance, const Value& role);
     Value rolesOf(const Value& instance);
     Value format(const Value& number, const Value& form);
-    Value number(std::string_view text) const noexcept;
+    Value number(std::string_view text);
     Value valueIn(const Value& aggregate, const Value& element);
     Value valueUnique(const Value& aggregate);
     Value text(std::string_view content) { return Value::of(m_arena.copy(content)); }
@@ -143,6 +143,7 @@ private:
     };
     std::unique_ptr<Value, FreeStack> m_stack; ///< not initialized beyond what was used
     Value* m_top;
+    const Value* m_bounds = nullptr; ///< slots of the activation that declares what is being assigned to
     std::vector<Frame> m_frames;
     std::vector<std::pair<const void*, const void*>> m_compared; ///< entities that are being compared
     PointerMap<VN_SDAI::typed::SelectMember, TypeIndex> m_members;

@@ -175,12 +175,14 @@ Value Machine::binary(Operator op, const Value& left, const Value& right) {
 }
 
 Value Machine::concatenate(const Value& left, const Value& right) {
-    char* const memory = m_arena.array<char>(std::size_t{left.length} + right.length);
+    const std::uint64_t length = std::uint64_t{left.length} + right.length;
+    if (length > std::numeric_limits<std::uint32_t>::max())
+        throw NotEvaluated("a text that is too long");
+    spend(length / 64);
+    char* const memory = m_arena.array<char>(length);
     left.view().copy(memory, left.length);
     right.view().copy(memory + left.length, right.length);
-    if (std::uint64_t{left.length} + right.length > std::numeric_limits<std::uint32_t>::max())
-        throw NotEvaluated("a text that is too long");
-    Value result = Value::of(std::string_view(memory, std::size_t{left.length} + right.length));
+    Value result = Value::of(std::string_view(memory, length));
     result.tag = left.tag;
     return result;
 }
