@@ -27,7 +27,7 @@ std::optional<AggregateKind> AlgorithmReader::acceptAggregate() { return acceptK
 TypeSpec AlgorithmReader::parseTypeSpec(bool isParameter) {
     TypeSpec type;
     while (true) {
-        if (type.layers.size() >= kMaxNesting)
+        if (isWhole() && type.layers.size() >= kMaxNesting)
             failNesting();
         if (isParameter && accept("AGGREGATE")) {
             type.layers.push_back({AggregateKind::kBag, {"0", 0}, {}});

@@ -176,13 +176,37 @@ Value Machine::builtIn(BuiltIn function, const Value* parameters) {
 Value Machine::typesOf(const Value& value) {
     if (!value.exists())
         return Value();
-    Aggregate* const types = makeAggregate(AggregateKind::kSet, 0);
-    spend(m_schema.named().size());
+    constexpr std::uint64_t kCost = 16; // whether the set is there already or not
+    spend(kCost);
+    if (value.is(Tag::kConstructed) && value.constructed->partCount > 1) {
+        // Combinations are many and seldom asked for.
+        Aggregate* const types = makeAggregate(AggregateKind::kSet, 0);
+        for (const TypeIndex type : typesFoundIn(value))
+            append(*types, Value::of(std::string_view(m_schema.named(type).qualified)));
+        return Value::of(types);
+    }
+    const TypeIndex named = value.is(Tag::kAggregate)     ? value.aggregate->type
+                            : value.is(Tag::kConstructed) ? value.constructed->parts[0]
+                                                          : value.type;
+    TypeSet& types = m_typeSets[std::uint32_t{named} << 16 | baseType(value)];
+    if (!types.aggregate.isOfTypes) {
+        for (const TypeIndex type : typesFoundIn(value))
+            types.values.push_back(Value::of(std::string_view(m_schema.named(type).qualified)));
+        types.aggregate.kind = AggregateKind::kSet;
+        types.aggregate.isOfTypes = true;
+        types.aggregate.count = types.aggregate.capacity = static_cast<std::uint32_t>(types.values.size());
+        types.aggregate.data = types.values.data();
+    }
+    return Value::of(&types.aggregate);
+}
+
+std::vector<TypeIndex> Machine::typesFoundIn(const Value& value) const {
+    std::vector<TypeIndex> types;
     for (TypeIndex i = kNoType + 1; i < m_schema.named().size(); ++i) {
         if (isOf(value, i))
-            append(*types, Value::of(std::string_view(m_schema.named(i).qualified)));
+            types.push_back(i);
     }
-    return Value::of(types);
+    return types;
 }
 
 namespace {

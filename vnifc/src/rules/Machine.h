@@ -124,6 +124,7 @@ private:
     Value size(BuiltIn function, const Value& of);
     Value numeric(BuiltIn function, const Value& of) const noexcept;
     Value typesOf(const Value& value);
+    std::vector<TypeIndex> typesFoundIn(const Value& value) const;
     Value usedIn(const Value& instance, const Value& role);
     Value rolesOf(const Value& instance);
     Value format(const Value& number, const Value& form);
@@ -147,6 +148,12 @@ private:
     std::vector<Frame> m_frames;
     std::vector<std::pair<const void*, const void*>> m_compared; ///< entities that are being compared
     PointerMap<VN_SDAI::typed::SelectMember, TypeIndex> m_members;
+    /// What TYPEOF gives; nobody changes it.
+    struct TypeSet {
+        Aggregate aggregate;
+        std::vector<Value> values;
+    };
+    std::unordered_map<std::uint32_t, TypeSet> m_typeSets; ///< by named type and base type of the value
     std::string m_buffer;
 };
 

@@ -333,7 +333,7 @@ constexpr std::size_t kMaxCompared = 500;
 } // namespace
 
 Truth Machine::equalAggregates(const Aggregate& left, const Aggregate& right, bool asInstances) {
-    if (&left == &right && left.source == Aggregate::Source::kHandles)
+    if (&left == &right && (left.isOfTypes || left.source == Aggregate::Source::kHandles))
         return kTrue;
     if (left.count != right.count)
         return kFalse;
