@@ -94,7 +94,7 @@ private:
     /// Whether the values are equal; of entities, with `asInstances`, whether they are the same.
     Truth equal(const Value& left, const Value& right, bool asInstances);
     Truth equalAggregates(const Aggregate& left, const Aggregate& right, bool asInstances);
-    Truth equalUnordered(const Aggregate& left, const Aggregate& right, bool asInstances);
+    Truth hasEach(const Aggregate& left, const Aggregate& right, bool asInstances, bool eachItsOwn);
     Truth equalEntities(const Value& left, const Value& right);
     Value valueOfAttribute(const Value& entity, const Attribute& attribute);
     TypeIndex leafOf(const Value& entity) const noexcept;
