@@ -431,7 +431,7 @@ TEST(Models, AgreeWithTheCoreOnRealFiles) {
                 EXPECT_EQ(target.referrers().toVector(), sources) << target;
             }
     }
-    EXPECT_GT(files, 5u);
+    EXPECT_GE(files, builtReleases().size());
 }
 
 } // namespace

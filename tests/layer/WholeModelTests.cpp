@@ -338,7 +338,7 @@ TEST(WholeModelsOfOthers, KeepWhatTheySay) {
         std::ranges::sort(told);
         EXPECT_EQ(told, expected);
     }
-    EXPECT_GT(count, 5U);
+    EXPECT_GE(count, builtReleases().size());
 }
 
 } // namespace
