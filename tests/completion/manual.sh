@@ -6,7 +6,7 @@ tool=$1 pages=$2/share/man/man1
 command -v man >/dev/null || { echo "man is not installed"; exit 77; }
 status=0
 for command in $("$tool" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p'); do
-    page=$pages/vnifc-$command.1
+    page=$pages/vnifc-$command.1.gz
     text=$(MANWIDTH=500 LC_ALL=C man --warnings -l "$page" 2>&1 | col -b) || status=1
     case $text in *warning:*) echo "$text" | grep warning: ; status=1 ;; esac
     for option in $("$tool" "$command" --help | sed -n 's/^ *\(-[a-z],\)\{0,1\}\(--[a-z-]*\).*/\2/p'); do
