@@ -27,6 +27,8 @@ std::optional<AggregateKind> AlgorithmReader::acceptAggregate() { return acceptK
 TypeSpec AlgorithmReader::parseTypeSpec(bool isParameter) {
     TypeSpec type;
     while (true) {
+        if (isWhole() && type.layers.size() >= kMaxNesting)
+            failNesting();
         if (isParameter && accept("AGGREGATE")) {
             type.layers.push_back({AggregateKind::kBag, {"0", 0}, {}});
             type.layers.back().isGeneral = true;
@@ -55,6 +57,16 @@ TypeSpec AlgorithmReader::parseTypeSpec(bool isParameter) {
     }
     parseWidth(type);
     return type;
+}
+
+// Bounds may be long expressions; each of the names has a type of its own.
+void AlgorithmReader::requireShort(const TypeSpec& type, std::size_t names) {
+    constexpr std::size_t kMost = 1'000'000;
+    std::size_t length = 0;
+    for (const Layer& each : type.layers)
+        length += 1 + each.lower.text.size() + each.upper.text.size();
+    if (names > 1 && length > kMost / names)
+        fail("fewer names of so long a type");
 }
 
 // Labels tie the types of actual parameters to each other; what is done with the values does not depend on them.
@@ -157,6 +169,7 @@ std::vector<VariableDecl> AlgorithmReader::parseConstants() {
 
 void AlgorithmReader::parseVariables(std::vector<VariableDecl>& variables, bool isConstant) {
     const std::size_t first = variables.size();
+    const std::string_view leader = token().text;
     do {
         variables.push_back({takeName("a variable's name"), {}, {}});
     } while (!isConstant && accept(","));
@@ -168,10 +181,19 @@ void AlgorithmReader::parseVariables(std::vector<VariableDecl>& variables, bool 
     if (accept(":="))
         value.push_back(parseExpression());
     expect(";");
-    for (std::size_t i = first; i < variables.size(); ++i) {
+    requireShort(type, variables.size() - first);
+    for (std::size_t i = first; i < variables.size(); ++i)
         variables[i].type = type;
-        variables[i].value = value;
+    if (value.empty())
+        return;
+    // The others begin with what the first one has, so that a long list of names does not multiply the expression.
+    for (std::size_t i = first + 1; i < variables.size(); ++i) {
+        Expression& copy = variables[i].value.emplace_back();
+        copy.kind = ExpressionKind::kName;
+        copy.at = variables[i].name.at;
+        copy.text = leader;
     }
+    variables[first].value = std::move(value);
 }
 
 AlgorithmDecl AlgorithmReader::parseAlgorithm(AlgorithmKind kind) {
@@ -211,6 +233,7 @@ void AlgorithmReader::parseParameters(AlgorithmDecl& algorithm) {
         } while (accept(","));
         expect(":");
         const TypeSpec type = parseTypeSpec(true);
+        requireShort(type, algorithm.parameters.size() - first);
         for (std::size_t i = first; i < algorithm.parameters.size(); ++i)
             algorithm.parameters[i].type = type;
     } while (accept(";"));

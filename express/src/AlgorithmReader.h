@@ -15,6 +15,8 @@ protected:
     bool isWhole() const { return m_isWhole; }
 
     TypeSpec parseTypeSpec(bool isParameter = false);
+    /// Refuses a type that so many names cannot each have a copy of.
+    void requireShort(const TypeSpec& type, std::size_t names);
     Layer parseLayer(AggregateKind kind);
     std::optional<AggregateKind> acceptAggregate();
     /// `end` is the word after the clause.

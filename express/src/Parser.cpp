@@ -185,6 +185,7 @@ void Parser::parseExplicits(EntityDecl& entity) {
         expect(":");
         const bool isOptional = accept("OPTIONAL");
         const TypeSpec type = parseTypeSpec();
+        requireShort(type, entity.explicits.size() - first);
         expect(";");
         for (std::size_t i = first; i < entity.explicits.size(); ++i) {
             entity.explicits[i].isOptional = isOptional;

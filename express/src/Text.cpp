@@ -28,4 +28,14 @@ bool equalNoCase(std::string_view left, std::string_view right) {
                       [](char a, char b) { return lowerChar(a) == lowerChar(b); });
 }
 
+std::string quotable(std::string_view text) {
+    constexpr std::size_t kMost = 100;
+    if (text.size() <= kMost)
+        return std::string(text);
+    std::size_t end = kMost;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
+        --end;
+    return std::string(text.substr(0, end)) + "...";
+}
+
 } // namespace express

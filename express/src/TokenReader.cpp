@@ -14,7 +14,7 @@ constexpr std::array<std::string_view, 5> kClauses{"DERIVE", "INVERSE", "UNIQUE"
 void TokenReader::fail(std::string_view expected) const {
     std::string found = "the end of the text";
     if (!atEnd()) {
-        found = '"' + std::string(m_token.text) + '"';
+        found = '"' + quotable(m_token.text) + '"';
         // A string may hold any byte but those that end the line; a NUL would end the message.
         std::replace_if(
             found.begin(), found.end(), [](char c) { return c >= '\0' && c < ' '; }, '?');

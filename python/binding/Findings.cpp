@@ -36,6 +36,7 @@ void bindFindings(nb::module_& module) {
     VNIFC_TEXT("attribute", attribute, "The attribute's name.");
     VNIFC_TEXT("found", found, "What was found.");
     VNIFC_TEXT("expected", expected, "What was expected.");
+    VNIFC_TEXT("rule", rule, "The rule of the schema that it is about: ``\"IfcWall.CorrectPredefinedType\"``.");
 #undef VNIFC_TEXT
     finding.def(
         "__str__", [](const Finding& self) { return textToPython(self.text()); }, nb::sig("def __str__(self) -> str"));

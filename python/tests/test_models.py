@@ -78,6 +78,30 @@ def test_findings_are_a_sequence_and_a_table() -> None:
     assert missing == ["RelatedObjects", "RelatingType"]
 
 
+def test_rules_of_the_schema(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    declarations = Path(__file__).parents[2] / "schemas" / "ifc4" / "declarations.exp"
+    before, name, after = declarations.read_text(encoding="utf-8").partition("ENTITY IfcWall\n")
+    text = tmp_path / "IFC4.exp"
+    text.write_text(before + name + after.replace("END_ENTITY", "WHERE Named : EXISTS(Name);\nEND_ENTITY", 1))
+    model = vnifc.create("IFC4")
+    wall = model.create("IfcWall")
+    model.create("IfcWall", Name="W")
+    violated = [each for each in model.check(rules=text) if each.code == "rule"]
+    assert [(each.rule, each.instance) for each in violated] == [("IfcWall.Named", wall.id)]
+    assert model.check(rules=str(text)).errors == model.check().errors + 1
+    monkeypatch.setenv("VNIFC_RULES", str(tmp_path))
+    assert model.check(rules=True).errors == model.check(rules=False).errors + 1
+    monkeypatch.setenv("VNIFC_RULES", str(tmp_path / "none"))
+    monkeypatch.setenv("XDG_DATA_HOME", str(tmp_path / "none"))
+    with pytest.raises(vnifc.NotFound, match="VNIFC_RULES"):
+        model.check(rules=True)
+    with pytest.raises(TypeError):
+        model.check(rules=7)  # type: ignore[arg-type]
+    text.write_text("nothing")
+    with pytest.raises(vnifc.Error, match="IFC4.exp:1:1"):
+        model.check(rules=text)
+
+
 def test_changes_of_meaning(house: vnifc.Model) -> None:
     wall, door, storey = house[16], house[17], house[13]
     house.assign_container([wall], None)

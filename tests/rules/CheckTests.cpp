@@ -282,6 +282,54 @@ TEST(RulesText, MustAgreeWithTheDictionary) {
     EXPECT_THROW(garden().rules(""), RulesError);
 }
 
+std::string repeated(std::string_view text, int times) {
+    std::string result;
+    for (int i = 0; i < times; ++i)
+        result += text;
+    return result;
+}
+
+/// Neither depth nor length of a text may take stack or memory out of proportion to it.
+TEST(RulesText, HostileTextsEnd) {
+    const std::string levels = repeated("FUNCTION F : INTEGER; ", 300);
+    const struct {
+        std::string rest;
+        const char* told; ///< in the error, or in the remarks
+    } cases[] = {
+        {"FUNCTION F : INTEGER; RETURN (" + repeated("(", 100'000), "at most 500"},
+        {"FUNCTION F : INTEGER; RETURN (1" + repeated(" + 1", 100'000), "at most 500"},
+        {"FUNCTION F : INTEGER; RETURN (a" + repeated(".b", 100'000), "at most 500"},
+        {"FUNCTION F : INTEGER; " + repeated("BEGIN ", 100'000), "at most 500"},
+        {repeated("FUNCTION F : INTEGER; ", 100'000), "at most 500"},
+        {levels + repeated("RETURN (1); END_FUNCTION; ", 300), "more levels of algorithms"},
+        {"FUNCTION F(a : " + repeated("LIST OF ", 100'000) + "INTEGER) : INTEGER;", "at most 500"},
+        {"FUNCTION F(a" + repeated(", a", 70'000) + " : INTEGER) : INTEGER; RETURN (1); END_FUNCTION;",
+         "more parameters"},
+        {"FUNCTION F : INTEGER; LOCAL a" + repeated(", a", 70'000) + " : INTEGER := 1; END_LOCAL; END_FUNCTION;",
+         "more variables"},
+        {"FUNCTION F : INTEGER; LOCAL a" + repeated(", a", 50'000) + " : INTEGER := F(1" + repeated(", 1", 50'000) +
+             "); END_LOCAL; END_FUNCTION;",
+         "parameters"},
+        {"FUNCTION F(a" + repeated(", a", 50'000) + " : LIST [0 : F(1" + repeated(", 1", 50'000) +
+             ")] OF INTEGER) : INTEGER;",
+         "fewer names"},
+        {"CONSTANT A : INTEGER := " + repeated("9", 100'000) + "; END_CONSTANT;", ""},
+        {"CONSTANT A : STRING := '" + repeated("x", 100'000) + "'; END_CONSTANT;", ""},
+    };
+    for (const auto& each : cases) {
+        std::string told;
+        try {
+            const Rules rules = garden().rules(Garden::text({}, each.rest));
+            for (const VN_SDAI::VnIfcDiagnostic& remark : rules.remarks())
+                told += remark.text() + '\n';
+        } catch (const RulesError& error) {
+            told = error.what();
+        }
+        EXPECT_PRED_FORMAT2(testing::IsSubstring, each.told, told.substr(0, 1000)) << each.rest.substr(0, 60);
+        EXPECT_LT(told.size(), 1000u) << each.rest.substr(0, 60);
+    }
+}
+
 TEST(RulesText, WhatCannotBeResolvedIsTold) {
     const struct {
         const char* clause;

@@ -373,7 +373,81 @@ TEST_F(Expressions, BuiltInFunctions) {
             {"FORMAT(32, '+5I')", "'  +32'"},
             {"FORMAT(123.456789, '8.2E')", "'1.23E+02'"},
             {"FORMAT(123.456789, '###.##')", "'123.46'"},
+            {"FORMAT(1, '+')", "?"},
             {"FORMAT(?, '5I')", "?"}});
+}
+
+/// Each operator, qualifier and function with an operand that has no value (clauses 12 and 15).
+TEST_F(Expressions, IndeterminateOperands) {
+    for (const char* expression : {"-(?)",
+                                   "+ ?",
+                                   "? - 1",
+                                   "1 - ?",
+                                   "? * 2",
+                                   "2 * ?",
+                                   "? / 2",
+                                   "2 / ?",
+                                   "? DIV 2",
+                                   "2 DIV ?",
+                                   "? MOD 2",
+                                   "2 MOD ?",
+                                   "? ** 2",
+                                   "2 ** ?",
+                                   "? + 'a'",
+                                   "%0 + ?",
+                                   "? + [1]",
+                                   "AsSet([1]) - ?",
+                                   "? - AsSet([1])",
+                                   "AsSet([1]) * ?",
+                                   "? || ToyPoint([1, 2])",
+                                   "? || ?",
+                                   "'abc'[?:2]",
+                                   "'abc'[1:?]",
+                                   "(?)[1:2]",
+                                   "(?)\\ToyBed",
+                                   "(?)\\ToyBed.Area",
+                                   "ToyPoint([1, 2]).Coordinates[?]",
+                                   "ToyPoint(?).Coordinates",
+                                   "[?][1]",
+                                   "NVL(?, ?)",
+                                   "ATAN(?, 1)",
+                                   "ATAN(1, ?)",
+                                   "FORMAT(1, ?)",
+                                   "USEDIN(?, ?)"})
+        EXPECT_EQ(valueOf(expression), "?") << expression;
+    for (const char* function : {"ABS",     "ACOS",    "ASIN",   "COS",     "EXP",     "LOG",    "LOG2",    "LOG10",
+                                 "SIN",     "SQRT",    "TAN",    "ODD",     "BLENGTH", "LENGTH", "HIBOUND", "HIINDEX",
+                                 "LOBOUND", "LOINDEX", "SIZEOF", "ROLESOF", "TYPEOF",  "VALUE",  "Twice"})
+        EXPECT_EQ(valueOf(std::string(function) + "(?)"), "?") << function;
+    for (const char* expression : {"? > 1",
+                                   "1 >= ?",
+                                   "? <= ?",
+                                   "'a' < ?",
+                                   "? <> 1",
+                                   "[1] = ?",
+                                   "? = ToyPoint([1, 2])",
+                                   "? :<>: 1",
+                                   "ToyPoint([1, 2]) :=: ?",
+                                   "? IN ?",
+                                   "'a' LIKE ?",
+                                   "? >= AsSet([1])",
+                                   "{? < 1 < 2}",
+                                   "{0 < 1 < ?}",
+                                   "{0 < ? <= 2}",
+                                   "TRUE XOR ?",
+                                   "? AND ?",
+                                   "? OR UNKNOWN",
+                                   "'SET' IN TYPEOF(?)",
+                                   "VALUE_IN(?, 1)",
+                                   "VALUE_IN([1], ?)",
+                                   "VALUE_UNIQUE(?)"})
+        EXPECT_EQ(valueOf(expression), "UNKNOWN") << expression;
+    expect({{"{2 < 1 < ?}", "FALSE"},
+            {"QUERY(x <* [1] | ?)", "[]"},
+            {"SIZEOF([?, ?])", "2"},
+            {"[? : 2]", "[?, ?]"},
+            {"ToyPoint(?)", "ToyPoint(?)"},
+            {"EXISTS([?])", "TRUE"}});
 }
 
 TEST_F(Expressions, ADerivedAttributeHasItsValueByName) {

@@ -111,6 +111,28 @@ TEST(Statements, EachKind) {
          "[[1], [2, 9]]"},
         {"LOCAL x : LIST OF INTEGER := [1]; END_LOCAL; REMOVE(x, 2); RETURN (x);", "F(?, ?)",
          "expression: not evaluated: REMOVE past the end of a list"},
+        // what has no value
+        {"LOCAL x : INTEGER := 5; END_LOCAL; x := a; RETURN (x);", "F(?, ?)", "?"},
+        {"LOCAL x : LIST OF INTEGER := [1]; END_LOCAL; x[1] := a; RETURN (x);", "F(?, ?)", "[?]"},
+        {"LOCAL x : LIST OF INTEGER := [1]; END_LOCAL; x[a] := 2; RETURN (x);", "F(?, ?)",
+         "expression: not evaluated: an assignment to what is not there"},
+        {"LOCAL x : ToyPoint; END_LOCAL; x.Coordinates := [1, 2]; RETURN (x);", "F(?, ?)",
+         "expression: not evaluated: an assignment to what is not there"},
+        {"LOCAL x : INTEGER := 0; END_LOCAL; REPEAT i := 1 TO 3 BY a; x := x + 1; END_REPEAT; RETURN (x);", "F(?, ?)",
+         "0"},
+        {"LOCAL x : INTEGER := 0; END_LOCAL; REPEAT i := 1 TO 3 WHILE a; x := x + 1; END_REPEAT; RETURN (x);",
+         "F(?, ?)", "0"},
+        {"LOCAL x : INTEGER := 0; END_LOCAL; REPEAT i := 1 TO 3 UNTIL a; x := x + 1; END_REPEAT; RETURN (x);",
+         "F(?, ?)", "3"},
+        {"CASE 1 OF a : RETURN ('a'); OTHERWISE : RETURN ('none'); END_CASE;", "F(?, ?)", "'none'"},
+        {"LOCAL x : LIST OF INTEGER := [1]; END_LOCAL; INSERT(x, a, 1); RETURN (x);", "F(?, ?)", "[1, ?]"},
+        {"LOCAL x : LIST OF INTEGER := [1]; END_LOCAL; INSERT(x, 1, a); RETURN (x);", "F(?, ?)",
+         "expression: not evaluated: INSERT into what is no list"},
+        {"LOCAL x : LIST OF INTEGER; END_LOCAL; REMOVE(x, 1); RETURN (x);", "F(?, ?)",
+         "expression: not evaluated: REMOVE from what is no list"},
+        // several variables of one declaration
+        {"LOCAL x, y, z : LIST OF INTEGER := [1, 2]; END_LOCAL; x[1] := 9; y[2] := 8; RETURN ([x, y, z]);", "F(?, ?)",
+         "[[9, 2], [1, 8], [1, 2]]"},
         // calls
         {"IF a <= 1 THEN RETURN (1); END_IF; RETURN (a * F(a - 1, ?));", "F(10, ?)", "3628800"},
         {"RETURN (F(a + 1, b));", "F(0, ?)",
@@ -148,6 +170,12 @@ TEST(Statements, WholeAlgorithms) {
          " FUNCTION G(k : INTEGER) : INTEGER; IF k = 0 THEN RETURN (n); END_IF; RETURN (G(k - 1) + 1); END_FUNCTION;\n"
          " RETURN (G(5)); END_FUNCTION;",
          "F(10)", "15"},
+        // bounds are those of the activation that declares the variable
+        {"FUNCTION F(n : INTEGER) : GENERIC;\n"
+         " FUNCTION Fill(k, l, m : INTEGER) : INTEGER; kept := [k, l, m]; RETURN (0); END_FUNCTION;\n"
+         " LOCAL kept : ARRAY [n:n + 2] OF INTEGER; unused : INTEGER; END_LOCAL;\n"
+         " unused := Fill(7, 8, 9); RETURN ([LOINDEX(kept), kept[n + 1], HIINDEX(kept)]); END_FUNCTION;",
+         "F(10)", "[10, 8, 12]"},
         // constants
         {"CONSTANT Three : INTEGER := Two + 1; Two : INTEGER := 2; END_CONSTANT;\n"
          "FUNCTION F : INTEGER; CONSTANT Ten : INTEGER := 10; END_CONSTANT; RETURN (Ten * Three); END_FUNCTION;",

@@ -163,7 +163,8 @@ VNIFC_LAYER_API ColumnTable propertyColumns(const Model& model, const PropertyCo
 /// instances at both ends come to more than ten million rows.
 VNIFC_LAYER_API ColumnTable relationColumns(const Model& model, std::string_view entity = {});
 
-/// A table of findings: `severity`, `code`, `line`, `column`, `instance`, `keyword`, `attribute`, `found`, `expected`.
+/// A table of findings: `severity`, `code`, `line`, `column`, `instance`, `keyword`, `attribute`, `found`, `expected`,
+/// `rule`.
 VNIFC_LAYER_API ColumnTable findingColumns(std::span<const Finding> findings);
 
 } // namespace vnifc

@@ -80,12 +80,18 @@ struct RuleCount {
     std::uint64_t notEvaluated = 0;  ///< a limit was reached
 };
 
+/// What one evaluation may take. What takes more has no result.
+struct RuleLimits {
+    std::uint64_t steps = 10'000'000;           ///< roughly tens of nanoseconds each
+    std::size_t memory = std::size_t{64} << 20; ///< in bytes, at most 4 GB
+};
+
 struct RulesCheckOptions {
-    std::vector<std::string> only;              ///< names of rules, in any case; empty: all
-    std::vector<std::string> except;            ///< in any case
-    unsigned threads = 0;                       ///< 0: as many as the machine has
-    std::uint64_t steps = 10'000'000;           ///< of one evaluation
-    std::size_t memory = std::size_t{64} << 20; ///< of one evaluation, in bytes
+    std::vector<std::string> only;            ///< names of rules, in any case; empty: all
+    std::vector<std::string> except;          ///< in any case
+    unsigned threads = 0;                     ///< 0: as many as the machine has
+    std::uint64_t steps = RuleLimits().steps; ///< of one evaluation
+    std::size_t memory = RuleLimits().memory; ///< of one evaluation, in bytes
     VN_SDAI::VnIfcProgress progress;
 };
 
@@ -146,20 +152,23 @@ public:
     std::vector<std::string> derivedAttributes(const Instance& instance) const;
     /// The value of a derived attribute, by its name in any case; indeterminate when the instance has none of that
     /// name, when the text gives it no value, and when a limit is reached.
-    RuleValue derived(const VN_SDAI::VnIfcEntityBase& instance, std::string_view attribute) const;
+    RuleValue derived(const VN_SDAI::VnIfcEntityBase& instance, std::string_view attribute,
+                      const RuleLimits& limits = {}) const;
     /// As derived; sets the inverse attributes of the model first, unless they are set. Throws NotFound for what is no
     /// instance.
-    RuleValue derived(const Instance& instance, std::string_view attribute) const;
+    RuleValue derived(const Instance& instance, std::string_view attribute, const RuleLimits& limits = {}) const;
 
     /// The value of an expression of the language, in which all that the text declares is known; SELF, and the names of
     /// its attributes, are those of the instance. Throws RulesError for what is no expression or has unknown names, and
     /// when a limit is reached.
-    RuleValue evaluate(std::string_view expression, const VN_SDAI::VnIfcEntityBase& self) const;
+    RuleValue evaluate(std::string_view expression, const VN_SDAI::VnIfcEntityBase& self,
+                       const RuleLimits& limits = {}) const;
     /// As evaluate; sets the inverse attributes of the model first, unless they are set. Throws NotFound for what is no
     /// instance.
-    RuleValue evaluate(std::string_view expression, const Instance& self) const;
+    RuleValue evaluate(std::string_view expression, const Instance& self, const RuleLimits& limits = {}) const;
     /// As evaluate, without SELF; USEDIN looks at the model.
-    RuleValue evaluate(std::string_view expression, const VN_SDAI::VnIfcModel& model) const;
+    RuleValue evaluate(std::string_view expression, const VN_SDAI::VnIfcModel& model,
+                       const RuleLimits& limits = {}) const;
 
 private:
     explicit Rules(std::unique_ptr<const rules::Program> program) noexcept;

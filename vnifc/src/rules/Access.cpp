@@ -329,21 +329,10 @@ TypeIndex Machine::baseType(const Value& value) const noexcept {
     case Tag::kBinary:
         return kBinaryType;
     case Tag::kAggregate:
-        switch (value.aggregate->kind) {
-        case AggregateKind::kArray:
-            return kArrayType;
-        case AggregateKind::kBag:
-            return kBagType;
-        case AggregateKind::kList:
-            return kListType;
-        case AggregateKind::kSet:
-            return kSetType;
-        }
-        break;
+        return baseOf(value.aggregate->kind);
     default:
-        break;
+        return kNoType;
     }
-    return kNoType;
 }
 
 /// Whether TYPEOF gives that type.

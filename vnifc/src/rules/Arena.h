@@ -1,6 +1,8 @@
 #pragma once
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -25,7 +27,9 @@ public:
         std::uint32_t used;
     };
 
-    explicit Arena(std::size_t limit) noexcept : m_limit(limit) {}
+    /// `limit` in bytes; more than marks can tell is less than that.
+    explicit Arena(std::size_t limit) noexcept
+        : m_limit(std::min<std::size_t>(limit, std::numeric_limits<std::uint32_t>::max())) {}
 
     Mark mark() const noexcept { return {m_block, m_used}; }
     void release(Mark mark) noexcept {

@@ -20,7 +20,7 @@ void Machine::share(Value& value) noexcept {
 std::int32_t Machine::boundOf(std::int32_t bound, std::int32_t slot) const noexcept {
     if (slot < 0)
         return bound;
-    const Value& value = m_frames.back().base[slot];
+    const Value& value = m_bounds[slot];
     constexpr std::int64_t kMost = std::numeric_limits<std::int32_t>::max() / 2;
     return value.is(Tag::kInteger) ? static_cast<std::int32_t>(std::clamp(value.integer, -kMost, kMost)) : bound;
 }
@@ -100,7 +100,8 @@ Value Machine::convertAggregate(const Value& value, const Type& type) {
     spend(source.count);
     std::uint32_t size = source.count;
     if (type.aggregate == AggregateKind::kArray && upper != kOpenBound)
-        size = static_cast<std::uint32_t>(std::max<std::int64_t>(std::int64_t{upper} - lower + 1, size));
+        size = static_cast<std::uint32_t>(
+            std::clamp<std::int64_t>(std::int64_t{upper} - lower + 1, size, std::numeric_limits<std::uint32_t>::max()));
     Aggregate* const result = makeAggregate(type.aggregate, size);
     result->lower = lower;
     result->upper = upper;
@@ -198,6 +199,7 @@ Value* Machine::elementSlot(Value& of, const Value& index, TypeId& type) {
 
 /// Where an assignment goes; null when there is no such place.
 Value* Machine::target(const Path& path, const Value* indices, TypeId& type) {
+    m_bounds = slotAt(path.levels, 0);
     Value* place = slotAt(path.levels, path.slot);
     type = path.variable;
     for (const Path::Step& step : path.steps) {

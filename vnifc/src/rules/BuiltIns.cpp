@@ -67,13 +67,14 @@ Value Machine::join(const Value& left, const Value& right) {
     return Value::of(made);
 }
 
-Value Machine::size(BuiltIn function, const Value& of) const noexcept {
+Value Machine::size(BuiltIn function, const Value& of) {
     if (function == BuiltIn::kBlength)
         return of.is(Tag::kBinary) ? Value::of(std::int64_t{of.length}) : Value();
     if (function == BuiltIn::kLength) {
         if (!of.is(Tag::kString))
             return Value();
         const std::string_view text = of.view();
+        spend(text.size() / 64);
         const auto isFirst = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; };
         return Value::of(static_cast<std::int64_t>(std::count_if(text.begin(), text.end(), isFirst)));
     }
@@ -175,13 +176,37 @@ Value Machine::builtIn(BuiltIn function, const Value* parameters) {
 Value Machine::typesOf(const Value& value) {
     if (!value.exists())
         return Value();
-    Aggregate* const types = makeAggregate(AggregateKind::kSet, 0);
-    spend(m_schema.named().size());
+    constexpr std::uint64_t kCost = 16; // whether the set is there already or not
+    spend(kCost);
+    if (value.is(Tag::kConstructed) && value.constructed->partCount > 1) {
+        // Combinations are many and seldom asked for.
+        Aggregate* const types = makeAggregate(AggregateKind::kSet, 0);
+        for (const TypeIndex type : typesFoundIn(value))
+            append(*types, Value::of(std::string_view(m_schema.named(type).qualified)));
+        return Value::of(types);
+    }
+    const TypeIndex named = value.is(Tag::kAggregate)     ? value.aggregate->type
+                            : value.is(Tag::kConstructed) ? value.constructed->parts[0]
+                                                          : value.type;
+    TypeSet& types = m_typeSets[std::uint32_t{named} << 16 | baseType(value)];
+    if (!types.aggregate.isOfTypes) {
+        for (const TypeIndex type : typesFoundIn(value))
+            types.values.push_back(Value::of(std::string_view(m_schema.named(type).qualified)));
+        types.aggregate.kind = AggregateKind::kSet;
+        types.aggregate.isOfTypes = true;
+        types.aggregate.count = types.aggregate.capacity = static_cast<std::uint32_t>(types.values.size());
+        types.aggregate.data = types.values.data();
+    }
+    return Value::of(&types.aggregate);
+}
+
+std::vector<TypeIndex> Machine::typesFoundIn(const Value& value) const {
+    std::vector<TypeIndex> types;
     for (TypeIndex i = kNoType + 1; i < m_schema.named().size(); ++i) {
         if (isOf(value, i))
-            append(*types, Value::of(std::string_view(m_schema.named(i).qualified)));
+            types.push_back(i);
     }
-    return Value::of(types);
+    return types;
 }
 
 namespace {
@@ -227,7 +252,8 @@ Value Machine::rolesOf(const Value& instance) {
     return Value::of(roles);
 }
 
-Value Machine::number(std::string_view text) const noexcept {
+Value Machine::number(std::string_view text) {
+    spend(text.size() / 16);
     if (text.starts_with('+'))
         text.remove_prefix(1);
     const char* const end = text.data() + text.size();
@@ -279,6 +305,8 @@ std::string formatSymbolic(double number, std::string_view form) {
     const bool isPlus = form.starts_with('+');
     if (hasSign)
         form.remove_prefix(1);
+    if (form.empty())
+        return {};
     const char type = form.back();
     form.remove_suffix(1);
     const bool hasZeros = form.starts_with('0');
@@ -343,6 +371,7 @@ Value Machine::format(const Value& value, const Value& form) {
     if (!value.isNumber() || !form.is(Tag::kString))
         return Value();
     std::string_view how = form.view();
+    spend(how.size() / 16);
     if (how.empty()) {
         constexpr std::string_view kWhole = "7I", kReal = "10E";
         how = value.is(Tag::kInteger) ? kWhole : kReal;

@@ -9,6 +9,15 @@ namespace vnifc::rules {
 
 using express::lower;
 
+namespace {
+
+/// Variables of an activation.
+constexpr std::uint16_t kMaxSlots = 60'000;
+/// Algorithms that are declared in each other: instructions tell levels in a byte.
+constexpr std::uint8_t kMaxLevels = 100;
+
+} // namespace
+
 Program::Program(std::string text, std::string_view fileName, const VN_SDAI::VnIfcSchema& dictionary)
     : source(std::move(text)), name(fileName) {
     try {
@@ -114,6 +123,8 @@ void Compiler::declareAlgorithms() {
 }
 
 void Compiler::declareParameters(std::uint32_t index, const express::AlgorithmDecl& algorithm) {
+    if (algorithm.parameters.size() > kMaxSlots)
+        fail(algorithm.name.at, "more parameters than this library can take", "fewer");
     chunk(index).isProcedure = algorithm.kind == express::AlgorithmKind::kProcedure;
     chunk(index).parameters = static_cast<std::uint16_t>(algorithm.parameters.size());
     chunk(index).slots = chunk(index).parameters;
@@ -207,6 +218,9 @@ void Compiler::compileAlgorithm(std::uint32_t index, const express::AlgorithmDec
     guarded(index, [&] {
         Activation activation;
         activation.outer = outer;
+        activation.depth = outer ? static_cast<std::uint8_t>(outer->depth + 1) : std::uint8_t{0};
+        if (activation.depth > kMaxLevels)
+            fail(algorithm.name.at, "more levels of algorithms than this library can take", "fewer");
         activation.chunk = index;
         for (std::size_t i = 0; i < algorithm.parameters.size(); ++i) {
             activation.variables.push_back({algorithm.parameters[i].name.text, static_cast<std::uint16_t>(i),
@@ -475,7 +489,6 @@ void Compiler::store(const Found& found) {
 }
 
 std::uint16_t Compiler::addSlots(std::uint16_t count) {
-    constexpr std::uint16_t kMaxSlots = 60'000;
     if (m_activation->slots > kMaxSlots - count)
         fail({}, "more variables than this library can take", "fewer");
     const std::uint16_t first = m_activation->slots;
@@ -517,7 +530,7 @@ bool Compiler::findAlgorithm(std::string_view name, std::uint32_t& index, std::u
 }
 
 void Compiler::fail(const Expression& expression, std::string expected) {
-    fail(expression.at, '"' + std::string(expression.text) + '"', std::move(expected));
+    fail(expression.at, '"' + express::quotable(expression.text) + '"', std::move(expected));
 }
 
 void Compiler::fail(express::Position at, std::string found, std::string expected) {

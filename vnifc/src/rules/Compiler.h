@@ -49,6 +49,7 @@ private:
         std::uint32_t chunk = 0;
         TypeIndex self = kNoType; ///< entity or type that SELF is of
         bool hasSelf = false;
+        std::uint8_t depth = 0; ///< activations around it
         std::uint16_t slots = 0;
         std::vector<Variable> variables;
         std::vector<LocalAlgorithm> algorithms;

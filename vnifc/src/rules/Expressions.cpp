@@ -307,7 +307,7 @@ void Compiler::checkAttribute(const Expression& each, NameId id, TypeId of) {
         if (m_schema.isEntity(i) && m_schema.isOf(i, type.name) && m_schema.attribute(i, id))
             return;
     }
-    remark("rule-text", m_ruleName, each.at, '"' + std::string(each.text) + '"',
+    remark("rule-text", m_ruleName, each.at, '"' + express::quotable(each.text) + '"',
            "an attribute of " + m_schema.named(type.name).name);
 }
 
@@ -365,7 +365,7 @@ TypeIndex Compiler::typeNamed(const Expression& each) {
         meant = m_schema.find(text);
     const std::string expected =
         meant == kNoType ? "the name of a type as TYPEOF gives it" : "'" + m_schema.named(meant).qualified + "'";
-    remark("rule-text", m_ruleName, each.at, std::string(each.text), expected);
+    remark("rule-text", m_ruleName, each.at, express::quotable(each.text), expected);
     return meant;
 }
 
@@ -523,11 +523,11 @@ bool Compiler::roleNamed(const Expression& each, std::string& canonical) {
             canonical = m_schema.named(entity).qualified + '.' + m_schema.nameOf(name);
             m_program.roles.emplace_back(entity, name);
             if (canonical != text)
-                remark("rule-text", m_ruleName, each.at, std::string(each.text), "'" + canonical + "'");
+                remark("rule-text", m_ruleName, each.at, express::quotable(each.text), "'" + canonical + "'");
             return true;
         }
     }
-    remark("rule-text", m_ruleName, each.at, std::string(each.text), "a role: 'SCHEMA.ENTITY.ATTRIBUTE'");
+    remark("rule-text", m_ruleName, each.at, express::quotable(each.text), "a role: 'SCHEMA.ENTITY.ATTRIBUTE'");
     return false;
 }
 

@@ -47,6 +47,7 @@ const Instruction* Machine::enter(const Chunk& chunk, Value*& top, const Instruc
     Value* const base = top - chunk.parameters;
     if (m_stack.get() + kStackSize - top < static_cast<std::ptrdiff_t>(chunk.slots + kMargin))
         throw NotEvaluated("more variables than an evaluation may have");
+    spend(chunk.slots / 16);
     m_frames.push_back({next, base, &chunk, link, m_arena.mark()});
     for (Value* each = top; each < base + chunk.slots; ++each)
         *each = Value();
@@ -228,8 +229,9 @@ Value Machine::execute(std::size_t first) {
         case Op::kStore: {
             Value value = *--top;
             share(value);
-            Value& slot = it.levels() == 0 ? base[it.b] : *slotAt(it.levels(), it.b);
-            slot = it.a == 0 ? value : convert(value, it.a);
+            Value* const slots = it.levels() == 0 ? base : slotAt(it.levels(), 0);
+            m_bounds = slots;
+            slots[it.b] = it.a == 0 ? value : convert(value, it.a);
             break;
         }
         case Op::kAttribute:

@@ -94,7 +94,7 @@ private:
     /// Whether the values are equal; of entities, with `asInstances`, whether they are the same.
     Truth equal(const Value& left, const Value& right, bool asInstances);
     Truth equalAggregates(const Aggregate& left, const Aggregate& right, bool asInstances);
-    Truth equalUnordered(const Aggregate& left, const Aggregate& right, bool asInstances);
+    Truth hasEach(const Aggregate& left, const Aggregate& right, bool asInstances, bool eachItsOwn);
     Truth equalEntities(const Value& left, const Value& right);
     Value valueOfAttribute(const Value& entity, const Attribute& attribute);
     TypeIndex leafOf(const Value& entity) const noexcept;
@@ -121,13 +121,14 @@ private:
     // Entities and built-in functions, in BuiltIns.cpp.
     Value construct(TypeIndex entity, const Value* parameters, std::uint16_t count);
     Value builtIn(BuiltIn function, const Value* parameters);
-    Value size(BuiltIn function, const Value& of) const noexcept;
+    Value size(BuiltIn function, const Value& of);
     Value numeric(BuiltIn function, const Value& of) const noexcept;
     Value typesOf(const Value& value);
+    std::vector<TypeIndex> typesFoundIn(const Value& value) const;
     Value usedIn(const Value& instance, const Value& role);
     Value rolesOf(const Value& instance);
     Value format(const Value& number, const Value& form);
-    Value number(std::string_view text) const noexcept;
+    Value number(std::string_view text);
     Value valueIn(const Value& aggregate, const Value& element);
     Value valueUnique(const Value& aggregate);
     Value text(std::string_view content) { return Value::of(m_arena.copy(content)); }
@@ -143,9 +144,16 @@ private:
     };
     std::unique_ptr<Value, FreeStack> m_stack; ///< not initialized beyond what was used
     Value* m_top;
+    const Value* m_bounds = nullptr; ///< slots of the activation that declares what is being assigned to
     std::vector<Frame> m_frames;
     std::vector<std::pair<const void*, const void*>> m_compared; ///< entities that are being compared
     PointerMap<VN_SDAI::typed::SelectMember, TypeIndex> m_members;
+    /// What TYPEOF gives; nobody changes it.
+    struct TypeSet {
+        Aggregate aggregate;
+        std::vector<Value> values;
+    };
+    std::unordered_map<std::uint32_t, TypeSet> m_typeSets; ///< by named type and base type of the value
     std::string m_buffer;
 };
 

@@ -175,12 +175,14 @@ Value Machine::binary(Operator op, const Value& left, const Value& right) {
 }
 
 Value Machine::concatenate(const Value& left, const Value& right) {
-    char* const memory = m_arena.array<char>(std::size_t{left.length} + right.length);
+    const std::uint64_t length = std::uint64_t{left.length} + right.length;
+    if (length > std::numeric_limits<std::uint32_t>::max())
+        throw NotEvaluated("a text that is too long");
+    spend(length / 64);
+    char* const memory = m_arena.array<char>(length);
     left.view().copy(memory, left.length);
     right.view().copy(memory + left.length, right.length);
-    if (std::uint64_t{left.length} + right.length > std::numeric_limits<std::uint32_t>::max())
-        throw NotEvaluated("a text that is too long");
-    Value result = Value::of(std::string_view(memory, std::size_t{left.length} + right.length));
+    Value result = Value::of(std::string_view(memory, length));
     result.tag = left.tag;
     return result;
 }
@@ -331,7 +333,7 @@ constexpr std::size_t kMaxCompared = 500;
 } // namespace
 
 Truth Machine::equalAggregates(const Aggregate& left, const Aggregate& right, bool asInstances) {
-    if (&left == &right && left.source == Aggregate::Source::kHandles)
+    if (&left == &right && (left.isOfTypes || left.source == Aggregate::Source::kHandles))
         return kTrue;
     if (left.count != right.count)
         return kFalse;
@@ -342,7 +344,7 @@ Truth Machine::equalAggregates(const Aggregate& left, const Aggregate& right, bo
     m_compared.emplace_back(nullptr, nullptr);
     Truth result = kTrue;
     if (left.isUnordered() || right.isUnordered()) {
-        result = equalUnordered(left, right, asInstances);
+        result = hasEach(left, right, asInstances, true);
     } else {
         spend(left.count);
         for (std::uint32_t i = 0; i < left.count && result != kFalse; ++i)
@@ -352,8 +354,9 @@ Truth Machine::equalAggregates(const Aggregate& left, const Aggregate& right, bo
     return result;
 }
 
-/// Each element of the one has its own in the other (12.2.1.5, 12.2.1.6).
-Truth Machine::equalUnordered(const Aggregate& left, const Aggregate& right, bool asInstances) {
+/// Each element of the one is in the other; with `eachItsOwn`, which two of the same size are equal by (12.2.1.5,
+/// 12.2.1.6), an element there counts for one here only.
+Truth Machine::hasEach(const Aggregate& left, const Aggregate& right, bool asInstances, bool eachItsOwn) {
     std::vector<bool> isTaken(right.count);
     bool isUnknown = false;
     for (std::uint32_t i = 0; i < left.count; ++i) {
@@ -366,7 +369,7 @@ Truth Machine::equalUnordered(const Aggregate& left, const Aggregate& right, boo
             const Truth truth = equal(each, element(right, j), asInstances);
             isFound = truth == kTrue;
             mayBe |= truth == kUnknown;
-            isTaken[j] = isFound;
+            isTaken[j] = isFound && eachItsOwn;
         }
         if (!isFound && !mayBe)
             return kFalse;
@@ -432,25 +435,7 @@ Truth Machine::isSubset(const Value& part, const Value& whole) {
     const Aggregate& left = *part.aggregate;
     const Aggregate& right = *whole.aggregate;
     const bool isBag = left.kind == AggregateKind::kBag && right.kind == AggregateKind::kBag;
-    std::vector<bool> isTaken(right.count);
-    bool isUnknown = false;
-    for (std::uint32_t i = 0; i < left.count; ++i) {
-        const Value each = element(left, i);
-        bool isFound = false, mayBe = false;
-        spend(right.count + 1);
-        for (std::uint32_t j = 0; j < right.count && !isFound; ++j) {
-            if (isTaken[j])
-                continue;
-            const Truth truth = equal(each, element(right, j), true);
-            isFound = truth == kTrue;
-            mayBe |= truth == kUnknown;
-            isTaken[j] = isFound && isBag;
-        }
-        if (!isFound && !mayBe)
-            return kFalse;
-        isUnknown |= !isFound;
-    }
-    return isUnknown ? kUnknown : kTrue;
+    return hasEach(left, right, true, isBag);
 }
 
 Value Machine::interval(const Value& low, const Value& item, const Value& high, std::uint8_t flags) {

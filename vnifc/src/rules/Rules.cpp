@@ -159,7 +159,7 @@ std::vector<std::string> Rules::derivedAttributes(const VnIfcEntityBase& instanc
     return names;
 }
 
-RuleValue Rules::derived(const VnIfcEntityBase& instance, std::string_view name) const {
+RuleValue Rules::derived(const VnIfcEntityBase& instance, std::string_view name, const RuleLimits& limits) const {
     const rules::Entity* const entity = entityOf(*m_program, instance);
     rules::NameId id = 0;
     if (!entity || !m_program->schema().findName(name, id))
@@ -167,7 +167,6 @@ RuleValue Rules::derived(const VnIfcEntityBase& instance, std::string_view name)
     const rules::Attribute* const attribute = m_program->schema().attribute(m_program->schema().entityOf(*entity), id);
     if (!attribute || attribute->kind != rules::AttributeKind::kDerived)
         return {};
-    const RulesCheckOptions limits;
     std::optional<rules::ModelView> view;
     if (const VN_SDAI::VnIfcModel* const model = instance.owningModel())
         view.emplace(*m_program, *model);
@@ -182,10 +181,9 @@ RuleValue Rules::derived(const VnIfcEntityBase& instance, std::string_view name)
 namespace {
 
 RuleValue evaluated(const Program& program, std::string_view expression, TypeIndex type, const rules::Entity* self,
-                    const VN_SDAI::VnIfcModel* model) {
+                    const VN_SDAI::VnIfcModel* model, const RuleLimits& limits) {
     Program extended = program;
     const std::uint32_t chunk = rules::compileExpression(extended, expression, type);
-    const RulesCheckOptions limits;
     std::optional<rules::ModelView> view;
     if (model)
         view.emplace(extended, *model);
@@ -199,16 +197,17 @@ RuleValue evaluated(const Program& program, std::string_view expression, TypeInd
 
 } // namespace
 
-RuleValue Rules::evaluate(std::string_view expression, const VnIfcEntityBase& self) const {
+RuleValue Rules::evaluate(std::string_view expression, const VnIfcEntityBase& self, const RuleLimits& limits) const {
     const rules::Entity* const entity = entityOf(*m_program, self);
     if (!entity)
         throw RulesError("expression: the instance is of no class of " +
                          std::string(m_program->schema().dictionary().name().view()));
-    return evaluated(*m_program, expression, m_program->schema().entityOf(*entity), entity, self.owningModel());
+    return evaluated(*m_program, expression, m_program->schema().entityOf(*entity), entity, self.owningModel(), limits);
 }
 
-RuleValue Rules::evaluate(std::string_view expression, const VN_SDAI::VnIfcModel& model) const {
-    return evaluated(*m_program, expression, rules::kNoType, nullptr, &model);
+RuleValue Rules::evaluate(std::string_view expression, const VN_SDAI::VnIfcModel& model,
+                          const RuleLimits& limits) const {
+    return evaluated(*m_program, expression, rules::kNoType, nullptr, &model, limits);
 }
 
 RulesCheckResult Rules::check(const VN_SDAI::VnIfcModel& model, const VN_SDAI::VnIfcDiagnosticSink& sink,
@@ -228,16 +227,16 @@ std::vector<std::string> Rules::derivedAttributes(const Instance& instance) cons
     return derivedAttributes(detail::opened(instance));
 }
 
-RuleValue Rules::derived(const Instance& instance, std::string_view attribute) const {
+RuleValue Rules::derived(const Instance& instance, std::string_view attribute, const RuleLimits& limits) const {
     const VnIfcEntityBase& object = detail::opened(instance);
     instance.state()->needInverses();
-    return derived(object, attribute);
+    return derived(object, attribute, limits);
 }
 
-RuleValue Rules::evaluate(std::string_view expression, const Instance& self) const {
+RuleValue Rules::evaluate(std::string_view expression, const Instance& self, const RuleLimits& limits) const {
     const VnIfcEntityBase& object = detail::opened(self);
     self.state()->needInverses();
-    return evaluate(expression, object);
+    return evaluate(expression, object, limits);
 }
 
 } // namespace vnifc

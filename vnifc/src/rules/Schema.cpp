@@ -51,7 +51,9 @@ TypeIndex baseOf(SimpleType simple) {
     return kNoType;
 }
 
-TypeIndex baseOf(AggregateKind kind) {
+} // namespace
+
+TypeIndex baseOf(AggregateKind kind) noexcept {
     switch (kind) {
     case AggregateKind::kArray:
         return kArrayType;
@@ -64,8 +66,6 @@ TypeIndex baseOf(AggregateKind kind) {
     }
     return kNoType;
 }
-
-} // namespace
 
 Schema::Schema(express::SchemaDecl declarations, const VN_SDAI::VnIfcSchema& dictionary)
     : m_declarations(std::move(declarations)), m_dictionary(dictionary) {

@@ -57,6 +57,9 @@ struct Named {
     const VN_SDAI::typed::EntityClass* entityClass = nullptr;
 };
 
+/// The aggregation type of that kind, whatever its elements.
+TypeIndex baseOf(express::AggregateKind kind) noexcept;
+
 enum class AttributeKind : std::uint8_t { kExplicit, kDerived, kInverse };
 
 /// An attribute as one entity and its subtypes have it, until one of them redeclares it.

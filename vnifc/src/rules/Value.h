@@ -145,6 +145,7 @@ struct Aggregate {
     Source source = Source::kValues;
     bool isInitializer = false; ///< takes the kind that is wanted of it
     bool isBinary = false;      ///< of the model: the texts are binaries
+    bool isOfTypes = false;     ///< what TYPEOF gives: all elements have values, and it is the same one each time
     TypeIndex type = kNoType;   ///< the defined type that the value is of
     std::uint32_t count = 0;
     std::uint32_t capacity = 0;

@@ -117,7 +117,7 @@ void Column::fit() noexcept {
 
 ColumnTable findingColumns(std::span<const Finding> findings) {
     static constexpr std::string_view kSeverities[] = {"info", "warning", "error"};
-    static constexpr const char* kTexts[] = {"code", "keyword", "attribute", "found", "expected"};
+    static constexpr const char* kTexts[] = {"code", "keyword", "attribute", "found", "expected", "rule"};
     ColumnTable table;
     table.columns.emplace_back("severity", ColumnKind::kCategory);
     for (const char* name : {"line", "column", "instance"})
@@ -129,8 +129,8 @@ ColumnTable findingColumns(std::span<const Finding> findings) {
         const std::uint64_t numbers[] = {finding.line, finding.column, finding.instance};
         for (std::size_t i = 0; i < std::size(numbers); ++i)
             numbers[i] == 0 ? table.columns[1 + i].null() : table.columns[1 + i].id(numbers[i]);
-        const std::string* texts[] = {&finding.code, &finding.keyword, &finding.attribute, &finding.found,
-                                      &finding.expected};
+        const std::string* texts[] = {&finding.code,  &finding.keyword,  &finding.attribute,
+                                      &finding.found, &finding.expected, &finding.rule};
         for (std::size_t i = 0; i < std::size(texts); ++i)
             texts[i]->empty() ? table.columns[4 + i].null() : table.columns[4 + i].text(*texts[i]);
     }
