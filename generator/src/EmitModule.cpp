@@ -82,6 +82,7 @@ std::string source(const Target& target) {
     const std::string api = target.release.api();
     Writer out(target);
     out.includeClass("Release");
+    out.include("VnIfcCore/VnIfcVersion.h");
     out.include("VnIfcTyped/Release.h");
     out.include("schema/SchemaBuilder.h");
     out.openSource();
@@ -98,6 +99,7 @@ std::string source(const Target& target) {
     out.line(api, " std::size_t livingDescriptors() noexcept { return descriptorCount; }");
     out.closeNamespace();
     out.line("\n// For hosts that look them up in the loaded module.\nextern \"C\" {");
+    out.line(api, " const char* vnifcModuleVersion() { return VNIFC_SOVERSION; }");
     out.line(api, " VnModuleLifeCycleApp* vnGetModuleLifeCycleApp() { return ", name, "::lifeCycleApp(); }");
     out.line(api, " VN_SDAI::VnIfcSchema* vnifcGetSchemaPointer() { return ", name, "::schemaPointer(); }");
     out.line(

@@ -7,10 +7,12 @@ if(VNIFC_BUILT_TREE)
         target_include_directories(vnifc_for_python INTERFACE "${vnifc_root}/${name}/include")
     endforeach()
     target_include_directories(vnifc_for_python INTERFACE "${VNIFC_BUILT_TREE}/generated/core/include")
-    file(GLOB libraries "${VNIFC_BUILT_TREE}/lib*/libVnIfc*.so" "${VNIFC_BUILT_TREE}/lib*/libvnifc.so")
+    file(GLOB libraries "${VNIFC_BUILT_TREE}/lib*/libVnIfc*.so.*" "${VNIFC_BUILT_TREE}/lib*/libvnifc.so.*")
+    # Under the names that programs and the core ask for, which have two numbers at most.
+    list(FILTER libraries INCLUDE REGEX "\\.so\\.[0-9]+(\\.[0-9]+)?$")
     set(tool "${VNIFC_BUILT_TREE}/bin/vnifc")
     foreach(library IN LISTS libraries)
-        if(library MATCHES "/lib(VnIfcCore|vnifc)\\.so$")
+        if(library MATCHES "/lib(VnIfcCore|vnifc)\\.so\\.[0-9.]+$")
             target_link_libraries(vnifc_for_python INTERFACE "${library}")
         endif()
     endforeach()
@@ -26,13 +28,11 @@ else()
     target_link_libraries(vnifc_for_python INTERFACE vnifc_layer VnIfcCore)
     add_custom_target(vnifc_package ALL DEPENDS vnifc vnifc_layer ${modules})
     foreach(target IN ITEMS VnIfcCore vnifc_layer ${modules})
-        list(APPEND libraries "$<TARGET_FILE:${target}>")
+        list(APPEND libraries "$<TARGET_SONAME_FILE:${target}>")
     endforeach()
     set(tool "$<TARGET_FILE:vnifc>")
 endif()
 
-install(FILES ${libraries} DESTINATION vnifc/lib COMPONENT python
-    PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 install(PROGRAMS "${tool}" DESTINATION vnifc/bin COMPONENT python)
 
 # What layer and tool take from the system goes along, but for what every system with a C++ program has.
@@ -44,7 +44,7 @@ install(CODE "
     file(GET_RUNTIME_DEPENDENCIES LIBRARIES \${libraries} RESOLVED_DEPENDENCIES_VAR more
         PRE_EXCLUDE_REGEXES \"^lib(c|m|dl|rt|pthread|gcc_s|stdc\\\\+\\\\+)\\\\.so\" \"^ld-linux\" \"^lib(VnIfc|vnifc)\"
         POST_EXCLUDE_REGEXES \"/lib(VnIfc|vnifc)[^/]*$\")
-    list(APPEND found \${more})
+    list(APPEND found \${more} \${libraries})
     list(REMOVE_DUPLICATES found)
     foreach(library IN LISTS found)
         get_filename_component(soname \"\${library}\" NAME)

@@ -106,7 +106,7 @@ ExitCode convertFile(const ReadFlags& flags, const std::string& target, const st
                      const ConvertFlags& options);
 /// `name` in any case; empty for the whole dictionary of the release.
 ExitCode schema(const std::string& release, const std::string& name, bool json);
-/// "vnifc 0.1.0", and a line for each release: whether its module is installed.
+/// "vnifc 0.2.0", and a line for each release: whether its module is installed.
 std::string versionText();
 
 } // namespace vnifc::tool

@@ -5,6 +5,7 @@
 #include <VnIfcCore/VnIfcSchema.h>
 
 #include <fmt/format.h>
+#include <vnifc/version.h>
 
 namespace vnifc::tool {
 
@@ -16,15 +17,18 @@ std::string lineOf(const VnIfcRelease& release) {
     try {
         const VnModule module = vnLoadModule(release);
         return fmt::format("{:<12} version {}, {}", release.name, versionOf(*module.schema()), release.title);
-    } catch (const std::runtime_error&) {
-        return fmt::format("{:<12} not installed (package {})", release.name, release.package);
+    } catch (const VnModuleError& error) {
+        // A module that is there and does not fit is no package to install.
+        if (error.isMissing())
+            return fmt::format("{:<12} not installed (package {})", release.name, release.package);
+        return fmt::format("{:<12} not usable: {}", release.name, error.what());
     }
 }
 
 } // namespace
 
 std::string versionText() {
-    std::string text = "vnifc " VNIFC_VERSION;
+    std::string text = fmt::format("vnifc {}", version());
     for (const VnIfcRelease& release : vnIfcReleases())
         text += '\n' + lineOf(release);
     return text;

@@ -1,5 +1,6 @@
 #include "Arguments.h"
 #include "Commands.h"
+#include "Describe.h"
 #include "LoadedFile.h"
 #include "Messages.h"
 
@@ -181,6 +182,20 @@ void addSchema(CLI::App& app, Task& task) {
         [&task, options] { task = [options] { return schema(options->release, options->name, options->json); }; });
 }
 
+/// For the build, which installs what it writes: man pages and completion cannot differ from the commands.
+void addDescribe(CLI::App& app, Task& task) {
+    const auto directory = std::make_shared<std::string>();
+    CLI::App* command = app.add_subcommand("describe-commands", "Write man pages and completion scripts");
+    command->group(""); // not shown
+    command->add_option("DIRECTORY", *directory)->required();
+    command->callback([&app, &task, directory] {
+        task = [&app, directory] {
+            describeCommands(app, *directory);
+            return kSuccess;
+        };
+    });
+}
+
 /// "help info" means "info --help", and the beginning of one command's name alone means that command.
 void completeCommand(const CLI::App& app, std::vector<std::string>& arguments) {
     if (!arguments.empty() && arguments[0] == "help") {
@@ -190,7 +205,7 @@ void completeCommand(const CLI::App& app, std::vector<std::string>& arguments) {
     if (arguments.empty() || arguments[0].starts_with('-'))
         return;
     std::vector<std::string> names;
-    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App* each) { return !each->get_group().empty(); }))
         if (command->get_name().starts_with(arguments[0]))
             names.push_back(command->get_name());
     if (names.size() == 1)
@@ -217,6 +232,7 @@ int run(int argc, char** argv) {
     addSchema(app, task);
     addSelectingCommands(app, task);
     addWholeModelCommands(app, task);
+    addDescribe(app, task);
     std::vector<std::string> arguments(argv + 1, argv + argc);
     completeCommand(app, arguments);
     std::ranges::reverse(arguments); // as the parser wants them

@@ -4,6 +4,8 @@
 
 #include <filesystem>
 #include <memory>
+#include <stdexcept>
+#include <string>
 #include <string_view>
 
 namespace VN_SDAI {
@@ -28,14 +30,26 @@ struct VnModuleEntryPoints {
     bool (*buildPropertyForSimple)(VnIfcEntityBase* instance, VnIfcProperty*& property, int& code);
 };
 
+/// A module that cannot be used: the message names it, its file and the reason.
+class VNRX_API VnModuleError : public std::runtime_error {
+public:
+    VnModuleError(const std::string& message, bool isMissing) : std::runtime_error(message), m_isMissing(isMissing) {}
+    /// There is no file of that name; false for one that is there and is no module, or one of another version.
+    bool isMissing() const noexcept { return m_isMissing; }
+
+private:
+    bool m_isMissing;
+};
+
 /// A use of a schema module, which is loaded and initialised for as long as any such object for it lives. Move-only;
 /// making and destroying such objects is safe from several threads.
 class VNRX_API VnModule {
 public:
     /// Loads a module and initialises it. `pathOrName` is a path (it contains a separator), or a name: "VnIfc4x3"
     /// stands for the platform's libVnIfc4x3.so or VnIfc4x3.dll, which is looked for beside the core library first and
-    /// then where the system looks. Throws std::runtime_error that names the file and the reason; what initialisation
-    /// throws passes through, after the module is unloaded.
+    /// then where the system looks, in both places under the name with the core's version (libVnIfc4x3.so.0.2) before
+    /// the plain one. A module of another version than the core's (VNIFC_SOVERSION) is refused. Throws VnModuleError;
+    /// what initialisation throws passes through, after the module is unloaded.
     static VnModule load(std::string_view pathOrName);
 
     /// A use of a module that the program links; initialises it.

@@ -1,10 +1,11 @@
+#include <VnIfcCore/VnIfcVersion.h>
 #include <VnRx/VnModule.h>
 
 #include <mutex>
-#include <stdexcept>
 #include <string>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 #if defined(_WIN32)
 #include <windows.h>
@@ -26,6 +27,7 @@ const char coreMarker = 0; // its address tells where the core library was loade
 
 constexpr std::string_view filePrefix = "";
 constexpr std::string_view fileSuffix = ".dll";
+constexpr std::string_view versionedSuffix = fileSuffix; // of libraries there is one beside each program
 
 void* openLibrary(const fs::path& file) { return ::LoadLibraryW(file.c_str()); }
 void* findSymbol(void* library, const char* name) noexcept {
@@ -47,8 +49,10 @@ fs::path coreDirectory() {
 constexpr std::string_view filePrefix = "lib";
 #if defined(__APPLE__)
 constexpr std::string_view fileSuffix = ".dylib";
+constexpr std::string_view versionedSuffix = "." VNIFC_SOVERSION ".dylib";
 #else
 constexpr std::string_view fileSuffix = ".so";
+constexpr std::string_view versionedSuffix = ".so." VNIFC_SOVERSION;
 #endif
 
 void* openLibrary(const fs::path& file) { return ::dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL); }
@@ -68,28 +72,80 @@ fs::path coreDirectory() {
 
 #endif
 
-[[noreturn]] void fail(std::string_view module, std::string_view reason) {
-    throw std::runtime_error("module \"" + std::string(module) + "\": " + std::string(reason));
+[[noreturn]] void fail(std::string_view module, std::string_view reason, bool isMissing = false) {
+    throw VnModuleError("module \"" + std::string(module) + "\": " + std::string(reason), isMissing);
 }
 
-fs::path fileOf(std::string_view pathOrName) {
-    const fs::path path(pathOrName);
-    if (path.has_parent_path())
-        return path;
-    std::string name(pathOrName);
-    if (!pathOrName.ends_with(fileSuffix))
-        name = std::string(filePrefix).append(pathOrName).append(fileSuffix);
-    const fs::path besideCore = coreDirectory() / name;
+bool isThere(const fs::path& file) {
     std::error_code ignored;
-    return fs::exists(besideCore, ignored) ? besideCore : fs::path(name);
+    return fs::exists(file, ignored);
+}
+
+/// The names that a module's file may have: with the version first, for the plain one may be of any version, and is
+/// there only where programs are compiled.
+std::vector<fs::path> fileNames(std::string_view name) {
+    if (name.ends_with(fileSuffix) || name.find(std::string(fileSuffix) + '.') != std::string_view::npos)
+        return {fs::path(name)};
+    const auto with = [&](std::string_view suffix) {
+        return fs::path(std::string(filePrefix).append(name).append(suffix));
+    };
+    if (versionedSuffix == fileSuffix)
+        return {with(fileSuffix)};
+    return {with(versionedSuffix), with(fileSuffix)};
+}
+
+struct OpenedLibrary {
+    void* library;
+    std::string file; ///< for messages
+};
+
+OpenedLibrary openFile(const fs::path& file, std::string_view module) {
+    void* library = openLibrary(file);
+    if (!library) {
+        const std::string reason = lastError();
+        fail(module, file.string() + " cannot be loaded: " + reason, !isThere(file));
+    }
+    return {library, file.string()};
+}
+
+OpenedLibrary openByName(std::string_view name) {
+    const std::vector<fs::path> files = fileNames(name);
+    const fs::path directory = coreDirectory();
+    for (const fs::path& file : files)
+        if (isThere(directory / file))
+            return openFile(directory / file, name);
+    std::string reasons;
+    for (const fs::path& file : files) {
+        if (void* library = openLibrary(file))
+            return {library, file.string()};
+        reasons.append(reasons.empty() ? "" : "; ").append(lastError());
+    }
+    fail(name,
+         "expected " + files.front().string() + " in " + directory.string() +
+             " or where the system looks, found none: " + reasons,
+         true);
+}
+
+OpenedLibrary open(std::string_view pathOrName) {
+    const fs::path path(pathOrName);
+    return path.has_parent_path() ? openFile(path, pathOrName) : openByName(pathOrName);
 }
 
 template <class Function>
-Function function(void* library, const char* name, std::string_view module) {
+Function function(void* library, const char* name, std::string_view module, const std::string& file) {
     void* symbol = findSymbol(library, name);
     if (!symbol)
-        fail(module, std::string("no schema module, it does not export ") + name);
+        fail(module, file + " is no schema module, it does not export " + name);
     return reinterpret_cast<Function>(symbol);
+}
+
+/// Classes that were compiled with the headers of another version have another layout: nothing of them is called.
+void requireVersion(void* library, std::string_view module, const std::string& file) {
+    using Version = const char* (*)();
+    void* symbol = findSymbol(library, "vnifcModuleVersion");
+    const std::string found = symbol ? reinterpret_cast<Version>(symbol)() : "none";
+    if (found != VNIFC_SOVERSION)
+        fail(module, file + " is of another version: expected " VNIFC_SOVERSION " as the core library, found " + found);
 }
 
 /// Counts the uses of each module, and initialises it for the first.
@@ -152,12 +208,12 @@ void VnModule::Unloader::operator()(void* library) const noexcept { closeLibrary
 
 VnModule VnModule::load(std::string_view pathOrName) {
     if (pathOrName.empty())
-        fail(pathOrName, "no name");
-    Library library(openLibrary(fileOf(pathOrName)));
-    if (!library)
-        fail(pathOrName, lastError());
-    const auto getApp = function<VnGetModuleLifeCycleApp>(library.get(), "vnGetModuleLifeCycleApp", pathOrName);
-    const auto getSchema = function<SchemaPointer>(library.get(), "vnifcGetSchemaPointer", pathOrName);
+        fail(pathOrName, "no name", true);
+    const auto [opened, file] = open(pathOrName);
+    Library library(opened);
+    const auto getApp = function<VnGetModuleLifeCycleApp>(library.get(), "vnGetModuleLifeCycleApp", pathOrName, file);
+    const auto getSchema = function<SchemaPointer>(library.get(), "vnifcGetSchemaPointer", pathOrName, file);
+    requireVersion(library.get(), pathOrName, file);
     VnModuleLifeCycleApp* app = getApp();
     if (!app)
         fail(pathOrName, "it has no life-cycle object");

@@ -2,6 +2,7 @@
 
 #include <VnIfcCore/VnIfcHeader.h>
 #include <VnIfcCore/VnIfcText.h>
+#include <VnIfcCore/VnIfcVersion.h>
 
 #include <algorithm>
 #include <chrono>

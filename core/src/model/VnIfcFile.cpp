@@ -37,13 +37,13 @@ VnModule use(const VnIfcRelease& release) {
 VnModule vnLoadModule(const VnIfcRelease& release) {
     try {
         return VnModule::load(release.module);
-    } catch (const std::runtime_error& failure) {
-        throw std::runtime_error(std::string("the classes of ")
-                                     .append(release.name)
-                                     .append(" are not installed (package ")
-                                     .append(release.package)
-                                     .append("): ")
-                                     .append(failure.what()));
+    } catch (const VnModuleError& error) {
+        std::string message = "the classes of " + std::string(release.name);
+        if (error.isMissing())
+            message.append(" are not installed (package ").append(release.package).append(")");
+        else
+            message.append(" cannot be used");
+        throw VnModuleError(message.append(": ").append(error.what()), error.isMissing());
     }
 }
 

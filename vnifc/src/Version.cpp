@@ -1,0 +1,7 @@
+#include <vnifc/version.h>
+
+namespace vnifc {
+
+const char* version() noexcept { return VNIFC_VERSION; }
+
+} // namespace vnifc
