@@ -5,8 +5,7 @@
 #include <VnIfcCore/VnIfcListAggr.h>
 #include <VnIfcCore/VnIfcLogical.h>
 #include <VnIfcCore/VnIfcSetAggr.h>
-
-#include <span>
+#include <VnIfcTyped/Rows.h>
 
 namespace VN_SDAI::typed {
 
@@ -72,13 +71,13 @@ struct InverseTarget {
 /// A forward attribute that inverse attributes of other classes mirror; the first target that fits is taken.
 struct InverseLink {
     const AttributeRow* forward;
-    std::span<const InverseTarget> targets;
+    Rows<InverseTarget> targets;
 };
 
 /// A rule of the schema: no two instances have the same values in all of these attributes.
 struct UniqueRule {
     const char* label;
-    std::span<const AttributeRow* const> attributes;
+    Rows<const AttributeRow*> attributes;
 };
 
 using EntityFactory = VnIfcEntityBase* (*)();
@@ -92,13 +91,13 @@ struct EntityClass {
     VnIfcEntityType** record;     ///< the class's g_pEntityType
     EntityFactory create;
     PropertyCallback properties;
-    std::span<const AttributeRow> attributes;    ///< own explicit ones
-    std::span<const InverseRow> inverses;        ///< own
-    std::span<const DerivedRow> derived;         ///< own
-    std::span<const AttributeRow* const> fields; ///< the whole parameter list, from the root down
-    std::span<VnIfcEntityType** const> chain;    ///< the class, then its root, then down towards it
-    std::span<const InverseLink> links;          ///< own
-    std::span<const UniqueRule> uniques;         ///< own
+    Rows<AttributeRow> attributes;    ///< own explicit ones
+    Rows<InverseRow> inverses;        ///< own
+    Rows<DerivedRow> derived;         ///< own
+    Rows<const AttributeRow*> fields; ///< the whole parameter list, from the root down
+    Rows<VnIfcEntityType**> chain;    ///< the class, then its root, then down towards it
+    Rows<InverseLink> links;          ///< own
+    Rows<UniqueRule> uniques;         ///< own
     bool isAbstract;
 };
 

@@ -1,9 +1,9 @@
 #pragma once
 #include <VnIfcCore/VnIfcVariantType.h>
+#include <VnIfcTyped/Rows.h>
 
 #include <concepts>
 #include <cstdint>
-#include <span>
 #include <string_view>
 
 namespace VN_SDAI::typed {
@@ -11,7 +11,7 @@ namespace VN_SDAI::typed {
 /// What the library knows of one enumeration type: its name and its literals in enumerator order, bare and upper-case.
 struct EnumerationClass {
     const char* name;
-    std::span<const char* const> literals;
+    Rows<const char*> literals;
     VnIfcVariantTypeSlot* descriptor;
 
     /// The literal of a code; null when the code is not below the number of literals.

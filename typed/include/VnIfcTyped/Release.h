@@ -18,12 +18,12 @@ struct DefinedType {
 
 struct EnumerationRecord {
     const char* name; ///< "ifcwalltypeenum"
-    std::span<const char* const> literals;
+    Rows<const char*> literals;
 };
 
 struct SelectRecord {
-    const char* name;                     ///< "IfcValue"
-    std::span<const char* const> members; ///< direct members, upper case
+    const char* name;          ///< "IfcValue"
+    Rows<const char*> members; ///< direct members, upper case
     VnIfcNameType** type;
 };
 
@@ -43,13 +43,13 @@ struct Release {
     const char* name; ///< of the schema, and of the namespace of its classes: "IFC4X3_ADD2"
     IfcSchemaMajorVersion majorVersion;
     IfcSchemaMinorVersion minorVersion;
-    std::span<const EntityClass* const> entities;
-    std::span<const SelectClass* const> selectClasses;
-    std::span<const EnumerationClass* const> enumerationClasses;
-    std::span<const DefinedType> definedTypes;
-    std::span<const EnumerationRecord> enumerations;
-    std::span<const SelectRecord> selects;
-    std::span<const AggregationRecord> aggregations;
+    Rows<const EntityClass*> entities;
+    Rows<const SelectClass*> selectClasses;
+    Rows<const EnumerationClass*> enumerationClasses;
+    Rows<DefinedType> definedTypes;
+    Rows<EnumerationRecord> enumerations;
+    Rows<SelectRecord> selects;
+    Rows<AggregationRecord> aggregations;
 };
 
 /// Releases the variant type descriptors that were made for a module's types: the enumerations', the selects', those of

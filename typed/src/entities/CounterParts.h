@@ -10,7 +10,7 @@ namespace VN_SDAI::typed {
 
 /// Calls `act(instance, row)` for the inverse member of a target in which the attribute is mirrored, if there is one.
 template <class Act>
-void withInverse(const VnDbObjectId& target, std::span<const InverseTarget> candidates, Act act) {
+void withInverse(const VnDbObjectId& target, Rows<InverseTarget> candidates, Act act) {
     VnIfcEntityBase* instance = target.openObject(kForWrite, false);
     if (!instance)
         return;

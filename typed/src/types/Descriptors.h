@@ -72,7 +72,7 @@ constexpr SelectDescriptors selectDescriptors() noexcept {
 
 /// The class row of the enumeration E.
 template <class E, std::atomic<std::size_t>& living>
-constexpr EnumerationClass enumerationClass(const char* name, std::span<const char* const> literals) noexcept {
+constexpr EnumerationClass enumerationClass(const char* name, Rows<const char*> literals) noexcept {
     static_assert(sizeof(E) == 4);
     return {name, literals, &descriptorSlot<VnIfcVariantTypeEnum<E>, living>};
 }
