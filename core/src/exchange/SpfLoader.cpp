@@ -96,7 +96,8 @@ private:
         }
         if (m_count == 0)
             return;
-        m_data.slots.reserve(m_count, m_structure.largestNumber, usualGap());
+        const auto first = std::ranges::find_if(blocks, [](const auto& block) { return block.size() > 0; });
+        m_data.slots.reserve({m_count, first->first->number, m_structure.largestNumber, usualGap()});
         const unsigned threads = threadsFor(m_options.threads, blocks.size());
         std::vector<SlotTable::Maker> makers(threads, SlotTable::Maker(m_data.slots));
         std::atomic<bool> isAnyWithout = false;

@@ -1,5 +1,7 @@
 #include "SlotTable.h"
 
+#include "../exchange/WorkSharing.h"
+
 #include <atomic>
 #include <bit>
 #include <chrono>
@@ -15,6 +17,13 @@ constexpr std::uint64_t directLimit(std::size_t count) noexcept { return 2 * std
 constexpr std::size_t kGroup = 64;
 
 constexpr std::size_t kLargestBlock = 512; // pages
+
+// As many slots are looked at one after another rather than by halves.
+constexpr std::size_t kFewSlots = 8;
+
+// Longer runs of buckets are left until it is known that the numbers of the file are in order: a file of many large
+// jumps forth and back must not have all buckets written for each of them.
+constexpr std::size_t kLongRun = 256;
 
 /// True when numbers that were looked for went on from cell to cell more often than chance explains.
 constexpr bool isCrowded(std::size_t steps, std::size_t count) noexcept { return steps > 32 * count + 4096; }
@@ -45,7 +54,7 @@ VnIfcModel* SlotTable::modelOf(const VnIfcInstanceSlot* slot) noexcept {
 
 void SlotTable::belongTo(VnIfcModel* model) noexcept {
     m_model = model;
-    for (const auto* pages : {&m_directPages, &m_hashedPages})
+    for (const auto* pages : {&m_directPages, &m_sparsePages})
         for (char* const page : *pages)
             if (page && reinterpret_cast<PageHead*>(page)->model)
                 reinterpret_cast<PageHead*>(page)->model = model;
@@ -78,7 +87,7 @@ char* SlotTable::newPage() {
 
 VnIfcInstanceSlot* SlotTable::insert(std::uint64_t number) {
     VnIfcInstanceSlot* const slot =
-        number < directLimit(m_count + 1) || number < m_directEnd ? insertDirect(number) : insertHashed(number);
+        number < directLimit(m_count + 1) || number < m_directEnd ? insertDirect(number) : insertSparse(number);
     m_largest = std::max(m_largest, number);
     // An order that was asked for stays good as long as new instances come last.
     if (m_ordered.size() == m_count && !m_ordered.empty() && number > m_ordered.back()->number)
@@ -104,28 +113,84 @@ VnIfcInstanceSlot* SlotTable::insertDirect(std::uint64_t number) {
     return slot;
 }
 
-VnIfcInstanceSlot* SlotTable::insertHashed(std::uint64_t number) {
-    if (m_hashedEnd == m_hashedPages.size() * kSlotsPerPage)
-        m_hashedPages.push_back(newPage());
-    VnIfcInstanceSlot* const slot = hashed(m_hashedEnd);
+VnIfcInstanceSlot* SlotTable::insertSparse(std::uint64_t number) {
+    if (m_sparseEnd == m_sparsePages.size() * kSlotsPerPage)
+        m_sparsePages.push_back(newPage());
+    VnIfcInstanceSlot* const slot = sparse(m_sparseEnd);
     slot->number = number;
     enterHashed(slot);
-    ++m_hashedEnd;
-    noteHashed(number, number);
+    ++m_sparseEnd;
+    noteSparse(number, number);
     return slot;
 }
 
-void SlotTable::noteHashed(std::uint64_t first, std::uint64_t last) noexcept {
-    if (m_lastHashed == 0)
-        m_firstHashed = first;
-    m_hashedInOrder = m_hashedInOrder && first > m_lastHashed;
-    m_lastHashed = last;
+void SlotTable::noteSparse(std::uint64_t first, std::uint64_t last) noexcept {
+    if (m_lastSparse == 0)
+        m_firstSparse = first;
+    m_isSparseInOrder = m_isSparseInOrder && first > m_lastSparse;
+    m_lastSparse = last;
+}
+
+VnIfcInstanceSlot* SlotTable::findSparse(std::uint64_t number) const noexcept {
+    if (VnIfcInstanceSlot* const slot = findOrdered(number))
+        return slot;
+    return m_cells.empty() ? nullptr : findHashed(number);
+}
+
+// ---- the buckets
+
+/// Room for one to two buckets for each instance.
+void SlotTable::makeBuckets(const Numbers& numbers) {
+    if (numbers.largest < numbers.first || numbers.count >= std::numeric_limits<std::uint32_t>::max())
+        return;
+    const std::uint64_t range = numbers.largest - numbers.first;
+    const auto width = static_cast<unsigned>(std::bit_width(range / numbers.count));
+    m_bucketShift = width > 0 ? width - 1 : 0;
+    m_firstOrdered = numbers.first;
+    m_bucketCount = bucketOf(numbers.largest) + 1;
+    m_buckets = PageMemory((m_bucketCount + 1) * sizeof(std::uint32_t));
+}
+
+void SlotTable::beginBuckets(const BucketRun& run) noexcept {
+    // Relaxed stores, for rows of numbers that are not in order may meet in one bucket.
+    for (std::size_t bucket = run.first; bucket < run.last; ++bucket)
+        std::atomic_ref(buckets()[bucket]).store(static_cast<std::uint32_t>(run.index), std::memory_order_relaxed);
+}
+
+/// Enters what makers left, once it is known that the numbers of all rows are in order.
+void SlotTable::closeBuckets(std::span<Maker> makers, std::span<const Row> rows) noexcept {
+    std::size_t next = 0;
+    for (const Row& row : rows) {
+        if (row.count == 0)
+            continue;
+        beginBuckets({next, bucketOf(row.first) + 1, row.index});
+        next = bucketOf(row.last) + 1;
+    }
+    beginBuckets({next, m_bucketCount + 1, m_sparseEnd});
+    for (const Maker& maker : makers)
+        std::ranges::for_each(maker.m_runs, [&](const BucketRun& run) { beginBuckets(run); });
+}
+
+VnIfcInstanceSlot* SlotTable::findOrdered(std::uint64_t number) const noexcept {
+    if (number < m_firstOrdered || bucketOf(number) >= m_bucketCount)
+        return nullptr;
+    const std::uint32_t* const bucket = buckets() + bucketOf(number);
+    std::size_t first = bucket[0];
+    std::size_t end = bucket[1];
+    while (end - first > kFewSlots) {
+        const std::size_t middle = first + (end - first) / 2;
+        (sparse(middle)->number > number ? end : first) = middle;
+    }
+    for (; first < end; ++first)
+        if (VnIfcInstanceSlot* const slot = sparse(first); slot->number == number)
+            return slot;
+    return nullptr;
 }
 
 // ---- the hash table
 
 std::size_t SlotTable::cellOf(std::uint64_t number) const noexcept {
-    const std::uint64_t near = number >> m_shift;
+    const std::uint64_t near = number >> m_cellShift;
     const std::uint64_t hash = near / kGroup * m_multiplier;
     return static_cast<std::size_t>((hash >> 32) * (m_cells.size() / kGroup) >> 32) * kGroup + near % kGroup;
 }
@@ -151,7 +216,7 @@ bool SlotTable::enterHashed(VnIfcInstanceSlot* slot) {
     ++m_hashedCount;
     if (isCrowded(m_steps, m_hashedCount)) {
         // The numbers are nearer to each other than expected, or made to meet.
-        m_shift = 0;
+        m_cellShift = 0;
         m_multiplier = randomMultiplier();
         rehash(m_cells.size());
     }
@@ -170,28 +235,27 @@ void SlotTable::rehash(std::size_t cells) {
 
 // ---- many slots at once
 
-void SlotTable::reserve(std::size_t count, std::uint64_t largest, std::uint64_t gap) {
-    const bool isDirect = largest < directLimit(count);
-    const std::size_t slots = isDirect ? static_cast<std::size_t>(largest) + 1 : count;
+void SlotTable::reserve(const Numbers& numbers) {
+    const bool isDirect = numbers.largest < directLimit(numbers.count);
+    const std::size_t slots = isDirect ? static_cast<std::size_t>(numbers.largest) + 1 : numbers.count;
     const std::size_t pages = (slots + kSlotsPerPage - 1) / kSlotsPerPage;
     char* const first = newPages(pages);
-    std::vector<char*>& table = isDirect ? m_directPages : m_hashedPages;
+    std::vector<char*>& table = isDirect ? m_directPages : m_sparsePages;
     for (std::size_t i = 0; i < pages; ++i)
         table.push_back(first + i * kPageSize);
     if (isDirect) {
         m_made.resize(slots / 64 + 1);
         m_directEnd = slots;
     } else {
-        m_hashedEnd = count;
-        m_shift = std::bit_width(gap | 1) - 1;
-        m_cells = Cells((3 * count / 2 / kGroup + 1) * kGroup);
+        m_sparseEnd = numbers.count;
+        m_cellShift = static_cast<unsigned>(std::bit_width(numbers.gap | 1)) - 1;
+        makeBuckets(numbers);
     }
 }
 
 void SlotTable::Maker::begin(std::size_t index) {
-    m_index = index;
     if (m_table.m_directEnd == 0)
-        m_rows.push_back({index, 0, 0, true});
+        m_rows.push_back({index});
 }
 
 void SlotTable::Maker::end() {
@@ -235,60 +299,54 @@ void SlotTable::Maker::enterBits() {
     }
 }
 
-/// Of slots with one number, that of the first instance stays in the table.
-VnIfcInstanceSlot* SlotTable::Maker::makeHashed(std::uint64_t number) {
+/// Only notes the number, and where its bucket begins: what else there is to do depends on whether all are in order.
+VnIfcInstanceSlot* SlotTable::Maker::makeSparse(std::uint64_t number) {
     Row& row = m_rows.back();
+    const std::size_t index = row.index + row.count++;
     row.isAscending = row.isAscending && number > row.last;
-    row.first = row.first == 0 ? number : row.first;
     row.last = number;
-    const std::size_t index = m_index++;
-    VnIfcInstanceSlot* const slot = onPage(m_table.m_hashedPages[index / kSlotsPerPage], index % kSlotsPerPage, number);
-    m_isCrowded = m_isCrowded || isCrowded(m_steps, m_count);
-    if (m_isCrowded)
-        return slot; // all slots will be entered anew
-    for (std::size_t i = m_table.cellOf(number);; i = m_table.nextCell(i), ++m_steps) {
-        Cell& cell = m_table.m_cells[i];
-        const std::atomic_ref place(cell.slot);
-        VnIfcInstanceSlot* there = place.load(std::memory_order_acquire);
-        if (!there && place.compare_exchange_strong(there, slot, std::memory_order_acq_rel)) {
-            cell.number = number; // not looked at before all are done
-            ++m_count;
-            return slot;
-        }
-        if (std::atomic_ref(there->number).load(std::memory_order_relaxed) != number)
-            continue;
-        // In one row of pages, so that the order in memory is that of the file.
-        while (slot < there)
-            if (place.compare_exchange_weak(there, slot, std::memory_order_acq_rel)) {
-                m_contested.push_back({there, number});
-                return slot;
-            }
-        m_contested.push_back({slot, number});
-        return slot;
+    if (row.count == 1)
+        row.first = number;
+    ++m_count;
+    if (row.isAscending && number >= m_table.m_firstOrdered && m_table.m_bucketCount > 0) {
+        const std::size_t end = m_table.bucketOf(number) + 1;
+        if (row.count > 1 && end - m_bucket > kLongRun)
+            m_runs.push_back({m_bucket, end, index});
+        else if (row.count > 1)
+            m_table.beginBuckets({m_bucket, end, index});
+        m_bucket = end;
     }
+    return onPage(m_table.m_sparsePages[index / kSlotsPerPage], index % kSlotsPerPage, number);
 }
 
 std::vector<SlotTable::Contested> SlotTable::finish(std::span<Maker> makers) {
     std::vector<Contested> contested;
-    bool isAnyCrowded = false;
-    std::size_t made = 0;
+    std::vector<Row> rows;
+    m_count = 0;
     for (const Maker& maker : makers) {
-        made += maker.m_count;
-        m_steps += maker.m_steps;
+        m_count += maker.m_count;
         m_largest = std::max(m_largest, maker.m_largest);
-        isAnyCrowded = isAnyCrowded || maker.m_isCrowded;
         contested.insert(contested.end(), maker.m_contested.begin(), maker.m_contested.end());
+        rows.insert(rows.end(), maker.m_rows.begin(), maker.m_rows.end());
     }
-    m_count = made;
     if (m_directEnd > 0) {
         m_largestDirect = m_largest;
     } else {
-        m_hashedCount = made;
-        takeRows(makers);
-        if (isAnyCrowded) {
-            contested = enterAll();
-            m_count = m_hashedCount;
+        std::ranges::sort(rows, {}, &Row::index);
+        for (const Row& row : rows) {
+            if (row.count == 0)
+                continue;
+            m_isSparseInOrder = m_isSparseInOrder && row.isAscending;
+            noteSparse(row.first, row.last);
         }
+        if (m_isSparseInOrder && m_count == m_sparseEnd && m_bucketCount > 0) {
+            closeBuckets(makers, rows);
+            return contested;
+        }
+        m_bucketCount = 0;
+        m_buckets = PageMemory();
+        contested = enterRows(rows, makers.size());
+        m_count = m_hashedCount;
         for (const Contested& each : contested)
             each.slot->number = 0;
     }
@@ -296,30 +354,81 @@ std::vector<SlotTable::Contested> SlotTable::finish(std::span<Maker> makers) {
     return contested;
 }
 
-/// Notes whether all rows together have ascending numbers.
-void SlotTable::takeRows(std::span<Maker> makers) {
-    std::vector<Maker::Row> rows;
-    for (const Maker& maker : makers)
-        rows.insert(rows.end(), maker.m_rows.begin(), maker.m_rows.end());
-    std::ranges::sort(rows, {}, &Maker::Row::index);
-    for (const Maker::Row& row : rows) {
-        if (row.first == 0)
-            continue;
-        m_hashedInOrder = m_hashedInOrder && row.isAscending;
-        noteHashed(row.first, row.last);
+/// Enters slots into the hash table on one thread; others may do the same at once.
+class SlotTable::Enterer {
+public:
+    explicit Enterer(SlotTable& table) noexcept : m_table(table) {}
+
+    void enter(const Row& row) {
+        for (std::size_t i = row.index; i < row.index + row.count && !isCrowded(); ++i)
+            enter(m_table.sparse(i));
     }
+    /// Too much for the numbers to be entered on.
+    bool isCrowded() const noexcept { return VN_SDAI::isCrowded(m_steps, m_count); }
+    std::size_t steps() const noexcept { return m_steps; }
+    std::size_t count() const noexcept { return m_count; }
+    const std::vector<Contested>& contested() const noexcept { return m_contested; }
+
+private:
+    /// Of slots with one number, that of the first instance stays in the table.
+    void enter(VnIfcInstanceSlot* slot) {
+        for (std::size_t i = m_table.cellOf(slot->number);; i = m_table.nextCell(i), ++m_steps) {
+            Cell& cell = m_table.m_cells[i];
+            const std::atomic_ref place(cell.slot);
+            VnIfcInstanceSlot* there = place.load(std::memory_order_acquire);
+            if (!there && place.compare_exchange_strong(there, slot, std::memory_order_acq_rel)) {
+                cell.number = slot->number; // not looked at before all are done
+                ++m_count;
+                return;
+            }
+            if (there->number != slot->number)
+                continue;
+            // In one row of pages, so that the order in memory is that of the file.
+            while (slot < there)
+                if (place.compare_exchange_weak(there, slot, std::memory_order_acq_rel)) {
+                    m_contested.push_back({there, slot->number});
+                    return;
+                }
+            m_contested.push_back({slot, slot->number});
+            return;
+        }
+    }
+
+    SlotTable& m_table;
+    std::size_t m_count = 0;
+    std::size_t m_steps = 0;
+    std::vector<Contested> m_contested;
+};
+
+/// Enters the slots of rows into an empty hash table. Those whose number an earlier one has are returned.
+std::vector<SlotTable::Contested> SlotTable::enterRows(std::span<const Row> rows, std::size_t threads) {
+    m_cells = Cells((3 * m_sparseEnd / 2 / kGroup + 1) * kGroup);
+    std::vector<Enterer> enterers(threads, Enterer(*this));
+    shareWork(rows.size(), static_cast<unsigned>(threads), {}, [&](unsigned worker, std::size_t i) {
+        enterers[worker].enter(rows[i]);
+        return true;
+    });
+    std::vector<Contested> contested;
+    for (const Enterer& enterer : enterers) {
+        if (enterer.isCrowded())
+            return enterAll();
+        m_hashedCount += enterer.count();
+        m_steps += enterer.steps();
+        contested.insert(contested.end(), enterer.contested().begin(), enterer.contested().end());
+    }
+    return contested;
 }
 
-/// Enters the slots of all hashed pages into an empty table. Those whose number an earlier one has are returned.
+/// The same on one thread, in another order of cells.
 std::vector<SlotTable::Contested> SlotTable::enterAll() {
     std::vector<Contested> contested;
     std::ranges::fill(m_cells, Cell{});
     m_multiplier = randomMultiplier();
-    m_shift = 0;
+    m_cellShift = 0;
     m_hashedCount = 0;
     m_steps = 0;
-    for (std::size_t i = 0; i < m_hashedEnd; ++i) {
-        VnIfcInstanceSlot* const slot = hashed(i);
+    for (std::size_t i = 0; i < m_sparseEnd; ++i) {
+        VnIfcInstanceSlot* const slot = sparse(i);
         if (slot->number != 0 && !enterHashed(slot))
             contested.push_back({slot, slot->number});
     }
@@ -339,7 +448,7 @@ const std::vector<VnIfcInstanceSlot*>& SlotTable::sorted() {
 }
 
 bool SlotTable::isInOrder() const noexcept {
-    return m_hashedEnd == 0 || (m_hashedInOrder && m_largestDirect < m_firstHashed);
+    return m_sparseEnd == 0 || (m_isSparseInOrder && m_largestDirect < m_firstSparse);
 }
 
 std::vector<std::span<VnIfcInstanceSlot>> SlotTable::runs() {
@@ -362,7 +471,7 @@ std::vector<std::span<VnIfcInstanceSlot>> SlotTable::runs() {
                 runs.emplace_back(slotsOf(pages[i]), std::min<std::uint64_t>(kSlotsPerPage, end - i * kSlotsPerPage));
     };
     add(m_directPages, m_directPages.empty() ? 0 : m_largestDirect + 1);
-    add(m_hashedPages, m_hashedEnd);
+    add(m_sparsePages, m_sparseEnd);
     return runs;
 }
 
