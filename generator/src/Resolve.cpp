@@ -15,7 +15,7 @@ struct Symbol {
     std::size_t index;
 };
 
-std::string quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
+std::string inQuotes(std::string_view text) { return "\"" + std::string(text) + "\""; }
 
 Kind kindOf(const TypeSpec& type) {
     switch (*type.simple) {
@@ -62,7 +62,7 @@ public:
 
 private:
     [[noreturn]] void fail(const Name& found, std::string_view expected) const {
-        throw ExpressError(m_schema.file, found.at, quoted(found.text), expected);
+        throw ExpressError(m_schema.file, found.at, inQuotes(found.text), expected);
     }
 
     template <class Decl>
@@ -364,7 +364,7 @@ void Resolver::keepTextOrder() {
 
 void Resolver::readOrder(const BuildingOrder& order) {
     const auto refuse = [&order](const Name& name, std::string_view expected) {
-        throw ExpressError(order.file, name.at, quoted(name.text), expected);
+        throw ExpressError(order.file, name.at, inQuotes(name.text), expected);
     };
     std::unordered_set<std::string> seen;
     for (const Name& name : order.names) {

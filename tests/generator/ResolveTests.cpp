@@ -8,14 +8,14 @@ namespace {
 using test::errorOf;
 using test::resolveText;
 
-struct Case {
+struct BodyCase {
     const char* body; ///< begins in line 2
     const char* order;
     const char* error;
 };
 
 TEST(Resolve, NamesPlaceOfWhatDoesNotFit) {
-    const Case cases[] = {
+    const BodyCase cases[] = {
         {"ENTITY A; x : Missing; END_ENTITY;", "",
          "s.exp:2:15: found \"Missing\", expected a type or entity of the schema"},
         {"ENTITY A;\nEND_ENTITY; ENTITY a; END_ENTITY;", "",
@@ -50,7 +50,7 @@ TEST(Resolve, NamesPlaceOfWhatDoesNotFit) {
         {"TYPE T = ENUMERATION OF (a); END_TYPE;", "T",
          "o.txt:1:1: found \"T\", expected no enumeration: their order is that of their file"},
     };
-    for (const Case& c : cases)
+    for (const BodyCase& c : cases)
         EXPECT_EQ(errorOf([&] { resolveText(c.body, c.order); }), c.error) << c.body;
 }
 

@@ -6,7 +6,7 @@ namespace vnifc::test {
 namespace {
 
 /// The value of `call`, in a schema with these algorithms.
-std::string valueOf(const std::string& algorithms, const std::string& call) {
+std::string valueWith(const std::string& algorithms, const std::string& call) {
     static const Garden garden;
     static const VN_SDAI::VnIfcModel model = garden.model("#1=TOYPOINT((1.,2.));\n"
                                                           "#2=TOYPOINT((3.,4.));\n"
@@ -24,14 +24,14 @@ std::string valueOf(const std::string& algorithms, const std::string& call) {
     }
 }
 
-struct Case {
+struct AlgorithmCase {
     const char* body; ///< of FUNCTION F(a, b : GENERIC) : GENERIC
     const char* call;
     const char* value;
 };
 
 TEST(Statements, EachKind) {
-    const Case cases[] = {
+    const AlgorithmCase cases[] = {
         // assignment
         {"LOCAL x : INTEGER; END_LOCAL; x := a; x := x + 1; RETURN (x);", "F(1, ?)", "2"},
         {"LOCAL x : INTEGER; END_LOCAL; RETURN (x);", "F(1, ?)", "?"},
@@ -141,15 +141,15 @@ TEST(Statements, EachKind) {
         {"LOCAL x : LIST OF INTEGER := [1]; END_LOCAL; REPEAT; x := x + x; END_REPEAT;", "F(0, ?)",
          "expression: not evaluated: more memory than an evaluation may take"},
     };
-    for (const Case& each : cases)
-        EXPECT_EQ(
-            valueOf("FUNCTION F(a, b : GENERIC) : GENERIC;\n" + std::string(each.body) + "\nEND_FUNCTION;", each.call),
-            each.value)
+    for (const AlgorithmCase& each : cases)
+        EXPECT_EQ(valueWith("FUNCTION F(a, b : GENERIC) : GENERIC;\n" + std::string(each.body) + "\nEND_FUNCTION;",
+                            each.call),
+                  each.value)
             << each.body;
 }
 
 TEST(Statements, WholeAlgorithms) {
-    const Case cases[] = {
+    const AlgorithmCase cases[] = {
         // a procedure changes what it is given as VAR, and nothing else
         {"PROCEDURE P(VAR x : INTEGER; y : INTEGER); x := x + y; y := 0; END_PROCEDURE;\n"
          "FUNCTION F : GENERIC; LOCAL a : LIST OF INTEGER := [1, 2]; b : INTEGER := 5; END_LOCAL;"
@@ -187,8 +187,8 @@ TEST(Statements, WholeAlgorithms) {
         {"FUNCTION F : INTEGER; RETURN ('a'); END_FUNCTION;", "F", "?"},
         {"FUNCTION F(x : AGGREGATE OF INTEGER) : INTEGER; RETURN (SIZEOF(x)); END_FUNCTION;", "F([1, 1])", "2"},
     };
-    for (const Case& each : cases)
-        EXPECT_EQ(valueOf(each.body, each.call), each.value) << each.body;
+    for (const AlgorithmCase& each : cases)
+        EXPECT_EQ(valueWith(each.body, each.call), each.value) << each.body;
 }
 
 } // namespace

@@ -17,8 +17,6 @@ namespace {
 namespace fs = std::filesystem;
 using testing::IsSubstring;
 
-const std::string house = dataFile("house.ifc");
-
 /// A file in an archive.
 struct Entry {
     std::string name;

@@ -12,8 +12,6 @@ namespace {
 using nlohmann::json;
 using testing::IsSubstring;
 
-const std::string house = dataFile("house.ifc");
-
 TEST(Info, JsonHasOneShape) {
     json found = json::parse(runTool({"info", "--json", house}).out);
     EXPECT_GT(found["peak_bytes"].get<std::uint64_t>(), 1'000'000u);

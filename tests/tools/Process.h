@@ -36,5 +36,7 @@ std::filesystem::path makeModel(const std::string& name, std::string_view instan
 
 /// A file of the tests' own.
 inline std::string dataFile(const std::string& name) { return VNIFC_TEST_DATA "/data/" + name; }
+/// The model that most of them look at.
+inline const std::string house = dataFile("house.ifc");
 
 } // namespace vnifc::test

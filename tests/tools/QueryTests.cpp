@@ -12,8 +12,6 @@ namespace {
 using nlohmann::json;
 using testing::IsSubstring;
 
-const std::string house = dataFile("house.ifc");
-
 /// One instance of every kind of value.
 std::string kindsFile() {
     static const std::string file = makeModel(

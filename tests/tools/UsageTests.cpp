@@ -14,8 +14,6 @@ namespace {
 
 using testing::IsSubstring;
 
-const std::string house = dataFile("house.ifc");
-
 TEST(Usage, ExitCodeSaysWhoIsAtFault) {
     const std::string broken = makeModel("broken.ifc", "#1=IFCWALL(;\n");
     const std::string noModel = makeFile("letter.txt", "Dear reader,\n");

@@ -29,7 +29,7 @@ std::string nameOf(const VnIfcVariantType& type) {
     return {name.begin(), name.end()};
 }
 
-std::string print(const VnIfcVariant& value, StringFormat format) {
+std::string printed(const VnIfcVariant& value, StringFormat format) {
     VrString text;
     return value.toString(text, format) ? std::string(text.view()) : "?";
 }
@@ -135,7 +135,7 @@ TEST_F(Descriptors, EnumerationsConvertToTextAndCode) {
         }
     }
     EXPECT_EQ(unset.get<IfcAssemblyPlaceEnum>()->code(), 3u);
-    EXPECT_EQ(print(factory, StringFormat::kExchange), "FACTORY");
+    EXPECT_EQ(printed(factory, StringFormat::kExchange), "FACTORY");
     VrString printed("before");
     EXPECT_TRUE(unset.toString(printed));
     EXPECT_TRUE(printed.isEmpty());
@@ -168,7 +168,7 @@ TEST_F(Descriptors, SelectsConvertByTheirChosenMember) {
     EXPECT_EQ(*shared.get<IfcUnit*>(), *result.get<IfcUnit*>());
     for (const VnIfcVariant& refused : {VnIfcVariant(wall), VnIfcVariant(VnDbObjectId()), VnIfcVariant("IfcNamedUnit"),
                                         VnIfcVariant(IfcSimpleValue())})
-        EXPECT_FALSE(refused.convertTo(Desc<IfcUnit>::value(), result)) << print(refused, StringFormat::kExchange);
+        EXPECT_FALSE(refused.convertTo(Desc<IfcUnit>::value(), result)) << printed(refused, StringFormat::kExchange);
     EXPECT_TRUE(result == shared);
     unset.setHandle(unit);
     EXPECT_TRUE(VnIfcVariant(unset).convertTo(Desc<VnDbObjectId>::value(), result));
@@ -193,15 +193,15 @@ TEST_F(Descriptors, SelectsConvertByTheirChosenMember) {
     EXPECT_TRUE(VnIfcVariant(label).convertTo(Desc<VnIfcSelect*>::value(), result));
     EXPECT_EQ((*result.get<VnIfcSelect*>())->text(), "it's");
 
-    EXPECT_EQ(print(label, StringFormat::kPlain), "it's");
-    EXPECT_EQ(print(label, StringFormat::kExchange), "IFCLABEL('it''s')");
-    EXPECT_EQ(print(&real, StringFormat::kExchange), "IFCLENGTHMEASURE(2.5)");
-    EXPECT_EQ(print(style, StringFormat::kPlain), "NULL");
-    EXPECT_EQ(print(noStyle, StringFormat::kPlain), "");
-    EXPECT_EQ(print(angle, StringFormat::kPlain), "(1,2,3)");
-    EXPECT_EQ(print(unset, StringFormat::kPlain), "#1");
-    EXPECT_EQ(print(IfcUnit(), StringFormat::kExchange), "$");
-    EXPECT_EQ(print(static_cast<IfcUnit*>(nullptr), StringFormat::kPlain), "?");
+    EXPECT_EQ(printed(label, StringFormat::kPlain), "it's");
+    EXPECT_EQ(printed(label, StringFormat::kExchange), "IFCLABEL('it''s')");
+    EXPECT_EQ(printed(&real, StringFormat::kExchange), "IFCLENGTHMEASURE(2.5)");
+    EXPECT_EQ(printed(style, StringFormat::kPlain), "NULL");
+    EXPECT_EQ(printed(noStyle, StringFormat::kPlain), "");
+    EXPECT_EQ(printed(angle, StringFormat::kPlain), "(1,2,3)");
+    EXPECT_EQ(printed(unset, StringFormat::kPlain), "#1");
+    EXPECT_EQ(printed(IfcUnit(), StringFormat::kExchange), "$");
+    EXPECT_EQ(printed(static_cast<IfcUnit*>(nullptr), StringFormat::kPlain), "?");
 }
 
 TEST_F(Descriptors, SelectsAreHeldByValueAndComparedByContent) {

@@ -171,9 +171,9 @@ public:
 private:
     void writeTable(std::string_view name, const std::vector<std::uint32_t>& members) {
         CsvFile file(m_folder.file(name));
-        const std::vector<Column> columns = columnsOf(*m_state.classOf(m_roster.instance(members.front())));
+        const std::vector<TableColumn> columns = columnsOf(*m_state.classOf(m_roster.instance(members.front())));
         file.text("instance_id");
-        for (const Column& column : columns)
+        for (const TableColumn& column : columns)
             file.text(column.name);
         file.endRow();
         RowReader reader(m_state, m_cells, true);

@@ -29,23 +29,23 @@ bool isListOfInstances(const VnIfcParameterType* type) {
     return element && element->kind() == VnTypeCodeKind::kEntity;
 }
 
-Column::Kind kindOf(const AttributeInfo& attribute) {
+TableColumn::Kind kindOf(const AttributeInfo& attribute) {
     switch (attribute.row->kind) {
     case AttributeKind::kReal:
-        return Column::Kind::kReal;
+        return TableColumn::Kind::kReal;
     case AttributeKind::kInteger:
     case AttributeKind::kBoolean:
     case AttributeKind::kLogical:
-        return Column::Kind::kInteger;
+        return TableColumn::Kind::kInteger;
     case AttributeKind::kReference:
-        return Column::Kind::kReference;
+        return TableColumn::Kind::kReference;
     case AttributeKind::kSelect:
-        return holdsOnlyInstances(typed::selectClassOf(*attribute.row)) ? Column::Kind::kReference
-                                                                        : Column::Kind::kSelect;
+        return holdsOnlyInstances(typed::selectClassOf(*attribute.row)) ? TableColumn::Kind::kReference
+                                                                        : TableColumn::Kind::kSelect;
     case AttributeKind::kAggregate:
-        return isListOfInstances(attribute.type) ? Column::Kind::kTargets : Column::Kind::kJson;
+        return isListOfInstances(attribute.type) ? TableColumn::Kind::kTargets : TableColumn::Kind::kJson;
     default:
-        return Column::Kind::kText;
+        return TableColumn::Kind::kText;
     }
 }
 
@@ -103,14 +103,14 @@ struct JsonMaker {
 
 void appendJson(std::string& json, const Value& value) { value.visit(JsonMaker{json}); }
 
-std::vector<Column> columnsOf(const ClassInfo& info) {
-    std::vector<Column> columns;
+std::vector<TableColumn> columnsOf(const ClassInfo& info) {
+    std::vector<TableColumn> columns;
     for (const AttributeInfo& attribute : info.attributes) {
         if (attribute.isDerived)
             continue;
         columns.push_back({attribute.row->name, kindOf(attribute), &attribute});
-        if (columns.back().kind == Column::Kind::kSelect)
-            columns.push_back({columns.back().name + "_type", Column::Kind::kType, &attribute});
+        if (columns.back().kind == TableColumn::Kind::kSelect)
+            columns.push_back({columns.back().name + "_type", TableColumn::Kind::kType, &attribute});
     }
     return columns;
 }
@@ -123,12 +123,12 @@ std::string& RowReader::buffer() {
     return result;
 }
 
-void RowReader::read(const VnIfcEntityBase& instance, const std::vector<Column>& columns) {
+void RowReader::read(const VnIfcEntityBase& instance, const std::vector<TableColumn>& columns) {
     // Each cell takes one buffer at most; they must not move while the row is being made.
     if (m_buffers.size() < columns.size())
         m_buffers.resize(columns.size());
     m_used = 0;
-    for (const Column& column : columns)
+    for (const TableColumn& column : columns)
         cell(instance, column);
     if (!instance.objectId().slot()->has(VnIfcInstanceSlot::kHasKept))
         return;
@@ -137,9 +137,9 @@ void RowReader::read(const VnIfcEntityBase& instance, const std::vector<Column>&
         m_sink.kept(position < info.attributes.size() ? info.attributes[position].row->name : "", text);
 }
 
-void RowReader::cell(const VnIfcEntityBase& instance, const Column& column) {
+void RowReader::cell(const VnIfcEntityBase& instance, const TableColumn& column) {
     const typed::AttributeRow& row = *column.attribute->row;
-    if (column.kind == Column::Kind::kType)
+    if (column.kind == TableColumn::Kind::kType)
         return typeOf(fieldOf<typed::Select>(instance, row));
     switch (row.kind) {
     case AttributeKind::kString:
@@ -176,7 +176,7 @@ void RowReader::cell(const VnIfcEntityBase& instance, const Column& column) {
         return select(instance, column);
     case AttributeKind::kAggregate: {
         const auto& elements = fieldOf<VnIfcAggr>(instance, row);
-        if (column.kind == Column::Kind::kTargets && !m_targetsAsJson)
+        if (column.kind == TableColumn::Kind::kTargets && !m_targetsAsJson)
             return m_sink.targets(column, elements);
         const Value value = valueOf(m_state, instance, row, column.attribute);
         if (value.isNull())
@@ -198,7 +198,7 @@ void RowReader::exchangeText(std::string_view text) {
     m_sink.text(vnDecodeText(text, buffer()));
 }
 
-void RowReader::reference(const VnDbObjectId& handle, const Column& column) {
+void RowReader::reference(const VnDbObjectId& handle, const TableColumn& column) {
     if (handle.isNull())
         return m_sink.null();
     if (handle.openObject())
@@ -207,7 +207,7 @@ void RowReader::reference(const VnDbObjectId& handle, const Column& column) {
     m_sink.kept(column.name, '#' + std::to_string(handle.number()));
 }
 
-void RowReader::select(const VnIfcEntityBase& instance, const Column& column) {
+void RowReader::select(const VnIfcEntityBase& instance, const TableColumn& column) {
     const auto& value = fieldOf<typed::Select>(instance, *column.attribute->row);
     if (!value.hasValue())
         return m_sink.null();

@@ -8,7 +8,7 @@
 namespace vnifc::detail {
 
 /// A column of an entity's table.
-struct Column {
+struct TableColumn {
     enum class Kind : std::uint8_t {
         kInteger,
         kReal,
@@ -26,7 +26,7 @@ struct Column {
 };
 
 /// The columns of an entity beside its number, in their order.
-std::vector<Column> columnsOf(const ClassInfo& info);
+std::vector<TableColumn> columnsOf(const ClassInfo& info);
 
 /// Takes the cells of a row, one after the other.
 class CellSink {
@@ -39,7 +39,7 @@ public:
     /// A value in JSON; valid until the row has ended.
     virtual void json(std::string_view text) = 0;
     /// A list of instances, when targetsAsJson is false.
-    virtual void targets(const Column&, const VN_SDAI::VnIfcAggr&) {}
+    virtual void targets(const TableColumn&, const VN_SDAI::VnIfcAggr&) {}
     /// What an attribute could not take, and references to what is not there.
     virtual void kept(std::string_view attribute, std::string_view text) = 0;
 
@@ -53,13 +53,13 @@ public:
     RowReader(ModelState& state, CellSink& sink, bool targetsAsJson)
         : m_state(state), m_sink(sink), m_targetsAsJson(targetsAsJson) {}
 
-    void read(const VN_SDAI::VnIfcEntityBase& instance, const std::vector<Column>& columns);
+    void read(const VN_SDAI::VnIfcEntityBase& instance, const std::vector<TableColumn>& columns);
 
 private:
-    void cell(const VN_SDAI::VnIfcEntityBase& instance, const Column& column);
-    void reference(const VN_SDAI::VnDbObjectId& handle, const Column& column);
+    void cell(const VN_SDAI::VnIfcEntityBase& instance, const TableColumn& column);
+    void reference(const VN_SDAI::VnDbObjectId& handle, const TableColumn& column);
     void exchangeText(std::string_view text);
-    void select(const VN_SDAI::VnIfcEntityBase& instance, const Column& column);
+    void select(const VN_SDAI::VnIfcEntityBase& instance, const TableColumn& column);
     void typeOf(const VN_SDAI::typed::Select& value);
     std::string& buffer();
 

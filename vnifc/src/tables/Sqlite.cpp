@@ -110,15 +110,15 @@ constexpr const char* kViews =
 
 std::string identifier(std::string_view name) { return '"' + std::string(name) + '"'; }
 
-const char* sqlTypeOf(Column::Kind kind) noexcept {
+const char* sqlTypeOf(TableColumn::Kind kind) noexcept {
     switch (kind) {
-    case Column::Kind::kInteger:
+    case TableColumn::Kind::kInteger:
         return " INTEGER";
-    case Column::Kind::kReal:
+    case TableColumn::Kind::kReal:
         return " REAL";
-    case Column::Kind::kReference:
+    case TableColumn::Kind::kReference:
         return " INTEGER REFERENCES instances(instance_id)";
-    case Column::Kind::kSelect:
+    case TableColumn::Kind::kSelect:
         return "";
     default:
         return " TEXT";
@@ -174,7 +174,7 @@ public:
     void real(double value) override { m_row->real(value); }
     void text(std::string_view utf8) override { m_row->text(utf8); }
     void json(std::string_view text) override { m_row->text(text); }
-    void targets(const Column& column, const VnIfcAggr& elements) override {
+    void targets(const TableColumn& column, const VnIfcAggr& elements) override {
         Insertion& list = (*m_lists)[m_list++];
         std::int64_t position = 0;
         for (const VnDbObjectId& handle : static_cast<const VnIfcAggrOf<VnDbObjectId>&>(elements)) {
@@ -258,14 +258,14 @@ private:
     }
 
     void writeTable(std::string_view name, const std::vector<std::uint32_t>& members, SqlCells& cells) {
-        const std::vector<Column> columns = columnsOf(*m_state.classOf(m_roster.instance(members.front())));
+        const std::vector<TableColumn> columns = columnsOf(*m_state.classOf(m_roster.instance(members.front())));
         const std::string table = identifier(name);
         std::string sql = "CREATE TABLE " + table + "(instance_id INTEGER PRIMARY KEY REFERENCES instances";
         std::size_t count = 1;
         std::vector<Insertion> lists;
         std::string listTables;
-        for (const Column& column : columns) {
-            if (column.kind != Column::Kind::kTargets) {
+        for (const TableColumn& column : columns) {
+            if (column.kind != TableColumn::Kind::kTargets) {
                 sql += ", " + identifier(column.name) + sqlTypeOf(column.kind);
                 ++count;
                 continue;
