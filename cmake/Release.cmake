@@ -37,6 +37,10 @@ function(vnifc_add_release directory)
         list(APPEND sources Entities_${digits}.cpp)
     endforeach()
     list(TRANSFORM sources PREPEND "${generated}/src/")
+    # Only the classes of entities have names of their own for all that a source keeps to itself.
+    set(alone ${sources})
+    list(FILTER alone EXCLUDE REGEX "/Entities_")
+    set_source_files_properties(${alone} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 
     # Every header is named as an output, so that a changed schema rebuilds exactly what includes a changed header, in
     # the same run. Their names follow from the schema's text, before expgen is built.
@@ -57,7 +61,7 @@ function(vnifc_add_release directory)
 
     add_library(${module} SHARED ${sources})
     add_library(vnifc::${module} ALIAS ${module})
-    set_target_properties(${module} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${VNIFC_SOVERSION} UNITY_BUILD OFF)
+    set_target_properties(${module} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${VNIFC_SOVERSION})
     target_compile_definitions(${module} PRIVATE VN${name}_BUILD)
     target_include_directories(${module}
         PUBLIC
