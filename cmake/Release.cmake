@@ -61,7 +61,8 @@ function(vnifc_add_release directory)
 
     add_library(${module} SHARED ${sources})
     add_library(vnifc::${module} ALIAS ${module})
-    set_target_properties(${module} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${VNIFC_SOVERSION})
+    set_target_properties(${module} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${VNIFC_SOVERSION}
+        UNITY_BUILD_BATCH_SIZE 4)
     target_compile_definitions(${module} PRIVATE VN${name}_BUILD)
     target_include_directories(${module}
         PUBLIC

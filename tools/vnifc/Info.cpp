@@ -51,7 +51,7 @@ void printCounts(const char* title, const Population::Counts& counts) {
         fmt::print("{:>10}  {}\n", count, printable(name));
 }
 
-void printText(const std::string& name, const LoadedFile& file, const Population& population) {
+void printInfoText(const std::string& name, const LoadedFile& file, const Population& population) {
     printRow("file", printable(name));
     printRow("release", fmt::format("{} (module {})", file.release().name, file.release().module));
     printHeader(file.model().header());
@@ -63,7 +63,7 @@ void printText(const std::string& name, const LoadedFile& file, const Population
     printCounts("instances without a class, kept as text", population.withoutClass);
 }
 
-void printJson(const std::string& name, const LoadedFile& file, const Population& population) {
+void printInfoJson(const std::string& name, const LoadedFile& file, const Population& population) {
     Population::Counts types = population.entities;
     for (const auto& [keyword, count] : population.withoutClass)
         types[keyword] += count;
@@ -87,7 +87,7 @@ void printJson(const std::string& name, const LoadedFile& file, const Population
 ExitCode info(const ReadFlags& flags, bool json) {
     const LoadedFile file(flags);
     const Population population(file.model());
-    (json ? printJson : printText)(flags.file, file, population);
+    (json ? printInfoJson : printInfoText)(flags.file, file, population);
     return file.exitCode();
 }
 
