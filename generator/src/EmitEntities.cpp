@@ -300,6 +300,7 @@ std::set<std::string> classesFor(std::span<const Entity> entities) {
 
 std::string entitySource(std::span<const Entity> entities, const Target& target) {
     Writer out(target);
+    out.beginSource();
     out.include("entities/EntityTables.h");
     out.includeClass("AttributeProperties");
     out.line();

@@ -30,6 +30,7 @@ std::string header(const Enumeration& enumeration, const Target& target) {
 
 std::string enumerationSource(const Model& model, const Target& target) {
     Writer out(target);
+    out.beginSource();
     out.include("types/Descriptors.h");
     out.line();
     for (const Enumeration& enumeration : model.enumerations)

@@ -184,6 +184,7 @@ std::string selectSource(std::span<const Select> selects, const Target& target) 
         }
     }
     Writer out(target);
+    out.beginSource();
     out.include("types/Descriptors.h");
     out.line();
     for (const std::string& name : classes)
