@@ -130,7 +130,7 @@ TEST_P(Columns, EntitiesWithAttributesOfEachKind) {
         {"ifcpolyline", {"entity", "Points"}, {"IfcPolyline|[#1 #2]"}},
         {"IfcPropertySingleValue",
          {"Name", "NominalValue", "NominalValue_type", "Unit", "Unit_entity"},
-         {"a|EI 60|IFCLABEL|#8|IfcSIUnit", "b|UNKNOWN|IFCLOGICAL|-|-"}},
+         {"a|EI 60|IFCLABEL|#8|IfcSIUnit", "b|unknown|IFCLOGICAL|#99|-"}},
         {"IfcPropertyListValue", {"Name", "ListValues"}, {"c|[x 3]"}},
         {"IfcSurfaceOfLinearExtrusion", {"SweptCurve", "Depth"}, {"-|0.5"}},
         {"IfcNamedUnit", {"id", "entity", "UnitType"}, {"#8|IfcSIUnit|LENGTHUNIT"}},
