@@ -1,4 +1,5 @@
 #include "Bindings.h"
+#include "Rules.h"
 
 #include <vnifc/Facet.h>
 #include <vnifc/Relations.h>
@@ -269,6 +270,12 @@ void bindInstance(nb::module_& module) {
         "2.5))\n"
         ">>> p.NominalValue, p.typed(\"NominalValue\")\n"
         "(2.5, Typed('IFCLENGTHMEASURE', 2.5))");
+    type.def(
+        "derived", &derived, nb::arg("name"), nb::arg("rules") = true,
+        nb::sig("def derived(self, name: str, rules: Rules | str | os.PathLike[str] | bool = True) -> typing.Any"),
+        "The value of a derived attribute, computed by the rules of the schema: Rules, the path of a text, or True\n"
+        "for the one that is found. None when the text gives it no value or a limit is reached. An entity value\n"
+        "that the computation makes is a `Typed` with its attributes as a dict.");
     type.def("attributes", &attributes, nb::sig("def attributes(self) -> list[str]"),
              "The names of the explicit attributes, in the order of the schema.");
     type.def("as_dict", &asDict, nb::sig("def as_dict(self) -> dict[str, typing.Any]"),

@@ -1,6 +1,6 @@
 #include "Bindings.h"
+#include "Rules.h"
 
-#include <vnifc/Rules.h>
 #include <vnifc/Selector.h>
 
 #include <VnIfcCore/VnIfcCheck.h>
@@ -61,24 +61,8 @@ nb::object text(PyModel& self) {
     return textToPython(written);
 }
 
-/// The text that the argument `rules` stands for: None and False for none, True for the one that is found.
-std::optional<std::filesystem::path> textOfRules(nb::handle rules, std::string_view release) {
-    if (rules.is_none() || rules.is(Py_False))
-        return std::nullopt;
-    if (!rules.is(Py_True)) {
-        std::filesystem::path path;
-        if (!nb::try_cast(rules, path))
-            throw nb::type_error("rules: expected the path of a text, a bool or None");
-        return path;
-    }
-    if (auto found = Rules::find(release))
-        return found;
-    throw NotFound("there is no text of the rules of " + std::string(release) +
-                   " in the folder that VNIFC_RULES names, nor in vnifc/rules in the user's data folder");
-}
-
 PyFindings check(PyModel& self, nb::handle rules) {
-    const auto text = textOfRules(rules, self.shared->use().release());
+    const auto compiled = rulesFromPython(rules, self.shared->use().release());
     const Busy busy({self.shared.get()});
     Model& model = self.shared->owned();
     PyFindings result;
@@ -88,11 +72,10 @@ PyFindings check(PyModel& self, nb::handle rules) {
     check.run();
     result.errors = check.errors();
     result.warnings = check.warnings();
-    if (text) {
-        const Rules compiled = Rules::load(*text, *model.core().schema());
-        for (const Finding& remark : compiled.remarks())
+    if (compiled) {
+        for (const Finding& remark : compiled->remarks())
             add(remark);
-        result.errors += compiled.check(model, add).violations;
+        result.errors += compiled->check(model, add).violations;
     }
     return result;
 }
@@ -334,9 +317,9 @@ void bindReading(nb::class_<PyModel>& type) {
         "The release of the classes: ``\"IFC4\"``.");
     type.def_prop_ro("findings", &findings, "What was noticed while reading, in the order of the file.");
     type.def("check", &check, nb::arg("rules").none() = nb::none(),
-             nb::sig("def check(self, rules: str | os.PathLike[str] | bool | None = None) -> Findings"),
+             nb::sig("def check(self, rules: Rules | str | os.PathLike[str] | bool | None = None) -> Findings"),
              "Looks for all that is wrong with the instances: types, bounds, uniqueness, inverse attributes, and the\n"
-             "rules of the schema if there is its text: the path of one, or True for the one that is found.\n\n"
+             "rules of the schema if there is its text: Rules, the path of one, or True for the one that is found.\n\n"
              ">>> import vnifc\n"
              ">>> model = vnifc.create(\"IFC4\")\n"
              ">>> door = model.create(\"IfcRelDefinesByType\")\n"

@@ -1,4 +1,5 @@
 #include "Bindings.h"
+#include "Rules.h"
 
 NB_MODULE(_core, module) {
     using namespace vnifc::python;
@@ -6,6 +7,7 @@ NB_MODULE(_core, module) {
     bindErrors(module);
     bindFindings(module);
     bindInstance(module);
+    bindRules(module);
     bindModel(module);
     bindDiff(module);
 }

@@ -2,6 +2,8 @@
 
 from __future__ import annotations
 
+import importlib.util
+import shutil
 import subprocess
 import sys
 from pathlib import Path
@@ -58,6 +60,31 @@ def test_bulk_edit(folder: Path) -> None:
     new = vnifc.open(folder / "new.ifc")
     assert new[17].psets["Pset_DoorCommon"]["FireRating"] == "EI30"
     assert dict(new[16].psets["A"]) == {"IsÄußere": True, "U": 0.25}
+
+
+@pytest.mark.parametrize(("name", "module"), [("dask_properties", "dask"), ("spark_map_in_arrow", "pyspark")])
+def test_properties_of_a_folder(folder: Path, name: str, module: str) -> None:
+    pytest.importorskip(module)
+    if module == "pyspark" and shutil.which("java") is None:
+        pytest.skip("there is no Java")
+    (folder / "broken.ifc").unlink()
+    vnifc.create("IFC4").save(folder / "empty.ifc")
+    assert run(name, folder).strip() == f"Pset_WallCommon.FireRating {len(RELEASES)}"
+
+
+def test_portfolio(folder: Path) -> None:
+    (folder / "broken.ifc").unlink()
+    for path in folder.glob("*.ifc"):
+        model = vnifc.open(path)
+        area = model.create("IfcSIUnit", UnitType="AREAUNIT", Name="SQUARE_METRE")
+        model[7].Units = [*model[7].Units, area]
+        model.set_property(model[16], "Qto_WallBaseQuantities.NetSideArea", vnifc.Typed("IfcAreaMeasure", 2.5))
+        model.save(path)
+    vnifc.create("IFC4").save(folder / "empty.ifc")
+    expected = "Ground floor\tEI60\t4\t10.0\n"
+    assert run("portfolio", folder) == expected
+    if importlib.util.find_spec("pyspark") and shutil.which("java"):
+        assert run("portfolio", folder, "local[1]") == expected
 
 
 def test_strict_types() -> None:

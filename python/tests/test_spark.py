@@ -23,14 +23,14 @@ pytestmark = pytest.mark.filterwarnings("default")
 
 @pytest.fixture(scope="module")
 def spark() -> Iterator[Any]:
-    from vnifc.spark import VnifcDataSource
+    from vnifc.spark import register
 
     # Spark would take the python3 of the system, which has no such package.
     os.environ["PYSPARK_PYTHON"] = sys.executable
     builder = pyspark_sql.SparkSession.builder.master("local[2]").config("spark.ui.enabled", "false")
     session = builder.config("spark.sql.shuffle.partitions", "2").getOrCreate()
     session.sparkContext.setLogLevel("OFF")
-    session.dataSource.register(VnifcDataSource)
+    register(session)
     yield session
     session.stop()
 
@@ -78,3 +78,44 @@ def test_same_numbers_as_on_one_machine(spark: Any, folder: Path) -> None:
     models = [vnifc.open(path) for path in sorted(folder.glob("*.ifc"))]
     alone = sum(len(model.properties()) for model in models)
     assert read(spark, folder).count() == alone
+
+
+def test_columns_and_filters_reach_the_source(spark: Any, folder: Path) -> None:
+    assert read(spark, folder, columns="set, value").columns == ["file", "release", "set", "value"]
+    with pytest.raises(Exception, match="has no column nonsense"):
+        read(spark, folder, columns="nonsense")
+    # A file that cannot be read tells whether it was left out before it was read.
+    (folder / "broken.ifc").write_text("nothing")
+    for condition, expected in (
+        ("file = '01.ifc'", 1),
+        ("file IN ('01.ifc', '02.ifc', 'none.ifc')", 2),
+        ("file IN ('01.ifc', '02.ifc') AND file = '02.ifc'", 1),
+        ("file = 'none.ifc'", 0),
+    ):
+        assert read(spark, folder).where(condition).count() == expected, condition
+    (folder / "broken.ifc").unlink()
+    for options, condition, expected in (
+        ({}, "set = 'Pset_WallCommon'", 40),
+        ({}, "set = 'Pset_DoorCommon'", 0),
+        ({"sets": "Pset_WallCommon"}, "set = 'Pset_DoorCommon'", 0),
+        ({}, "set IN ('Pset_WallCommon', 'x') AND entity = 'IfcWall'", 40),
+        ({}, "entity = 'IfcElement'", 0),  # of its subtypes, which are none of it
+        ({}, "entity = 'IfcFacility'", 0),  # not in each release
+        ({"entity": "IfcWall"}, "entity = 'IfcDoor'", 0),
+        ({}, "set IS NULL OR name = 'FireRating'", 40),
+        ({"table": "relations"}, "entity = 'IfcRelAggregates'", 80),
+    ):
+        assert read(spark, folder, **options).where(condition).count() == expected, (options, condition)
+
+
+def test_only_what_a_filter_leaves_is_made(folder: Path) -> None:
+    datasource = pytest.importorskip("pyspark.sql.datasource")
+    if not hasattr(datasource, "EqualTo"):
+        pytest.skip("a Spark without filters for sources in Python")
+    from vnifc.spark import _FilteringReader
+
+    reader = _FilteringReader({"path": str(folder)}, [], None)
+    filters = [datasource.EqualTo(("file",), "01.ifc"), datasource.EqualTo(("set",), "Pset_DoorCommon")]
+    assert reader.pushFilters(filters) == filters
+    assert [partition.paths for partition in reader.partitions()] == [[str(folder / "01.ifc")]]
+    assert len(reader._rows(vnifc.open(folder / "01.ifc"), "properties")) == 0

@@ -1,8 +1,8 @@
 """Models as a data source of Spark 4.
 
-    from vnifc.spark import VnifcDataSource
+    import vnifc.spark
 
-    spark.dataSource.register(VnifcDataSource)
+    vnifc.spark.register(spark)
     frame = spark.read.format("vnifc").option("table", "properties").load("models/*.ifc")
 
 Options:
@@ -13,13 +13,17 @@ Options:
     Of properties and quantities: those of objects of an entity, in sets of these names (separated by commas), alone.
 ``columns``
     Of an entity's table: attributes and facets, separated by commas. They are needed, since releases differ in theirs.
+    Of other tables: those that are wanted, all of them otherwise. Spark does not tell a source in Python which columns
+    a query uses.
 ``onError``
     ``fail`` (the default): a file that cannot be read ends the job. ``skip``: it has no rows; the table ``findings``
     has a row of the code ``unreadable`` for it in any case.
 ``partitionBytes``
     So many bytes of files make a partition (64 MB); larger files have one of their own.
 
-Every row begins with ``file`` and ``release``. Of Spark itself nothing is imported but when Spark asks.
+Every row begins with ``file`` and ``release``. With Spark 4.1 and later, `register` lets the source see the filters of
+a query: ``file = ...`` and ``file IN (...)`` choose the files to read, the same on ``set`` and ``entity = ...`` what is
+made of properties, quantities and relations. Of Spark itself nothing is imported but when Spark asks.
 """
 
 from __future__ import annotations
@@ -59,14 +63,40 @@ class VnifcDataSource(DataSource):
 
     def schema(self) -> str:
         table = self.options.get("table", "properties")
-        columns = _FIXED.get(table)
-        if columns is None:
-            named = [each.strip() for each in self.options.get("columns", "").split(",") if each.strip()]
+        named = _names(self.options.get("columns", ""))
+        if table not in _FIXED:
             columns = ", ".join(["id bigint", "entity string", *(f"`{each}` string" for each in named)])
+        elif named:
+            known = dict(each.split(" ") for each in _FIXED[table].split(", "))
+            for each in named:
+                if each not in known:
+                    raise vnifc.NotFound(f"the table {table} has no column {each}: expected {', '.join(known)}")
+            columns = ", ".join(f"{each} {known[each]}" for each in named)
+        else:
+            columns = _FIXED[table]
         return "file string, release string, " + columns
 
     def reader(self, schema: Any) -> _Reader:
         return _Reader(dict(self.options), [field.name for field in schema.fields], schema)
+
+
+class _FilteringDataSource(VnifcDataSource):
+    """As a class of its own, since Spark refuses readers that take filters where that is off."""
+
+    def reader(self, schema: Any) -> _Reader:
+        return _FilteringReader(dict(self.options), [field.name for field in schema.fields], schema)
+
+
+def register(spark: Any) -> None:
+    """Makes ``vnifc`` a format of the session and, with Spark 4.1 and later, lets it see the filters of queries."""
+    takes_filters = hasattr(DataSourceReader, "pushFilters")
+    if takes_filters:
+        spark.conf.set("spark.sql.python.filterPushdown.enabled", "true")
+    spark.dataSource.register(_FilteringDataSource if takes_filters else VnifcDataSource)
+
+
+def _names(text: str) -> list[str]:
+    return [each.strip() for each in text.split(",") if each.strip()]
 
 
 class _Reader(DataSourceReader):
@@ -74,11 +104,17 @@ class _Reader(DataSourceReader):
         self.options = {key.lower(): value for key, value in options.items()}
         self.names = names
         self.schema = schema
+        # What the filters of a query leave; None: everything.
+        self.files: set[str] | None = None
+        self.sets: set[str] | None = None
+        self.entity: str | None = None
 
     def partitions(self) -> Sequence[InputPartition]:
         paths = sorted(self._files(), key=lambda path: (-os.path.getsize(path), path))
         if not paths:
             raise vnifc.ReadError(f"there is no file {self.options.get('path', '')}")
+        if self.files is not None:
+            paths = [path for path in paths if os.path.basename(path) in self.files]
         wanted = int(self.options.get("partitionbytes", 64 << 20))
         packed: list[list[str]] = []
         room = 0
@@ -100,7 +136,8 @@ class _Reader(DataSourceReader):
 
         from pyspark.sql.pandas.types import to_arrow_schema
 
-        assert isinstance(partition, _Files)
+        if not isinstance(partition, _Files):
+            return  # there are none
         target = to_arrow_schema(self.schema)
         for path in partition.paths:
             release, table = self._table(path)
@@ -126,17 +163,49 @@ class _Reader(DataSourceReader):
             if self.options.get("onerror", "fail") == "fail":
                 raise
             return None, None
-        entity = self.options.get("entity")
-        sets = [each.strip() for each in self.options.get("sets", "").split(",") if each.strip()]
+        try:
+            return model.release, self._rows(model, kind)
+        except vnifc.NotFound:
+            if self.entity is None:
+                raise
+            return None, None  # the query asks for an entity that this release does not have
+
+    def _rows(self, model: vnifc.Model, kind: str) -> Any:
+        entity = self.options.get("entity") or self.entity
+        sets = _names(self.options.get("sets", ""))
+        if self.sets is not None:
+            sets = [each for each in sets if each in self.sets] if sets else sorted(self.sets)
+            if not sets:
+                return None
         if kind == "findings":
-            return model.release, model.findings
+            return model.findings
         if kind == "properties":
-            return model.release, model.properties(entity, sets)
+            return model.properties(entity, sets)
         if kind == "quantities":
-            return model.release, model.quantities(entity, sets)
+            return model.quantities(entity, sets)
         if kind == "relations":
-            return model.release, model.relations(entity)
-        return model.release, model.table(kind, columns=[each for each in self.names[4:]] or ["id"])
+            return model.relations(entity)
+        return model.table(kind, columns=[each for each in self.names[4:]] or ["id"])
+
+
+class _FilteringReader(_Reader):
+    def pushFilters(self, filters: list[Any]) -> list[Any]:  # noqa: N802
+        table = self.options.get("table", "properties")
+        for each in filters:
+            kind, column = type(each).__name__, getattr(each, "attribute", ())
+            if kind not in ("EqualTo", "In"):
+                continue
+            values = {each.value} if kind == "EqualTo" else set(each.value)
+            if column == ("file",):
+                self.files = values if self.files is None else self.files & values
+            elif column == ("set",) and table in ("properties", "quantities"):
+                self.sets = values if self.sets is None else self.sets & values
+            elif column == ("entity",) and len(values) == 1 and table in ("properties", "quantities", "relations"):
+                # One that the options name goes first.
+                if not self.options.get("entity"):
+                    (self.entity,) = values
+        # Spark applies all of them once more: an entity comes with its subtypes.
+        return filters
 
 
 def _plain(column: Any) -> Any:
