@@ -56,7 +56,7 @@ set_tests_properties(install.other_version PROPERTIES FIXTURES_REQUIRED installe
 find_program(PKG_CONFIG pkg-config)
 if(PKG_CONFIG)
     add_test(NAME install.pkg_config
-        COMMAND "${consumers}/pkg_config.sh" "${PKG_CONFIG}" "${CMAKE_CXX_COMPILER}" "${prefix}"
+        COMMAND "${consumers}/pkg_config.sh" "${PKG_CONFIG}" "${CMAKE_CXX_COMPILER} ${CMAKE_CXX_FLAGS}" "${prefix}"
             "${CMAKE_INSTALL_LIBDIR}" "${consumers}/components/version.cpp" "${PROJECT_VERSION}")
     set_tests_properties(install.pkg_config PROPERTIES FIXTURES_REQUIRED installed)
 endif()
