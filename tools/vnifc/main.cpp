@@ -147,6 +147,23 @@ void addCheck(CLI::App& app, Task& task) {
     command->callback([&task, options] { task = [options] { return check(*options, *options); }; });
 }
 
+void addReport(CLI::App& app, Task& task) {
+    struct Options : ReadFlags {
+        std::string target;
+        std::string rules;
+    };
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("report", "Write a page that shows what is in a file, for a browser");
+    command->footer("Example:\n  vnifc report house.ifc -o house.html");
+    addReadFlags(*command, *options);
+    command->add_option("-o,--output", options->target,
+                        "page to write; - is standard output; by default the file's name with .html")
+        ->option_text("REPORT.html");
+    addRulesOption(*command, options->rules);
+    command->callback(
+        [&task, options] { task = [options] { return reportFile(*options, options->target, options->rules); }; });
+}
+
 void addConvert(CLI::App& app, Task& task) {
     struct Options : ReadFlags, ConvertFlags {
         std::string target;
@@ -170,6 +187,7 @@ void addSchema(CLI::App& app, Task& task) {
     struct Options {
         std::string release;
         std::string name;
+        std::string folder;
         bool json = false;
     };
     const auto options = std::make_shared<Options>();
@@ -177,9 +195,19 @@ void addSchema(CLI::App& app, Task& task) {
     command->footer("Example:\n  vnifc schema IfcWall --schema IFC2X3");
     addReleaseOption(*command, options->release, "release; the newest by default");
     command->add_option("NAME", options->name, "an entity or a type, in any case; everything by default");
+    command
+        ->add_option("--html", options->folder,
+                     "write index.html with the whole dictionary, for a browser, into this folder")
+        ->option_text("FOLDER")
+        ->excludes("NAME");
     command->add_flag("--json", options->json, "print JSON, in the order in which the dictionary was built");
     command->callback(
-        [&task, options] { task = [options] { return schema(options->release, options->name, options->json); }; });
+        [&task, options] {
+            task = [options] {
+                return options->folder.empty() ? schema(options->release, options->name, options->json)
+                                               : schemaPage(options->release, options->folder);
+            };
+        });
 }
 
 /// For the build, which installs what it writes: man pages and completion cannot differ from the commands.
@@ -228,6 +256,7 @@ int run(int argc, char** argv) {
     addProps(app, task);
     addEdit(app, task);
     addCheck(app, task);
+    addReport(app, task);
     addConvert(app, task);
     addSchema(app, task);
     addSelectingCommands(app, task);
