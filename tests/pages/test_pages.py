@@ -98,6 +98,9 @@ class Pages(unittest.TestCase):
         before = browser.evaluate("document.querySelectorAll('#structure details').length")
         browser.evaluate("document.querySelectorAll('#structure details:not([open])').forEach((each) => each.open = true)")
         browser.wait(f"document.querySelectorAll('#structure details').length > {before}")
+        # Elements come as soon as the objects are there, also where the tree was open before.
+        browser.wait("[...document.querySelectorAll('#structure summary')].some((each) => each.innerText.startsWith('IfcWall'))")
+        self.assertNotIn("Unpacking", self.text_of("#structure"))
         # Search, by keyboard: the first result opens, Escape closes it.
         self.assertRegex(self.search("wall"), r"^\d+ objects? found")
         browser.evaluate("document.querySelector('#results button').focus()")

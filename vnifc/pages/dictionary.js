@@ -13,6 +13,9 @@ function linked(name) {
     return record ? element("a", { href: `#${record.name}` }, record.name) : element("span", null, name);
 }
 
+/** A name that the dictionary has in small letters, as those of enumerations, in the form that files have. */
+const inOneForm = (name) => (name === name.toLowerCase() ? name.toUpperCase() : name);
+
 /** The text of a type, of which the last word is the name of another declaration: "set [1:?] of IfcWall". */
 function linkedType(text) {
     const at = text.lastIndexOf(" ") + 1;
@@ -75,7 +78,7 @@ function entityParts(record) {
             return [element("h3", null, heading), table(["Attribute", isInverse ? "Entity" : "Type", isInverse ? "By its" : ""], rows)];
         });
         if (tables.length > 0)
-            parts.push(part(title, ...tables));
+            parts.push(part(title, element("div", { className: "aligned" }, ...tables)));
     }
     return parts;
 }
@@ -152,7 +155,7 @@ function search() {
 
 async function start() {
     const data = await dataOf("dictionary");
-    records = data.records.sort(isBefore);
+    records = data.records.map((record) => ({ ...record, name: inOneForm(record.name) })).sort(isBefore);
     for (const record of records)
         known.set(record.name.toUpperCase(), record);
     byId("title").textContent = `${data.release} dictionary`;

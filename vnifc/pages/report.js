@@ -10,9 +10,9 @@ function bars(rows, whole, figure) {
     for (const [label, number, tip] of rows) {
         const fill = element("span", { className: "fill" });
         fill.style.width = `${whole > 0 ? (100 * number) / whole : 0}%`;
-        chart.append(element("span", { className: "name" }, label),
+        chart.append(element("div", { className: "row" }, element("span", { className: "name" }, label),
             element("span", { className: figure ? "track whole" : "track", "aria-hidden": "true", title: tip ?? "" }, fill),
-            element("span", { className: "number" }, figure ? figure(number) : count(number)));
+            element("span", { className: "number" }, figure ? figure(number) : count(number))));
     }
     return chart;
 }
@@ -156,7 +156,9 @@ class Objects {
     }
 }
 
-let objects = null; // as soon as the details are unpacked
+let objects = null; // until the details are unpacked
+let setUnpacked;
+const unpacked = new Promise((resolve) => { setUnpacked = resolve; });
 
 /** A button that shows an instance; text alone where the page does not have it. */
 function link(id, withType) {
@@ -221,10 +223,13 @@ function showFile(overview) {
     byId("made").textContent = `Made by ${overview.program}. This page holds all of its data and asks no network for any.`;
 }
 
-/** The elements of a node by type, each group to be opened. */
+/** The elements of a node by type, each group to be opened; what is asked for too early comes later. */
 function elementGroups(place) {
-    if (!objects)
-        return [nothing("Still unpacking the objects; open this again in a moment.")];
+    if (!objects) {
+        const waiting = element("li", { className: "faint" }, "Unpacking the objects …");
+        unpacked.then(() => waiting.replaceWith(...elementGroups(place)));
+        return [waiting];
+    }
     const groups = new Map();
     let id = 0;
     for (const step of objects.data.elements[place]) {
@@ -351,6 +356,7 @@ async function start() {
     showQuantities(overview);
     showClassifications(overview);
     objects = new Objects(await dataOf("details"));
+    setUnpacked();
     const input = byId("search");
     input.disabled = false;
     input.form.addEventListener("submit", (event) => {
