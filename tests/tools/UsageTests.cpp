@@ -24,13 +24,21 @@ TEST(Usage, ExitCodeSaysWhoIsAtFault) {
         std::string message;
     } cases[] = {
         {{}, 2, "subcommand"},
-        {{"bogus"}, 2, "subcommand"},
+        {{"bogus"}, 2, "vnifc: expected a command, found \"bogus\""},
+        {{"chekc", house}, 2, "did you mean check?"},
+        {{"e", house}, 2, "which may be edit or extract or export"},
+        {{"report", "-"}, 2, "expected -o"},
+        {{"report", house, "-o", nowhere}, 3, "vnifc: cannot write " + nowhere},
+        {{"report", house, "--rules", nowhere}, 3, nowhere},
+        {{"schema", "IfcWall", "--html", nowhere}, 2, "--html"},
+        {{"schema", "--html", house}, 3, "cannot make the folder"},
         {{"info"}, 2, "FILE"},
         {{"info", house, "extra"}, 2, "extra"},
         {{"info", house, "--bogus"}, 2, "--bogus"},
         {{"info", house, "--threads", "0"}, 2, "--threads"},
         {{"rewrite", house}, 2, "OUT"},
-        {{"schema", "IfcGardenGnome"}, 2, "IfcGardenGnome"},
+        {{"schema", "IfcGardenGnome"}, 4, "IfcGardenGnome"},
+        {{"schema", "ifcwal"}, 4, "did you mean IfcWall?"},
         {{"info", nowhere}, 3, nowhere},
         {{"info", scratch().string()}, 3, "directory"},
         {{"info", "--json", noModel}, 3, noModel},
@@ -43,6 +51,9 @@ TEST(Usage, ExitCodeSaysWhoIsAtFault) {
         const Outcome outcome = runTool(arguments);
         EXPECT_EQ(outcome.exitCode, exitCode);
         EXPECT_PRED_FORMAT2(IsSubstring, message, outcome.err);
+        if (exitCode != 1) {
+            EXPECT_TRUE(outcome.err.starts_with("vnifc: ")) << outcome.err;
+        }
         EXPECT_EQ(outcome.out, "");
     }
     EXPECT_EQ(runTool({"info", broken}).exitCode, 1);

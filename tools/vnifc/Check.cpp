@@ -243,7 +243,7 @@ ExitCode check(const ReadFlags& flags, const CheckOptions& options) {
         result = checkRules(*rules, file.model(), flags, options.rules, report);
         report.addSummary(*rules, result);
     } else if (!flags.quiet) {
-        say("vnifc: rules are not checked; " + howToHaveRules(file.model()));
+        say("rules are not checked; " + howToHaveRules(file.model()));
     }
     report.end();
     return report.hasErrors() ? kErrorsInFile : kSuccess;

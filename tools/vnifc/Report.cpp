@@ -44,7 +44,7 @@ ExitCode reportFile(const ReadFlags& flags, const std::string& target, const std
                             }});
     const std::optional<Rules> rules = rulesFor(file.model(), rulesText);
     if (!rules && !flags.quiet)
-        say("vnifc: rules are not checked; " + howToHaveRules(file.model()));
+        say("rules are not checked; " + howToHaveRules(file.model()));
     const std::filesystem::path path = flags.file;
     options.title = isStandardInput ? "standard input" : path.filename().string();
     options.reading = reading;
@@ -60,7 +60,7 @@ ExitCode reportFile(const ReadFlags& flags, const std::string& target, const std
     const std::filesystem::path output = target.empty() ? path.filename().replace_extension(".html") : std::filesystem::path(target);
     writePage(output, page);
     if (!flags.quiet)
-        say(fmt::format("vnifc: wrote {} ({} bytes)", output.string(), page.size()));
+        say(fmt::format("wrote {} ({} bytes)", output.string(), page.size()));
     return exitCode;
 }
 
