@@ -39,6 +39,9 @@ TEST(Usage, ExitCodeSaysWhoIsAtFault) {
         {{"rewrite", house}, 2, "OUT"},
         {{"schema", "IfcGardenGnome"}, 4, "IfcGardenGnome"},
         {{"schema", "ifcwal"}, 4, "did you mean IfcWall?"},
+        {{"find", house, "IfcWlal"}, 4, "did you mean IfcWall?"},
+        {{"export", house, "--type", "IfcWindoww"}, 4, "IfcWindow?"},
+        {{"show", house, "#99"}, 4, "#99"},
         {{"info", nowhere}, 3, nowhere},
         {{"info", scratch().string()}, 3, "directory"},
         {{"info", "--json", noModel}, 3, noModel},
@@ -52,7 +55,9 @@ TEST(Usage, ExitCodeSaysWhoIsAtFault) {
         EXPECT_EQ(outcome.exitCode, exitCode);
         EXPECT_PRED_FORMAT2(IsSubstring, message, outcome.err);
         if (exitCode != 1) {
-            EXPECT_TRUE(outcome.err.starts_with("vnifc: ")) << outcome.err;
+            // The last line: findings, which begin with their place, come before it.
+            const std::size_t end = outcome.err.rfind('\n', outcome.err.size() - 2);
+            EXPECT_EQ(outcome.err.substr(end == std::string::npos ? 0 : end + 1, 7), "vnifc: ");
         }
         EXPECT_EQ(outcome.out, "");
     }
@@ -141,6 +146,54 @@ TEST(Usage, ReaderThatLeavesEndsTheToolQuietly) {
     const int status = ::pclose(pipe);
     EXPECT_TRUE((WIFSIGNALED(status) && WTERMSIG(status) == SIGPIPE) || (WIFEXITED(status) && WEXITSTATUS(status) == 3))
         << status;
+}
+
+/// What a command prints on a terminal of 60 columns.
+std::string onTerminal(const std::string& environment, const std::string& arguments) {
+    const std::string command = "env -u NO_COLOR -u CLICOLOR -u CLICOLOR_FORCE TERM=xterm " + environment +
+                                " script -qec 'stty cols 60; exec " VNIFC_TOOL " " + arguments + "' /dev/null </dev/null";
+    std::FILE* pipe = ::popen(command.c_str(), "r");
+    std::string text;
+    char buffer[4096];
+    while (pipe && std::fgets(buffer, sizeof buffer, pipe))
+        text += buffer;
+    if (pipe)
+        ::pclose(pipe);
+    return text;
+}
+
+TEST(Usage, TerminalsHaveColoursBarsAndSeparatorsAndProgramsHaveNone) {
+    if (std::system("command -v script >/dev/null") != 0)
+        GTEST_SKIP() << "no command to have a terminal";
+    std::string instances;
+    for (int i = 1; i <= 1200; ++i)
+        instances += "#" + std::to_string(i) + "=IFCCARTESIANPOINT((0.,0.));\n";
+    const std::string file = makeModel("points.ifc", instances + "#1201=IFCGARDENGNOME();\n");
+    const std::string info = "info " + file;
+    const struct {
+        const char* environment;
+        std::string arguments;
+        bool hasColours;
+    } cases[] = {
+        {"", info, true},
+        {"NO_COLOR=1", info, false},
+        {"CLICOLOR=0", info, false},
+        {"TERM=dumb", info, false},
+        {"NO_COLOR=1", info + " --color always", true},
+        {"", "--color never " + info, false},
+    };
+    for (const auto& [environment, arguments, hasColours] : cases) {
+        SCOPED_TRACE(std::string(environment) + ' ' + arguments);
+        const std::string text = onTerminal(environment, arguments);
+        EXPECT_EQ(text.find("\x1b[1;33mwarning") != std::string::npos, hasColours) << text;
+        EXPECT_PRED_FORMAT2(IsSubstring, "1,200  IFCCARTESIANPOINT  ", text);
+        EXPECT_PRED_FORMAT2(IsSubstring, "▇▇▇▇▇▇▇▇▇▇", text);
+    }
+    const Outcome plain = runTool({"info", file});
+    EXPECT_PRED_FORMAT2(IsSubstring, "1200  IFCCARTESIANPOINT\n", plain.out);
+    EXPECT_EQ((plain.out + plain.err).find('\x1b'), std::string::npos);
+    EXPECT_NE(runTool({"info", file, "--color", "always"}).err.find("\x1b[1;33mwarning"), std::string::npos);
+    EXPECT_EQ(runTool({"info", file, "--color", "sometimes"}).exitCode, 2);
 }
 
 } // namespace

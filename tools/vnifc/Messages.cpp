@@ -42,7 +42,7 @@ std::string findingLine(const VN_SDAI::VnIfcDiagnostic& finding, bool isColoured
 
 std::string didYouMean(std::string_view name, std::span<const std::string_view> known) {
     const std::string_view similar = similarName(name, known);
-    return similar.empty() ? "" : "; did you mean " + std::string(similar) + '?';
+    return similar.empty() ? "" : " (did you mean " + std::string(similar) + "?)";
 }
 
 void sayFinding(const VN_SDAI::VnIfcDiagnostic& finding) {

@@ -20,7 +20,7 @@ std::string findingLine(const VN_SDAI::VnIfcDiagnostic& finding, bool isColoured
 /// The text, in UTF-8, with a question mark in place of each control character.
 std::string printable(std::string_view text);
 
-/// "; did you mean X?" with the most similar of the names; empty when none is near.
+/// " (did you mean X?)" with the most similar of the names; empty when none is near.
 std::string didYouMean(std::string_view name, std::span<const std::string_view> known);
 
 } // namespace vnifc::tool

@@ -131,7 +131,7 @@ void printType(const VnIfcDefinedType& type) {
 std::vector<std::string> allNames(const VnIfcSchema& schema) {
     std::vector<std::string> names;
     for (const Dictionary::Entry& entry : schema.entities())
-        names.emplace_back(entry.name.view());
+        names.emplace_back(dynamic_cast<const VnIfcEntityType&>(*entry.instance).entityClass()->name);
     for (const Dictionary::Entry& entry : schema.namedTypes())
         names.push_back(inOneForm(entry.name));
     return names;

@@ -1,6 +1,11 @@
+#include "model/SimilarEntity.h"
+
+#include <VnIfcTyped/Entity.h>
+
 #include <vnifc/Similar.h>
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace vnifc {
@@ -46,6 +51,15 @@ std::string_view similarName(std::string_view name, std::span<const std::string_
         }
     }
     return nearest;
+}
+
+std::string detail::similarEntity(const VN_SDAI::VnIfcSchema& schema, std::string_view name) {
+    std::vector<std::string_view> known;
+    for (const auto& entry : schema.entities())
+        if (const auto* entity = dynamic_cast<const VN_SDAI::VnIfcEntityType*>(&*entry.instance))
+            known.emplace_back(entity->entityClass()->name);
+    const std::string_view similar = similarName(name, known);
+    return similar.empty() ? "" : " (did you mean " + std::string(similar) + "?)";
 }
 
 } // namespace vnifc
