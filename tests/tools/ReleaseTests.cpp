@@ -114,8 +114,8 @@ TEST_P(OfferedLiterals, AreTaken) {
             instances += ");\n";
             const std::string place = id + '.' + parameters[i].attribute->name;
             arguments.insert(arguments.end(), {"--set", place + "=NO_SUCH_LITERAL"});
-            expected +=
-                "vnifc: " + id + ' ' + declared::upper(entity.name) + '.' + parameters[i].attribute->name + ": expected one of ";
+            expected += "vnifc: " + id + ' ' + declared::upper(entity.name) + '.' + parameters[i].attribute->name +
+                        ": expected one of ";
             for (const std::string& literal : type->items) {
                 expected += (&literal == &type->items[0] ? "" : ", ") + declared::upper(literal);
                 if (changes.size() < number)

@@ -151,7 +151,8 @@ TEST(Usage, ReaderThatLeavesEndsTheToolQuietly) {
 /// What a command prints on a terminal of 60 columns.
 std::string onTerminal(const std::string& environment, const std::string& arguments) {
     const std::string command = "env -u NO_COLOR -u CLICOLOR -u CLICOLOR_FORCE TERM=xterm " + environment +
-                                " script -qec 'stty cols 60; exec " VNIFC_TOOL " " + arguments + "' /dev/null </dev/null";
+                                " script -qec 'stty cols 60; exec " VNIFC_TOOL " " + arguments +
+                                "' /dev/null </dev/null";
     std::FILE* pipe = ::popen(command.c_str(), "r");
     std::string text;
     char buffer[4096];

@@ -73,9 +73,8 @@ struct Extent {
 private:
     void add(const SpatialNode& node) {
         elements += node.elements.size();
-        const auto known = std::ranges::find(nodes, node.instance.type(), [](const auto& each) -> std::string_view {
-            return each.first;
-        });
+        const auto known = std::ranges::find(nodes, node.instance.type(),
+                                             [](const auto& each) -> std::string_view { return each.first; });
         if (known == nodes.end())
             nodes.emplace_back(std::string(node.instance.type()), 1);
         else

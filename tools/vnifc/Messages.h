@@ -7,8 +7,8 @@
 
 namespace vnifc::tool {
 
-/// Prints a line to standard error, after "vnifc: ". What comes from a file can neither break the line nor reach the terminal as a
-/// command. A standard error that cannot be written is no reason to fail.
+/// Prints a line to standard error, after "vnifc: ". What comes from a file can neither break the line nor reach the
+/// terminal as a command. A standard error that cannot be written is no reason to fail.
 void say(std::string_view line);
 
 /// As say, for a finding, which begins with its place, as those of compilers: editors go there.

@@ -39,9 +39,10 @@ ExitCode reportFile(const ReadFlags& flags, const std::string& target, const std
         throw Failure(kWrongUse, "expected -o REPORT.html, since standard input has no name");
     ReportOptions options;
     std::vector<Finding> reading;
-    LoadedFile file(flags, {.inverses = true, .places = true, .strict = true, .diagnostics = [&](const Finding& finding) {
-                                reading.push_back(finding);
-                            }});
+    LoadedFile file(flags,
+                    {.inverses = true, .places = true, .strict = true, .diagnostics = [&](const Finding& finding) {
+                         reading.push_back(finding);
+                     }});
     const std::optional<Rules> rules = rulesFor(file.model(), rulesText);
     if (!rules && !flags.quiet)
         say("rules are not checked; " + howToHaveRules(file.model()));
@@ -57,7 +58,8 @@ ExitCode reportFile(const ReadFlags& flags, const std::string& target, const std
         writeToStandardOutput(page);
         return exitCode;
     }
-    const std::filesystem::path output = target.empty() ? path.filename().replace_extension(".html") : std::filesystem::path(target);
+    const std::filesystem::path output =
+        target.empty() ? path.filename().replace_extension(".html") : std::filesystem::path(target);
     writePage(output, page);
     if (!flags.quiet)
         say(fmt::format("wrote {} ({} bytes)", output.string(), page.size()));
@@ -65,7 +67,8 @@ ExitCode reportFile(const ReadFlags& flags, const std::string& target, const std
 }
 
 ExitCode schemaPage(const std::string& release, const std::string& folder) {
-    const std::string page = dictionaryPage(release.empty() ? VN_SDAI::vnIfcReleases().back().name : releaseNamed(release).name);
+    const std::string page =
+        dictionaryPage(release.empty() ? VN_SDAI::vnIfcReleases().back().name : releaseNamed(release).name);
     std::error_code error;
     std::filesystem::create_directories(folder, error);
     if (error)

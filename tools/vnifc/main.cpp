@@ -158,8 +158,9 @@ void addReport(CLI::App& app, Task& task) {
     CLI::App* command = app.add_subcommand("report", "Write a page that shows what is in a file, for a browser");
     command->footer("Example:\n  vnifc report house.ifc -o house.html");
     addReadFlags(*command, *options);
-    command->add_option("-o,--output", options->target,
-                        "page to write; - is standard output; by default the file's name with .html")
+    command
+        ->add_option("-o,--output", options->target,
+                     "page to write; - is standard output; by default the file's name with .html")
         ->option_text("REPORT.html");
     addRulesOption(*command, options->rules);
     command->callback(
@@ -203,13 +204,12 @@ void addSchema(CLI::App& app, Task& task) {
         ->option_text("FOLDER")
         ->excludes("NAME");
     command->add_flag("--json", options->json, "print JSON, in the order in which the dictionary was built");
-    command->callback(
-        [&task, options] {
-            task = [options] {
-                return options->folder.empty() ? schema(options->release, options->name, options->json)
-                                               : schemaPage(options->release, options->folder);
-            };
-        });
+    command->callback([&task, options] {
+        task = [options] {
+            return options->folder.empty() ? schema(options->release, options->name, options->json)
+                                           : schemaPage(options->release, options->folder);
+        };
+    });
 }
 
 /// For the build, which installs what it writes: man pages and completion cannot differ from the commands.
@@ -251,8 +251,8 @@ void completeCommand(const CLI::App& app, std::vector<std::string>& arguments) {
         throw Failure(kWrongUse, fmt::format("expected a command, found \"{}\", which may be {}", arguments[0],
                                              fmt::join(names, " or ")));
     if (names.empty())
-        throw Failure(kWrongUse, fmt::format("expected a command, found \"{}\"{}; vnifc --help lists them", arguments[0],
-                                             didYouMean(arguments[0], known)));
+        throw Failure(kWrongUse, fmt::format("expected a command, found \"{}\"{}; vnifc --help lists them",
+                                             arguments[0], didYouMean(arguments[0], known)));
     arguments[0] = names[0];
 }
 
@@ -266,7 +266,8 @@ int run(int argc, char** argv) {
     app.set_version_flag("--version", versionText, "Print the version, and which releases are installed");
     app.require_subcommand(1);
     app.fallthrough(); // --color may stand anywhere
-    app.add_option_function<std::string>("--color", chooseColours, "colours: when a person reads it (auto), always, never")
+    app.add_option_function<std::string>("--color", chooseColours,
+                                         "colours: when a person reads it (auto), always, never")
         ->check(CLI::IsMember({"auto", "always", "never"}))
         ->option_text("WHEN");
     app.failure_message([](const CLI::App* command, const CLI::Error& error) {

@@ -8,9 +8,15 @@ const known = new Map(); // by name in upper case: the dictionary has names in s
 const find = (name) => known.get(name.toUpperCase());
 const isBefore = (left, right) => (left.name < right.name ? -1 : 1);
 
+/** A name that may go on in the next line before each of its words. */
+function breakable(name) {
+    const words = name.split(/(?<=[a-z0-9])(?=[A-Z])/);
+    return element("span", null, ...words.flatMap((word, i) => (i > 0 ? [element("wbr"), word] : [word])));
+}
+
 function linked(name) {
     const record = find(name);
-    return record ? element("a", { href: `#${record.name}` }, record.name) : element("span", null, name);
+    return record ? element("a", { href: `#${record.name}` }, breakable(record.name)) : breakable(name);
 }
 
 /** A name that the dictionary has in small letters, as those of enumerations, in the form that files have. */
@@ -32,7 +38,7 @@ function lineOf(record) {
 
 function attributeRow(attribute) {
     const derived = attribute.kind === "derived" ? "derived" : "";
-    return [attribute.redeclares || attribute.name, linkedType(attribute.type), attribute.optional ? "optional" : derived];
+    return [breakable(attribute.redeclares || attribute.name), linkedType(attribute.type), attribute.optional ? "optional" : derived];
 }
 
 function listOf(names, className) {
@@ -73,7 +79,7 @@ function entityParts(record) {
             if (own.length === 0)
                 return [];
             const rows = own.map((attribute) => isInverse
-                ? [attribute.name, linkedType(attribute.type), attribute.inverts] : attributeRow(attribute));
+                ? [breakable(attribute.name), linkedType(attribute.type), breakable(attribute.inverts)] : attributeRow(attribute));
             const heading = each === record ? "Own" : element("span", null, "Inherited from ", linked(each.name));
             return [element("h3", null, heading), table(["Attribute", isInverse ? "Entity" : "Type", isInverse ? "By its" : ""], rows)];
         });
@@ -114,7 +120,7 @@ function showOverview() {
     const node = (record) => records.some((each) => each.supertype === record.name) ? tree(record) : linked(record.name);
     const lists = Object.entries(kinds).map(([kind, title]) => part(title, element("div", { className: "names" },
         listOf(records.filter((each) => each.kind === kind).map((each) => each.name)))));
-    byId("page").replaceChildren(tiles, part("Inheritance", element("ul", null,
+    byId("page").replaceChildren(tiles, part("Inheritance", element("ul", { className: "tree" },
         ...roots.map((each) => element("li", null, node(each))))), ...lists);
 }
 

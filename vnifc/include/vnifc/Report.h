@@ -10,11 +10,11 @@
 namespace vnifc {
 
 struct ReportOptions {
-    std::string title = {};               ///< how the page calls the model, in UTF-8: the name of its file
+    std::string title = {};                ///< how the page calls the model, in UTF-8: the name of its file
     std::span<const Finding> reading = {}; ///< what was found while reading; none: what the model has kept
-    const Rules* rules = nullptr;         ///< the rules of the model's release, to be checked too
-    std::size_t shownFindings = 200;      ///< of each kind so many are on the page; all are counted
-    unsigned threads = 0;                 ///< 0: as many as the machine has
+    const Rules* rules = nullptr;          ///< the rules of the model's release, to be checked too
+    std::size_t shownFindings = 200;       ///< of each kind so many are on the page; all are counted
+    unsigned threads = 0;                  ///< 0: as many as the machine has
 };
 
 /// A page about a model: what it holds, the spatial structure, types, property sets and how completely they are filled,

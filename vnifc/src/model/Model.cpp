@@ -219,8 +219,8 @@ InstanceRange Model::instances(std::string_view entity, bool exact) const {
             if (instance->isInstanceOf(std::string(entity).c_str()))
                 strangers->push_back(handle);
     if (strangers->empty())
-        throw NotFound("neither " + std::string(release()) + " nor the file has an entity \"" + std::string(entity) + '"' +
-                       detail::similarEntity(m_state->schema(), entity));
+        throw NotFound("neither " + std::string(release()) + " nor the file has an entity \"" + std::string(entity) +
+                       '"' + detail::similarEntity(m_state->schema(), entity));
     return {std::move(strangers), m_state.get()};
 }
 

@@ -27,7 +27,8 @@ std::size_t distance(std::string_view left, std::string_view right, std::size_t 
         for (std::size_t k = 1; k <= right.size(); ++k) {
             const bool isSame = lower(left[i - 1]) == lower(right[k - 1]);
             row[k] = std::min({above[k] + 1, row[k - 1] + 1, above[k - 1] + (isSame ? 0 : 1)});
-            if (i > 1 && k > 1 && lower(left[i - 1]) == lower(right[k - 2]) && lower(left[i - 2]) == lower(right[k - 1]))
+            if (i > 1 && k > 1 && lower(left[i - 1]) == lower(right[k - 2]) &&
+                lower(left[i - 2]) == lower(right[k - 1]))
                 row[k] = std::min(row[k], before[k - 2] + 1);
         }
         before = std::exchange(above, row);

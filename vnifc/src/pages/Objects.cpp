@@ -183,7 +183,8 @@ std::string_view textAt(const Column& column, std::size_t row) {
     if (!hasValue(column, row))
         return {};
     if (column.kind() == ColumnKind::kCategory)
-        return textAt(*column.child(), static_cast<std::size_t>(static_cast<const std::int32_t*>(column.values().data())[row]));
+        return textAt(*column.child(),
+                      static_cast<std::size_t>(static_cast<const std::int32_t*>(column.values().data())[row]));
     const auto* offsets = static_cast<const std::int64_t*>(column.offsets().data());
     return {static_cast<const char*>(column.values().data()) + offsets[row],
             static_cast<std::size_t>(offsets[row + 1] - offsets[row])};
