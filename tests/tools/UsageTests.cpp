@@ -163,6 +163,29 @@ std::string onTerminal(const std::string& environment, const std::string& argume
     return text;
 }
 
+TEST(Usage, TablesAreAsWideAsTheTerminal) {
+    if (std::system("command -v script >/dev/null") != 0)
+        GTEST_SKIP() << "no command to have a terminal";
+    std::string name;
+    for (int i = 0; i < 50; ++i)
+        name += "\\X\\E4"; // two bytes in UTF-8
+    const std::string file =
+        makeModel("wide.ifc", "#1=IFCWALL($,$,'" + name + "','" + name + "','short text',$,$,$,$);\n");
+    const std::string arguments = "find " + file + " IfcWall --columns Name,Description,ObjectType --quiet";
+    const std::string text = onTerminal("", arguments);
+    const std::size_t begin = text.find("#1");
+    ASSERT_NE(begin, std::string::npos) << text;
+    const std::string line = text.substr(begin, text.find('\r', begin) - begin);
+    EXPECT_EQ(std::ranges::count_if(line, [](char c) { return (c & 0xC0) != 0x80; }), 60) << line;
+    EXPECT_PRED_FORMAT2(IsSubstring, "ä…  ä", line);
+    EXPECT_TRUE(line.ends_with("ä…  short text")) << line;
+    std::string whole;
+    for (int i = 0; i < 50; ++i)
+        whole += "ä";
+    EXPECT_PRED_FORMAT2(IsSubstring, "  " + whole + "  short text\n",
+                        runTool({"find", file, "IfcWall", "--columns", "Name,Description,ObjectType", "--quiet"}).out);
+}
+
 TEST(Usage, TerminalsHaveColoursBarsAndSeparatorsAndProgramsHaveNone) {
     if (std::system("command -v script >/dev/null") != 0)
         GTEST_SKIP() << "no command to have a terminal";

@@ -42,7 +42,10 @@ std::string_view similarName(std::string_view name, std::span<const std::string_
     constexpr std::size_t kLongest = 100; // nobody mistypes more, and the time grows with the square
     if (name.size() > kLongest)
         return {};
-    std::size_t most = std::max<std::size_t>(1, name.size() / 3);
+    // All names of a schema begin alike, which says nothing of how near they are.
+    constexpr std::string_view kPrefix = "ifc";
+    const bool hasPrefix = name.size() > kPrefix.size() && distance(name.substr(0, kPrefix.size()), kPrefix, 1) == 0;
+    std::size_t most = std::max<std::size_t>(1, (name.size() - (hasPrefix ? kPrefix.size() : 0)) / 3);
     std::string_view nearest;
     for (const std::string_view each : known) {
         const std::size_t found = distance(name, each, most);
