@@ -3,6 +3,8 @@
 #include "LoadedFile.h"
 #include "Messages.h"
 
+#include <VnIfcTyped/Entity.h>
+
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
