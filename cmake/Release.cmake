@@ -14,6 +14,31 @@ endfunction()
 set(vnifc_entity_units 16)
 set(vnifc_select_units 2)
 
+function(vnifc_set_module_options target)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        # A unique symbol would keep the module in memory for ever.
+        target_compile_options(${target} PRIVATE -fno-gnu-unique)
+    endif()
+    # The classes have single, non-virtual bases only, for which every compiler gives the true offset.
+    target_compile_options(${target} PRIVATE -Wno-invalid-offsetof)
+    # Tables, constructors and destructors: more than -O1 costs a third of the time to build and gains nothing.
+    target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O1>)
+endfunction()
+
+# The headers that all modules begin with, compiled once for all of them.
+function(vnifc_add_module_headers)
+    if(TARGET vnifc_module_headers)
+        return()
+    endif()
+    file(CONFIGURE OUTPUT module_headers.cpp CONTENT "")
+    add_library(vnifc_module_headers OBJECT "${CMAKE_CURRENT_BINARY_DIR}/module_headers.cpp")
+    set_target_properties(vnifc_module_headers PROPERTIES POSITION_INDEPENDENT_CODE ON)
+    target_include_directories(vnifc_module_headers PRIVATE "${PROJECT_SOURCE_DIR}/typed/src")
+    target_link_libraries(vnifc_module_headers PRIVATE VnIfcCore)
+    vnifc_set_module_options(vnifc_module_headers)
+    target_precompile_headers(vnifc_module_headers PRIVATE <entities/EntityTables.h> <types/Descriptors.h>)
+endfunction()
+
 function(vnifc_add_release directory)
     cmake_parse_arguments(PARSE_ARGV 1 release NO_INSTALL FROM "")
     if(NOT release_FROM)
@@ -61,23 +86,17 @@ function(vnifc_add_release directory)
 
     add_library(${module} SHARED ${sources})
     add_library(vnifc::${module} ALIAS ${module})
-    set_target_properties(${module} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${VNIFC_SOVERSION})
-    target_compile_definitions(${module} PRIVATE VN${name}_BUILD)
+    set_target_properties(${module} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${VNIFC_SOVERSION}
+        UNITY_BUILD_BATCH_SIZE 4 DEFINE_SYMBOL "")
     target_include_directories(${module}
         PUBLIC
             $<BUILD_INTERFACE:${generated}/include>
             $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
         PRIVATE "${PROJECT_SOURCE_DIR}/typed/src")
     target_link_libraries(${module} PUBLIC VnIfcCore)
-    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-        # A unique symbol would keep the module in memory for ever.
-        target_compile_options(${module} PRIVATE -fno-gnu-unique)
-    endif()
-    # The classes have single, non-virtual bases only, for which every compiler gives the true offset.
-    target_compile_options(${module} PRIVATE -Wno-invalid-offsetof)
-    # Tables, constructors and destructors: more than -O1 costs a third of the time to build and gains nothing.
-    target_compile_options(${module} PRIVATE $<$<CONFIG:Release>:-O1>)
-    target_precompile_headers(${module} PRIVATE <entities/EntityTables.h> <types/Descriptors.h>)
+    vnifc_set_module_options(${module})
+    vnifc_add_module_headers()
+    target_precompile_headers(${module} REUSE_FROM vnifc_module_headers)
     add_dependencies(${module} ${module}_sources)
 
     if(release_NO_INSTALL)

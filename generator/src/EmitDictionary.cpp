@@ -79,6 +79,7 @@ void writeAggregations(Writer& out, const Model& model) {
 
 std::string source(const Model& model, const Target& target) {
     Writer out(target);
+    out.beginSource();
     out.includeClass("AllEntities");
     out.includeClass("AllTypes");
     out.include("VnIfcTyped/Release.h");

@@ -298,8 +298,9 @@ std::set<std::string> classesFor(std::span<const Entity> entities) {
     return names;
 }
 
-std::string source(std::span<const Entity> entities, const Target& target) {
+std::string entitySource(std::span<const Entity> entities, const Target& target) {
     Writer out(target);
+    out.beginSource();
     out.include("entities/EntityTables.h");
     out.includeClass("AttributeProperties");
     out.line();
@@ -323,7 +324,7 @@ void emitEntities(Files& files, const Model& model, const Target& target) {
         const std::size_t first = std::min(unit * size, entities.size());
         const auto part = entities.subspan(first, std::min(size, entities.size() - first));
         const std::string digits = {static_cast<char>('0' + unit / 10), static_cast<char>('0' + unit % 10)};
-        files["src/Entities_" + digits + ".cpp"] = source(part, target);
+        files["src/Entities_" + digits + ".cpp"] = entitySource(part, target);
     }
 }
 

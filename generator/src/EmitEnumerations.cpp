@@ -28,8 +28,9 @@ std::string header(const Enumeration& enumeration, const Target& target) {
     return out.take();
 }
 
-std::string source(const Model& model, const Target& target) {
+std::string enumerationSource(const Model& model, const Target& target) {
     Writer out(target);
+    out.beginSource();
     out.include("types/Descriptors.h");
     out.line();
     for (const Enumeration& enumeration : model.enumerations)
@@ -57,7 +58,7 @@ std::string source(const Model& model, const Target& target) {
 void emitEnumerations(Files& files, const Model& model, const Target& target) {
     for (const Enumeration& enumeration : model.enumerations)
         files[target.header(enumeration.name)] = header(enumeration, target);
-    files["src/Enumerations.cpp"] = source(model, target);
+    files["src/Enumerations.cpp"] = enumerationSource(model, target);
 }
 
 } // namespace expgen

@@ -81,6 +81,7 @@ std::string source(const Target& target) {
     const std::string& name = target.release.name;
     const std::string api = target.release.api();
     Writer out(target);
+    out.beginSource();
     out.includeClass("Release");
     out.include("VnIfcCore/VnIfcVersion.h");
     out.include("VnIfcTyped/Release.h");

@@ -172,7 +172,7 @@ void writeDefinitions(Writer& out, const Select& select) {
             out.line("void ", name, "::set", leaf.name, "(", leaf.name, "* value) { setInstance(value); }");
 }
 
-std::string source(std::span<const Select> selects, const Target& target) {
+std::string selectSource(std::span<const Select> selects, const Target& target) {
     std::set<std::string> classes;
     std::set<std::string> names;
     for (const Select& select : selects) {
@@ -184,6 +184,7 @@ std::string source(std::span<const Select> selects, const Target& target) {
         }
     }
     Writer out(target);
+    out.beginSource();
     out.include("types/Descriptors.h");
     out.line();
     for (const std::string& name : classes)
@@ -209,7 +210,7 @@ void emitSelects(Files& files, const Model& model, const Target& target) {
     for (std::size_t unit = 0; unit < kUnits; ++unit) {
         const std::size_t first = std::min(unit * size, selects.size());
         const auto part = selects.subspan(first, std::min(size, selects.size() - first));
-        files["src/Selects_" + std::to_string(unit) + ".cpp"] = source(part, target);
+        files["src/Selects_" + std::to_string(unit) + ".cpp"] = selectSource(part, target);
     }
 }
 

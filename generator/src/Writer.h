@@ -22,6 +22,9 @@ public:
         m_text += '\n';
     }
 
+    /// Begins a source of the module. It says itself that it is one, and not the command line: all modules share one
+    /// precompiled header.
+    void beginSource() { line("#define VN", m_namespace, "_BUILD"); }
     void include(std::string_view header) { line("#include <", header, ">"); }
     void includeClass(std::string_view name) { line("#include <", m_namespace, "/", name, ".h>"); }
     void openNamespace() { line("\nnamespace ", m_namespace, " {\n"); }

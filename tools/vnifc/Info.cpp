@@ -141,8 +141,8 @@ void printExtent(const Extent& extent) {
         printRow("elevations", printable(fmt::format("{:g} to {:g} {}", *extent.lowest, *extent.highest, extent.unit)));
 }
 
-void printText(const std::string& name, const Facts& facts, const Model& model, const Population& population,
-               const Extent& extent) {
+void printInfoText(const std::string& name, const Facts& facts, const Model& model, const Population& population,
+                   const Extent& extent) {
     printRow("file", printable(name));
     printRow("release", fmt::format("{} (module {})", facts.release->name, facts.release->module));
     printHeader(model.core().header());
@@ -181,8 +181,8 @@ nlohmann::ordered_json jsonOf(const Extent& extent) {
     return json;
 }
 
-void printJson(const std::string& name, const Facts& facts, const Model& model, const Population& population,
-               const Extent& extent) {
+void printInfoJson(const std::string& name, const Facts& facts, const Model& model, const Population& population,
+                   const Extent& extent) {
     Population::Counts types = population.entities;
     for (const auto& [keyword, count] : population.withoutClass)
         types[keyword] += count;
@@ -213,7 +213,7 @@ ExitCode info(const ReadFlags& flags, bool json) {
     const Population population(file.model());
     const Model model(file.take());
     const Extent extent(model);
-    (json ? printJson : printText)(flags.file, facts, model, population, extent);
+    (json ? printInfoJson : printInfoText)(flags.file, facts, model, population, extent);
     return exitCode;
 }
 

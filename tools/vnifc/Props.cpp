@@ -11,12 +11,12 @@ namespace vnifc::tool {
 
 namespace {
 
-std::string wordsOf(const Instance& instance) { return Value(instance).toString(TextForm::kDescribed); }
+std::string described(const Instance& instance) { return Value(instance).toString(TextForm::kDescribed); }
 
 /// A value for people, without the signs that a file needs: text as it is, lists with commas.
 std::string inWords(const PropertyValue& value) {
     std::string words =
-        value.value.kind() == Value::Kind::kInstance ? wordsOf(value.value.as<Instance>()) : value.value.toString();
+        value.value.kind() == Value::Kind::kInstance ? described(value.value.as<Instance>()) : value.value.toString();
     if (value.unit)
         words += ' ' + signOf(value.unit) + (value.hasOwnUnit ? " (own unit)" : "");
     return words;
@@ -55,11 +55,11 @@ void printProperties(const std::vector<Property>& properties, std::size_t indent
 }
 
 void printText(const Instance& object, const std::vector<PropertySet>& sets) {
-    fmt::print("{}\n", printable(wordsOf(object)));
+    fmt::print("{}\n", printable(described(object)));
     for (const PropertySet& set : sets) {
         const std::string keyword(set.instance.keyword());
         const std::string kind = set.name.empty() ? "" : ' ' + keyword;
-        const std::string from = set.owner == object ? "" : ", from its type " + wordsOf(set.owner);
+        const std::string from = set.owner == object ? "" : ", from its type " + described(set.owner);
         fmt::print("\n{} (#{}{}{})\n", printable(set.name.empty() ? keyword : set.name), set.instance.id(), kind,
                    printable(from));
         printProperties(set.properties, 2);

@@ -16,7 +16,7 @@ constexpr std::uint64_t directLimit(std::size_t count) noexcept { return 2 * std
 // One kilobyte: near enough together that the processor fetches ahead.
 constexpr std::size_t kGroup = 64;
 
-constexpr std::size_t kLargestBlock = 512; // pages
+constexpr std::size_t kMostPages = 512; // pages
 
 // As many slots are looked at one after another rather than by halves.
 constexpr std::size_t kFewSlots = 8;
@@ -74,7 +74,7 @@ char* SlotTable::newPages(std::size_t count) {
 /// A page with a head. Blocks grow with the table, so that small models stay small.
 char* SlotTable::newPage() {
     if (m_nextPage == m_blockEnd) {
-        const std::size_t pages = std::min(std::size_t{1} << std::min<std::size_t>(m_blocks.size(), 9), kLargestBlock);
+        const std::size_t pages = std::min(std::size_t{1} << std::min<std::size_t>(m_blocks.size(), 9), kMostPages);
         m_nextPage = newPages(pages);
         m_blockEnd = m_nextPage + pages * kPageSize;
     }

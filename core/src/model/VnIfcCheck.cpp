@@ -96,7 +96,7 @@ constexpr std::size_t kSeenParts = 64;
 // Blocks that are checked before what they found is told: so many that threads rarely wait for each other, so few that
 // findings stay in the cache.
 constexpr std::size_t kRoundPerThread = 16;
-constexpr std::size_t kBlock = 250; // slots
+constexpr std::size_t kSlotsChecked = 250; // slots
 
 } // namespace
 
@@ -235,7 +235,7 @@ VnIfcCheck::VnIfcCheck(const VnIfcCheck& whole, Part& part)
 VnIfcCheck::~VnIfcCheck() = default;
 
 void VnIfcCheck::run(unsigned threads) {
-    const SlotRuns runs = m_model.data().runs(kBlock);
+    const SlotRuns runs = m_model.data().runs(kSlotsChecked);
     threads = threadsFor(threads, runs.blocks());
     if (threads > 1)
         return Run(*this, runs, threads).run();

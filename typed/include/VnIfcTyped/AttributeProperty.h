@@ -19,54 +19,40 @@ enum class AttributePart : std::uint8_t {
 /// access mode does not count.
 class VNIFC_API AttributeProperty : public VnIfcProperty {
 public:
+    VN::ErrorStatus getAttribute(const VnIfcEntityBase* instance, VnIfcVariant& value) const override;
+    VN::ErrorStatus putAttribute(VnIfcEntityBase* instance, const VnIfcVariant& value) const override;
     int kind() const noexcept override { return kAttribute; }
 
 protected:
-    AttributeProperty() noexcept = default;
-    /// Initialises the property, which is on the heap, and adds it to a collection.
-    static void add(VnIfcPropertyCollection& collection, AttributeProperty* property, const EntityClass& type,
-                    const AttributeRow& row, AttributePart part, const VnIfcEntityType* record);
+    struct Attribute {
+        const EntityClass& type;
+        const AttributeRow& row;
+        AttributePart part;
+    };
 
-    VN::ErrorStatus read(const AttributeRow& row, const VnIfcEntityBase* instance, VnIfcVariant& value) const;
-    VN::ErrorStatus write(const AttributeRow& row, VnIfcEntityBase* instance, const VnIfcVariant& value) const;
-    /// As getAttr and putAttr, but for the access mode.
-    VN::ErrorStatus readByName(const char* name, const VnIfcEntityBase* instance, VnIfcVariant& value) const;
-    VN::ErrorStatus writeByName(const char* name, VnIfcEntityBase* instance, const VnIfcVariant& value) const;
+    AttributeProperty() noexcept = default;
+    virtual Attribute attribute() const noexcept = 0;
+    /// Initialises a property, which is on the heap, and adds it to a collection; `record` is the entity's record in
+    /// the dictionary.
+    static void add(VnIfcPropertyCollection& collection, AttributeProperty* property, const VnIfcEntityType* record);
 };
 
 /// The property class of one attribute of the entity class E. They have names of their own: IfcRootGlobalIdProperty.
 template <class E, AttributePart part, std::size_t index>
 class AttributePropertyOf final : public AttributeProperty {
 public:
-    VN::ErrorStatus getAttribute(const VnIfcEntityBase* instance, VnIfcVariant& value) const override {
-        if constexpr (part == AttributePart::kExplicit)
-            return read(row(), instance, value);
-        else
-            return readByName(row().name, instance, value);
-    }
-    VN::ErrorStatus putAttribute([[maybe_unused]] VnIfcEntityBase* instance,
-                                 [[maybe_unused]] const VnIfcVariant& value) const override {
-        if constexpr (part == AttributePart::kExplicit)
-            return write(row(), instance, value);
-        else if constexpr (part == AttributePart::kRedeclared)
-            return writeByName(row().name, instance, value);
-        else
-            return VN::eRefused;
-    }
-
-    /// Adds a new property to a collection; `record` is the entity's record in the dictionary.
     static void addTo(VnIfcPropertyCollection& collection, const VnIfcEntityType* record) {
-        add(collection, new AttributePropertyOf, E::s_class, row(), part, record);
+        add(collection, new AttributePropertyOf, record);
     }
 
-private:
-    static const AttributeRow& row() noexcept {
+protected:
+    Attribute attribute() const noexcept override {
         if constexpr (part == AttributePart::kExplicit)
-            return E::s_rows[index];
+            return {E::s_class, E::s_rows[index], part};
         else if constexpr (part == AttributePart::kInverse)
-            return E::s_inverses[index].attribute;
+            return {E::s_class, E::s_inverses[index].attribute, part};
         else
-            return E::s_derived[index].field;
+            return {E::s_class, E::s_derived[index].field, part};
     }
 };
 

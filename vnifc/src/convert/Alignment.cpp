@@ -10,11 +10,6 @@ namespace vnifc::conversion {
 
 namespace {
 
-std::string textOf(const Value& value) {
-    std::string text;
-    write(text, value);
-    return text;
-}
 std::string textOf(double value) { return textOf(Value::real(value)); }
 
 double realOf(const Value& value) noexcept {

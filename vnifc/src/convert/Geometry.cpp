@@ -10,12 +10,6 @@ namespace {
 
 constexpr std::string_view kNoFace = "the face has fewer than three points";
 
-std::string textOf(const Value& value) {
-    std::string text;
-    write(text, value);
-    return text;
-}
-
 /// The points of a list of coordinates, each made when it is first asked for.
 class Points {
 public:

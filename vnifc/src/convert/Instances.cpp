@@ -25,11 +25,6 @@ constexpr std::string_view kValueOf = "@value.";
 /// Attributes that take a word for which an enumeration has no literal, by preference.
 constexpr std::string_view kWordAttributes[] = {"ObjectType", "ElementType", "ProcessType", "ResourceType"};
 
-bool allowsEmpty(const Field& field) {
-    const VnIfcAggregationType* aggregation = asAggregation(field.type);
-    return aggregation && aggregation->lowerBound().value() == 0;
-}
-
 } // namespace
 
 const Value& Record::operator[](std::string_view attribute) const noexcept {

@@ -107,6 +107,10 @@ const VnIfcSelectType* asSelect(const Type* type) noexcept {
 const VnIfcAggregationType* asAggregation(const Type* type) noexcept {
     return dynamic_cast<const VnIfcAggregationType*>(beneath(type));
 }
+bool allowsEmpty(const Field& field) noexcept {
+    const VnIfcAggregationType* aggregation = asAggregation(field.type);
+    return aggregation && !aggregation->lowerBound().isUnbounded() && aggregation->lowerBound().value() == 0;
+}
 const VnIfcEnumerationType* asEnumeration(const Type* type) noexcept {
     return dynamic_cast<const VnIfcEnumerationType*>(beneath(type));
 }

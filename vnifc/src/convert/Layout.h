@@ -87,6 +87,8 @@ std::string_view nameOf(const Type* type) noexcept;
 std::string_view innermostName(const Type* type) noexcept;
 const VN_SDAI::VnIfcSelectType* asSelect(const Type* type) noexcept;
 const VN_SDAI::VnIfcAggregationType* asAggregation(const Type* type) noexcept;
+/// Whether the field is an aggregate that may have no element.
+bool allowsEmpty(const Field& field) noexcept;
 const VN_SDAI::VnIfcEnumerationType* asEnumeration(const Type* type) noexcept;
 const EntityType* asEntity(const Type* type) noexcept;
 /// True when a value of `type` may be a typed value of that name; the member is given back.

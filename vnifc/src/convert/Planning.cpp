@@ -30,11 +30,6 @@ bool hasCoercion(std::string_view from, std::string_view to) noexcept {
     });
 }
 
-bool allowsEmpty(const Field& field) {
-    const VnIfcAggregationType* aggregation = asAggregation(field.type);
-    return aggregation && !aggregation->lowerBound().isUnbounded() && aggregation->lowerBound().value() == 0;
-}
-
 bool boundsContain(const VnIfcAggregationType& outer, const VnIfcAggregationType& inner) {
     if (outer.lowerBound().value() > inner.lowerBound().value())
         return false;

@@ -23,12 +23,6 @@ const RedundantCase* redundantCaseFor(const EntityType& entity, std::string_view
     return nullptr;
 }
 
-std::string textOf(const Value& value) {
-    std::string text;
-    write(text, value);
-    return text;
-}
-
 } // namespace
 
 void Conversion::keepRest(const Record& record, Draft& draft) {

@@ -293,4 +293,10 @@ std::string shown(const Value& value) {
 
 bool parseList(std::string_view text, Values& values) { return Parser(text).parse(values); }
 
+std::string textOf(const Value& value) {
+    std::string text;
+    write(text, value);
+    return text;
+}
+
 } // namespace vnifc::conversion

@@ -53,6 +53,7 @@ using Values = std::vector<Value>;
 /// Appends the value in the form of the file.
 void write(std::string& out, const Value& value);
 void write(std::string& out, const Values& list);
+std::string textOf(const Value& value);
 /// The value in the form of the file, cut to a length that people read.
 std::string shown(const Value& value);
 

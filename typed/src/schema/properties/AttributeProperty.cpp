@@ -88,9 +88,10 @@ Entity* instanceOf(const VnIfcEntityType* entity, const VnIfcEntityBase* instanc
 
 } // namespace
 
-void AttributeProperty::add(VnIfcPropertyCollection& collection, AttributeProperty* property, const EntityClass& type,
-                            const AttributeRow& row, AttributePart part, const VnIfcEntityType* record) {
+void AttributeProperty::add(VnIfcPropertyCollection& collection, AttributeProperty* property,
+                            const VnIfcEntityType* record) {
     std::unique_ptr<AttributeProperty> owned(property);
+    const auto [type, row, part] = property->attribute();
     const VnIfcVariantType* descriptor = part == AttributePart::kExplicit  ? valueType(row)
                                          : part == AttributePart::kInverse ? liveType(row)
                                                                            : liveType(*findExplicit(type, row.name));
@@ -98,47 +99,29 @@ void AttributeProperty::add(VnIfcPropertyCollection& collection, AttributeProper
     collection.add(owned.release());
 }
 
-VN::ErrorStatus AttributeProperty::read(const AttributeRow& row, const VnIfcEntityBase* instance,
-                                        VnIfcVariant& value) const {
+VN::ErrorStatus AttributeProperty::getAttribute(const VnIfcEntityBase* instance, VnIfcVariant& value) const {
     const Entity* own = instanceOf(entity(), instance);
     if (!own)
         return VN::eRefused;
-    value = copyOf(*own, row);
+    const auto [type, row, part] = attribute();
+    value = part == AttributePart::kExplicit ? copyOf(*own, row)
+                                             : valueOf(*own, *findAttribute(own->entityClass(), row.name));
     return VN::eOk;
 }
 
-VN::ErrorStatus AttributeProperty::write(const AttributeRow& row, VnIfcEntityBase* instance,
-                                         const VnIfcVariant& value) const {
+VN::ErrorStatus AttributeProperty::putAttribute(VnIfcEntityBase* instance, const VnIfcVariant& value) const {
     Entity* own = instanceOf(entity(), instance);
-    if (!own || value.isNull() || value.type() != valueType(row))
+    const auto [type, declared, part] = attribute();
+    if (!own || value.isNull() || part == AttributePart::kInverse)
+        return VN::eRefused;
+    const bool isExplicit = part == AttributePart::kExplicit;
+    const AttributeRow& row = isExplicit ? declared : *findExplicit(own->entityClass(), declared.name);
+    if (value.type() != valueType(row) && (isExplicit || value.type() != liveType(row)))
         return VN::eRefused;
     own->referenceChanges();
     if (!store(*own, row, value))
         return VN::eRefused;
     own->touched(positionOf(own->entityClass(), row));
-    return VN::eOk;
-}
-
-VN::ErrorStatus AttributeProperty::writeByName(const char* name, VnIfcEntityBase* instance,
-                                               const VnIfcVariant& value) const {
-    Entity* own = instanceOf(entity(), instance);
-    if (!own || value.isNull())
-        return VN::eRefused;
-    const AttributeRow& row = *findExplicit(own->entityClass(), name);
-    own->referenceChanges();
-    const bool isOwnType = value.type() == valueType(row) || value.type() == liveType(row);
-    if (!isOwnType || assign(*own, row, value) != Assigned::kYes)
-        return VN::eRefused;
-    own->touched(positionOf(own->entityClass(), row));
-    return VN::eOk;
-}
-
-VN::ErrorStatus AttributeProperty::readByName(const char* name, const VnIfcEntityBase* instance,
-                                              VnIfcVariant& value) const {
-    const Entity* own = instanceOf(entity(), instance);
-    if (!own)
-        return VN::eRefused;
-    value = valueOf(*own, *findAttribute(own->entityClass(), name));
     return VN::eOk;
 }
 
