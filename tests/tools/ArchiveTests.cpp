@@ -124,7 +124,7 @@ TEST(Archive, TheExchangeFileIsFoundUnderAnyName) {
         {{model}, ""},
         {{{"whatever", contents(house)}}, ""},
         {{{"a/", ""}, model}, ""},
-        {{{"readme.txt", "x"}, model, {"c.ifc", "no"}}, "3 files in the archive; reading a/B.IFC\n"},
+        {{{"readme.txt", "x"}, model, {"c.ifc", "no"}}, "vnifc: 3 files in the archive; reading a/B.IFC\n"},
     };
     for (const auto& [entries, message] : cases) {
         const fs::path file = makeFile("found.ifczip", archiveOf(entries));

@@ -14,16 +14,34 @@ using testing::IsSubstring;
 
 TEST(Info, JsonHasOneShape) {
     json found = json::parse(runTool({"info", "--json", house}).out);
-    EXPECT_GT(found["peak_bytes"].get<std::uint64_t>(), 1'000'000u);
+    EXPECT_GT(found["peakBytes"].get<std::uint64_t>(), 1'000'000u);
     EXPECT_GE(found["seconds"]["read"].get<double>(), 0.0);
-    found.erase("peak_bytes");
+    found.erase("peakBytes");
     found.erase("seconds");
     EXPECT_EQ(found, json({{"file", house},
                            {"bytes", std::filesystem::file_size(house)},
                            {"schema", {"IFC4X3_ADD2"}},
                            {"release", "IFC4X3_ADD2"},
                            {"module", "VnIfc4x3Add2"},
+                           {"header",
+                            {{"schema", {"IFC4X3_ADD2"}},
+                             {"description", {"ViewDefinition [ReferenceView]", "gemacht für Prüfer"}},
+                             {"name", "house.ifc"},
+                             {"timeStamp", "2024-02-29T12:00:00"},
+                             {"author", {"O'Neill"}},
+                             {"organization", {"", ""}},
+                             {"preprocessor", "editor"},
+                             {"system", "vnifc"},
+                             {"authorization", nullptr},
+                             {"implementation", "2;1"}}},
                            {"instances", 14},
+                           {"globalIds", 4},
+                           {"structure",
+                            {{"nodes", {{"IfcProject", 1}}},
+                             {"elements", 1},
+                             {"lowestElevation", nullptr},
+                             {"highestElevation", nullptr},
+                             {"lengthUnit", "mm"}}},
                            {"types",
                             {{"(complex)", 1},
                              {"IFCAXIS2PLACEMENT3D", 1},
@@ -77,7 +95,7 @@ TEST(Info, DiagnosticsEndAfterTwenty) {
     const Outcome outcome = runTool({"info", file});
     EXPECT_EQ(std::ranges::count(outcome.err, '\n'), 21);
     EXPECT_PRED_FORMAT2(IsSubstring, ": #20 ", outcome.err);
-    EXPECT_TRUE(outcome.err.ends_with("\n... and 3 more\n")) << outcome.err;
+    EXPECT_TRUE(outcome.err.ends_with("\nvnifc: ... and 3 more\n")) << outcome.err;
     EXPECT_EQ(runTool({"info", "--quiet", file}).err, "");
 }
 

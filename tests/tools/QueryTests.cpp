@@ -278,8 +278,9 @@ TEST(Set, ChangesAllThatASelectorPicks) {
     Outcome outcome = runTool({"set", walls, out, "IfcWall", "PredefinedType=SOLIDWALL", "Name=B",
                                "Pset_WallCommon.FireRating=EI30", "Pset_WallCommon.IsExternal=true"});
     EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_EQ(outcome.err, "PredefinedType: 2 of 2 changed\nName: 1 of 2 changed\n"
-                           "Pset_WallCommon.FireRating: 2 of 2 changed\nPset_WallCommon.IsExternal: 2 of 2 changed\n");
+    EXPECT_EQ(outcome.err, "vnifc: PredefinedType: 2 of 2 changed\nvnifc: Name: 1 of 2 changed\n"
+                           "vnifc: Pset_WallCommon.FireRating: 2 of 2 changed\n"
+                           "vnifc: Pset_WallCommon.IsExternal: 2 of 2 changed\n");
     EXPECT_EQ(runTool({"find", out,
                        "IfcWall, Name=B, PredefinedType=SOLIDWALL, Pset_WallCommon.FireRating=EI30, "
                        "Pset_WallCommon.IsExternal=TRUE",

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <sys/wait.h>
@@ -24,13 +25,24 @@ TEST(Usage, ExitCodeSaysWhoIsAtFault) {
         std::string message;
     } cases[] = {
         {{}, 2, "subcommand"},
-        {{"bogus"}, 2, "subcommand"},
+        {{"bogus"}, 2, "vnifc: expected a command, found \"bogus\""},
+        {{"chekc", house}, 2, "did you mean check?"},
+        {{"e", house}, 2, "which may be edit or extract or export"},
+        {{"report", "-"}, 2, "expected -o"},
+        {{"report", house, "-o", nowhere}, 3, "vnifc: cannot write " + nowhere},
+        {{"report", house, "--rules", nowhere}, 3, nowhere},
+        {{"schema", "IfcWall", "--html", nowhere}, 2, "--html"},
+        {{"schema", "--html", house}, 3, "cannot make the folder"},
         {{"info"}, 2, "FILE"},
         {{"info", house, "extra"}, 2, "extra"},
         {{"info", house, "--bogus"}, 2, "--bogus"},
         {{"info", house, "--threads", "0"}, 2, "--threads"},
         {{"rewrite", house}, 2, "OUT"},
-        {{"schema", "IfcGardenGnome"}, 2, "IfcGardenGnome"},
+        {{"schema", "IfcGardenGnome"}, 4, "IfcGardenGnome"},
+        {{"schema", "ifcwal"}, 4, "did you mean IfcWall?"},
+        {{"find", house, "IfcWlal"}, 4, "did you mean IfcWall?"},
+        {{"export", house, "--type", "IfcWindoww"}, 4, "IfcWindow?"},
+        {{"show", house, "#99"}, 4, "#99"},
         {{"info", nowhere}, 3, nowhere},
         {{"info", scratch().string()}, 3, "directory"},
         {{"info", "--json", noModel}, 3, noModel},
@@ -43,6 +55,11 @@ TEST(Usage, ExitCodeSaysWhoIsAtFault) {
         const Outcome outcome = runTool(arguments);
         EXPECT_EQ(outcome.exitCode, exitCode);
         EXPECT_PRED_FORMAT2(IsSubstring, message, outcome.err);
+        if (exitCode != 1) {
+            // The last line: findings, which begin with their place, come before it.
+            const std::size_t end = outcome.err.rfind('\n', outcome.err.size() - 2);
+            EXPECT_EQ(outcome.err.substr(end == std::string::npos ? 0 : end + 1, 7), "vnifc: ");
+        }
         EXPECT_EQ(outcome.out, "");
     }
     EXPECT_EQ(runTool({"info", broken}).exitCode, 1);
@@ -130,6 +147,78 @@ TEST(Usage, ReaderThatLeavesEndsTheToolQuietly) {
     const int status = ::pclose(pipe);
     EXPECT_TRUE((WIFSIGNALED(status) && WTERMSIG(status) == SIGPIPE) || (WIFEXITED(status) && WEXITSTATUS(status) == 3))
         << status;
+}
+
+/// What a command prints on a terminal of 60 columns.
+std::string onTerminal(const std::string& environment, const std::string& arguments) {
+    const std::string command = "env -u NO_COLOR -u CLICOLOR -u CLICOLOR_FORCE TERM=xterm " + environment +
+                                " script -qec 'stty cols 60; exec " VNIFC_TOOL " " + arguments +
+                                "' /dev/null </dev/null";
+    std::FILE* pipe = ::popen(command.c_str(), "r");
+    std::string text;
+    char buffer[4096];
+    while (pipe && std::fgets(buffer, sizeof buffer, pipe))
+        text += buffer;
+    if (pipe)
+        ::pclose(pipe);
+    return text;
+}
+
+TEST(Usage, TablesAreAsWideAsTheTerminal) {
+    if (std::system("command -v script >/dev/null") != 0)
+        GTEST_SKIP() << "no command to have a terminal";
+    std::string name;
+    for (int i = 0; i < 50; ++i)
+        name += "\\X\\E4"; // two bytes in UTF-8
+    const std::string file =
+        makeModel("wide.ifc", "#1=IFCWALL($,$,'" + name + "','" + name + "','short text',$,$,$,$);\n");
+    const std::string arguments = "find " + file + " IfcWall --columns Name,Description,ObjectType --quiet";
+    const std::string text = onTerminal("", arguments);
+    const std::size_t begin = text.find("#1");
+    ASSERT_NE(begin, std::string::npos) << text;
+    const std::string line = text.substr(begin, text.find('\r', begin) - begin);
+    EXPECT_EQ(std::ranges::count_if(line, [](char c) { return (c & 0xC0) != 0x80; }), 60) << line;
+    EXPECT_PRED_FORMAT2(IsSubstring, "ä…  ä", line);
+    EXPECT_TRUE(line.ends_with("ä…  short text")) << line;
+    std::string whole;
+    for (int i = 0; i < 50; ++i)
+        whole += "ä";
+    EXPECT_PRED_FORMAT2(IsSubstring, "  " + whole + "  short text\n",
+                        runTool({"find", file, "IfcWall", "--columns", "Name,Description,ObjectType", "--quiet"}).out);
+}
+
+TEST(Usage, TerminalsHaveColoursBarsAndSeparatorsAndProgramsHaveNone) {
+    if (std::system("command -v script >/dev/null") != 0)
+        GTEST_SKIP() << "no command to have a terminal";
+    std::string instances;
+    for (int i = 1; i <= 1200; ++i)
+        instances += "#" + std::to_string(i) + "=IFCCARTESIANPOINT((0.,0.));\n";
+    const std::string file = makeModel("points.ifc", instances + "#1201=IFCGARDENGNOME();\n");
+    const std::string info = "info " + file;
+    const struct {
+        const char* environment;
+        std::string arguments;
+        bool hasColours;
+    } cases[] = {
+        {"", info, true},
+        {"NO_COLOR=1", info, false},
+        {"CLICOLOR=0", info, false},
+        {"TERM=dumb", info, false},
+        {"NO_COLOR=1", info + " --color always", true},
+        {"", "--color never " + info, false},
+    };
+    for (const auto& [environment, arguments, hasColours] : cases) {
+        SCOPED_TRACE(std::string(environment) + ' ' + arguments);
+        const std::string text = onTerminal(environment, arguments);
+        EXPECT_EQ(text.find("\x1b[1;33mwarning") != std::string::npos, hasColours) << text;
+        EXPECT_PRED_FORMAT2(IsSubstring, "1,200  IFCCARTESIANPOINT  ", text);
+        EXPECT_PRED_FORMAT2(IsSubstring, "▇▇▇▇▇▇▇▇▇▇", text);
+    }
+    const Outcome plain = runTool({"info", file});
+    EXPECT_PRED_FORMAT2(IsSubstring, "1200  IFCCARTESIANPOINT\n", plain.out);
+    EXPECT_EQ((plain.out + plain.err).find('\x1b'), std::string::npos);
+    EXPECT_NE(runTool({"info", file, "--color", "always"}).err.find("\x1b[1;33mwarning"), std::string::npos);
+    EXPECT_EQ(runTool({"info", file, "--color", "sometimes"}).exitCode, 2);
 }
 
 } // namespace

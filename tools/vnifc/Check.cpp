@@ -2,6 +2,7 @@
 #include "LoadedFile.h"
 #include "Messages.h"
 #include "RuleText.h"
+#include "Terminal.h"
 
 #include <VnIfcCore/VnIfcCheck.h>
 
@@ -61,7 +62,7 @@ private:
             return;
         if (m_options.json)
             return addJson(finding, explanation);
-        m_output.put(printable(finding.text()) + '\n');
+        m_output.put(findingLine(finding, m_isColoured) + '\n');
         if (!explanation.empty())
             m_output.put("    " + printable(onOneLine(explanation)) + '\n');
     }
@@ -183,6 +184,7 @@ private:
     std::string m_file;
     const CheckOptions& m_options;
     bool m_lines;
+    bool m_isColoured = hasColours(Stream::kOutput);
     Output m_output;
     JsonWriter m_json;
     std::array<std::uint64_t, kSeverities.size()> m_counts{};
@@ -243,7 +245,7 @@ ExitCode check(const ReadFlags& flags, const CheckOptions& options) {
         result = checkRules(*rules, file.model(), flags, options.rules, report);
         report.addSummary(*rules, result);
     } else if (!flags.quiet) {
-        say("vnifc: rules are not checked; " + howToHaveRules(file.model()));
+        say("rules are not checked; " + howToHaveRules(file.model()));
     }
     report.end();
     return report.hasErrors() ? kErrorsInFile : kSuccess;

@@ -101,11 +101,16 @@ ExitCode props(const ReadFlags& flags, const std::string& address, bool json);
 ExitCode edit(const ReadFlags& flags, const std::string& target, const Changes& changes);
 /// Tells everything that is wrong with a file and with its instances.
 ExitCode check(const ReadFlags& flags, const CheckOptions& options);
+/// Writes a page that shows what is in the file, to be looked at in a browser. `target`: "-" is standard output; empty:
+/// the file's name with .html. `rules` as in RuleFlags::text.
+ExitCode reportFile(const ReadFlags& flags, const std::string& target, const std::string& rules);
 /// Writes the file as one of another release; says what could not be taken over. Losses are no error.
 ExitCode convertFile(const ReadFlags& flags, const std::string& target, const std::string& release,
                      const ConvertFlags& options);
 /// `name` in any case; empty for the whole dictionary of the release.
 ExitCode schema(const std::string& release, const std::string& name, bool json);
+/// Writes index.html with the dictionary of a release into a folder, which is made when it is missing.
+ExitCode schemaPage(const std::string& release, const std::string& folder);
 /// "vnifc 0.2.0", and a line for each release: whether its module is installed.
 std::string versionText();
 

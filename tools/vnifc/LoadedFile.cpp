@@ -74,7 +74,7 @@ void LoadedFile::note(const VnIfcDiagnostic& diagnostic, bool quiet, bool noteUn
     if (noteUnclearLists && std::ranges::find(kUnclearLists, diagnostic.code) != std::end(kUnclearLists))
         m_unclearLists.insert(diagnostic.instance);
     if (++m_diagnosticCount <= kPrinted && !quiet)
-        say(diagnostic.text());
+        sayFinding(diagnostic);
 }
 
 std::string LoadedFile::findings() const {

@@ -8,6 +8,7 @@
 #include <psapi.h>
 #else
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 #endif
@@ -30,6 +31,13 @@ std::uint64_t physicalMemory() noexcept {
 }
 
 bool isTerminal() noexcept { return ::_isatty(2) != 0; }
+bool isOutputTerminal() noexcept { return ::_isatty(1) != 0; }
+unsigned terminalWidth() noexcept {
+    CONSOLE_SCREEN_BUFFER_INFO info;
+    if (!GetConsoleScreenBufferInfo(GetStdHandle(STD_OUTPUT_HANDLE), &info))
+        return 0;
+    return static_cast<unsigned>(info.srWindow.Right - info.srWindow.Left + 1);
+}
 
 std::int64_t tellIn(std::FILE* file) noexcept { return ::_ftelli64(file); }
 
@@ -56,6 +64,11 @@ std::uint64_t physicalMemory() noexcept {
 }
 
 bool isTerminal() noexcept { return ::isatty(STDERR_FILENO) == 1; }
+bool isOutputTerminal() noexcept { return ::isatty(STDOUT_FILENO) == 1; }
+unsigned terminalWidth() noexcept {
+    winsize size{};
+    return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
+}
 
 std::int64_t tellIn(std::FILE* file) noexcept { return ::ftello(file); }
 

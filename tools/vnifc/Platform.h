@@ -12,6 +12,10 @@ std::uint64_t physicalMemory() noexcept;
 
 /// Standard error is read by a person.
 bool isTerminal() noexcept;
+/// The same of standard output.
+bool isOutputTerminal() noexcept;
+/// How many columns the terminal of standard output has; 0 when there is none.
+unsigned terminalWidth() noexcept;
 
 /// The position in a file; negative where there is none, as in a pipe.
 std::int64_t tellIn(std::FILE* file) noexcept;

@@ -1,6 +1,9 @@
 #include "Commands.h"
 #include "DictionaryRecord.h"
 #include "LoadedFile.h"
+#include "Messages.h"
+
+#include <VnIfcTyped/Entity.h>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -127,6 +130,15 @@ void printType(const VnIfcDefinedType& type) {
         fmt::print("  width {}{}\n", record["width"].dump(), record["fixed"].get<bool>() ? ", fixed" : "");
 }
 
+std::vector<std::string> allNames(const VnIfcSchema& schema) {
+    std::vector<std::string> names;
+    for (const Dictionary::Entry& entry : schema.entities())
+        names.emplace_back(dynamic_cast<const VnIfcEntityType&>(*entry.instance).entityClass()->name);
+    for (const Dictionary::Entry& entry : schema.namedTypes())
+        names.push_back(inOneForm(entry.name));
+    return names;
+}
+
 /// A line per record that has a name, for a reader to search in.
 void printOverview(const VnIfcSchema& schema) {
     std::map<std::string, unsigned> counts{{"entity", static_cast<unsigned>(schema.entityCount())}};
@@ -156,8 +168,12 @@ ExitCode schema(const std::string& release, const std::string& name, bool json) 
     const DictionaryInstance* record = schema.namedType(name);
     if (!record)
         record = schema.anonymousTypes().find(name);
-    if (!record)
-        throw Failure(kWrongUse, fmt::format("{} has no entity or type \"{}\"", schema.name().constStr(), name));
+    if (!record) {
+        const std::vector<std::string> known = allNames(schema);
+        const std::vector<std::string_view> views(known.begin(), known.end());
+        throw Failure(kNotThere, fmt::format("{} has no entity or type \"{}\"{}", schema.name().constStr(), name,
+                                             didYouMean(name, views)));
+    }
     if (json)
         fmt::print("{}\n", recordOfEntry(*record).dump());
     else if (const auto* entity = dynamic_cast<const VnIfcEntityType*>(record))

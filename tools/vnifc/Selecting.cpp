@@ -2,6 +2,8 @@
 
 #include "JsonWriter.h"
 #include "Messages.h"
+#include "Platform.h"
+#include "Terminal.h"
 #include "WholeModel.h"
 #include "WriteModel.h"
 
@@ -85,16 +87,48 @@ public:
         for (const auto& row : m_rows)
             for (std::size_t i = 0; i < row.size(); ++i)
                 widths[i] = std::max(widths[i], lengthOf(row[i]));
+        if (isOutputTerminal())
+            fit(widths);
         for (const auto& row : m_rows) {
             std::string line;
-            for (std::size_t i = 0; i < row.size(); ++i)
-                line += row[i] + (i + 1 < row.size() ? std::string(widths[i] + 2 - lengthOf(row[i]), ' ') : "");
+            for (std::size_t i = 0; i < row.size(); ++i) {
+                const std::string cell = cut(row[i], widths[i]);
+                line += cell + (i + 1 < row.size() ? std::string(widths[i] + kGap - lengthOf(cell), ' ') : "");
+            }
             m_output.put(line + '\n');
         }
         m_output.flush();
     }
 
 private:
+    static constexpr std::size_t kGap = 2; ///< between columns
+
+    /// Takes from the widest column until a line is as long as the terminal is wide, as far as something is left to
+    /// read.
+    static void fit(std::vector<std::size_t>& widths) {
+        constexpr std::size_t kReadable = 8;
+        std::size_t total = kGap * (widths.size() - 1);
+        for (const std::size_t width : widths)
+            total += width;
+        for (; total > lineWidth(); --total) {
+            const auto widest = std::ranges::max_element(widths);
+            if (*widest <= kReadable)
+                return;
+            --*widest;
+        }
+    }
+
+    /// At most so many characters, the last of them an ellipsis where some are missing.
+    static std::string cut(const std::string& text, std::size_t width) {
+        if (lengthOf(text) <= width)
+            return text;
+        std::size_t end = 0;
+        for (std::size_t characters = 0; end < text.size(); ++end)
+            if ((text[end] & 0xC0) != 0x80 && ++characters == width)
+                break;
+        return text.substr(0, end) + "…";
+    }
+
     /// Characters of UTF-8.
     static std::size_t lengthOf(const std::string& text) {
         return static_cast<std::size_t>(std::ranges::count_if(text, [](char c) { return (c & 0xC0) != 0x80; }));

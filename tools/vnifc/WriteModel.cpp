@@ -19,7 +19,7 @@ std::uint64_t writeModel(const VnIfcModel& model, const std::string& target, con
     options.diagnostics = [&](const VnIfcDiagnostic& diagnostic) {
         // What is only unusual was so in the file that was read.
         if (diagnostic.severity == VnIfcDiagnostic::kError && !flags.quiet)
-            say(diagnostic.text());
+            sayFinding(diagnostic);
     };
     if (target == "-" || isArchiveName(target)) {
         const std::string text = model.writeText(options);

@@ -3,10 +3,12 @@
 #include "Describe.h"
 #include "LoadedFile.h"
 #include "Messages.h"
+#include "Terminal.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <vnifc/Error.h>
+#include <vnifc/Similar.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -147,6 +149,24 @@ void addCheck(CLI::App& app, Task& task) {
     command->callback([&task, options] { task = [options] { return check(*options, *options); }; });
 }
 
+void addReport(CLI::App& app, Task& task) {
+    struct Options : ReadFlags {
+        std::string target;
+        std::string rules;
+    };
+    const auto options = std::make_shared<Options>();
+    CLI::App* command = app.add_subcommand("report", "Write a page that shows what is in a file, for a browser");
+    command->footer("Example:\n  vnifc report house.ifc -o house.html");
+    addReadFlags(*command, *options);
+    command
+        ->add_option("-o,--output", options->target,
+                     "page to write; - is standard output; by default the file's name with .html")
+        ->option_text("REPORT.html");
+    addRulesOption(*command, options->rules);
+    command->callback(
+        [&task, options] { task = [options] { return reportFile(*options, options->target, options->rules); }; });
+}
+
 void addConvert(CLI::App& app, Task& task) {
     struct Options : ReadFlags, ConvertFlags {
         std::string target;
@@ -170,6 +190,7 @@ void addSchema(CLI::App& app, Task& task) {
     struct Options {
         std::string release;
         std::string name;
+        std::string folder;
         bool json = false;
     };
     const auto options = std::make_shared<Options>();
@@ -177,9 +198,18 @@ void addSchema(CLI::App& app, Task& task) {
     command->footer("Example:\n  vnifc schema IfcWall --schema IFC2X3");
     addReleaseOption(*command, options->release, "release; the newest by default");
     command->add_option("NAME", options->name, "an entity or a type, in any case; everything by default");
+    command
+        ->add_option("--html", options->folder,
+                     "write index.html with the whole dictionary, for a browser, into this folder")
+        ->option_text("FOLDER")
+        ->excludes("NAME");
     command->add_flag("--json", options->json, "print JSON, in the order in which the dictionary was built");
-    command->callback(
-        [&task, options] { task = [options] { return schema(options->release, options->name, options->json); }; });
+    command->callback([&task, options] {
+        task = [options] {
+            return options->folder.empty() ? schema(options->release, options->name, options->json)
+                                           : schemaPage(options->release, options->folder);
+        };
+    });
 }
 
 /// For the build, which installs what it writes: man pages and completion cannot differ from the commands.
@@ -205,11 +235,25 @@ void completeCommand(const CLI::App& app, std::vector<std::string>& arguments) {
     if (arguments.empty() || arguments[0].starts_with('-'))
         return;
     std::vector<std::string> names;
-    for (const CLI::App* command : app.get_subcommands([](const CLI::App* each) { return !each->get_group().empty(); }))
+    std::vector<std::string_view> known;
+    bool isKnown = false;
+    for (const CLI::App* command : app.get_subcommands({})) {
+        isKnown = isKnown || command->get_name() == arguments[0];
+        if (command->get_group().empty())
+            continue;
+        known.push_back(command->get_name());
         if (command->get_name().starts_with(arguments[0]))
             names.push_back(command->get_name());
-    if (names.size() == 1)
-        arguments[0] = names[0];
+    }
+    if (isKnown)
+        return;
+    if (names.size() > 1)
+        throw Failure(kWrongUse, fmt::format("expected a command, found \"{}\", which may be {}", arguments[0],
+                                             fmt::join(names, " or ")));
+    if (names.empty())
+        throw Failure(kWrongUse, fmt::format("expected a command, found \"{}\"{}; vnifc --help lists them",
+                                             arguments[0], didYouMean(arguments[0], known)));
+    arguments[0] = names[0];
 }
 
 int run(int argc, char** argv) {
@@ -221,6 +265,14 @@ int run(int argc, char** argv) {
                "Example:\n  vnifc info house.ifc");
     app.set_version_flag("--version", versionText, "Print the version, and which releases are installed");
     app.require_subcommand(1);
+    app.fallthrough(); // --color may stand anywhere
+    app.add_option_function<std::string>("--color", chooseColours,
+                                         "colours: when a person reads it (auto), always, never")
+        ->check(CLI::IsMember({"auto", "always", "never"}))
+        ->option_text("WHEN");
+    app.failure_message([](const CLI::App* command, const CLI::Error& error) {
+        return fmt::format("vnifc: {}\nvnifc: {} --help tells more\n", printable(error.what()), command->get_name());
+    });
     addInfo(app, task);
     addRewrite(app, task);
     addShow(app, task);
@@ -228,6 +280,7 @@ int run(int argc, char** argv) {
     addProps(app, task);
     addEdit(app, task);
     addCheck(app, task);
+    addReport(app, task);
     addConvert(app, task);
     addSchema(app, task);
     addSelectingCommands(app, task);
@@ -254,18 +307,18 @@ int main(int argc, char** argv) {
         // A full disk may not show before the last of the output goes there.
         if (std::fflush(stdout) == 0 && !std::ferror(stdout))
             return exitCode;
-        vnifc::tool::say("vnifc: cannot write standard output");
+        vnifc::tool::say("cannot write standard output");
     } catch (const vnifc::tool::Failure& failure) {
-        vnifc::tool::say(std::string("vnifc: ") + failure.what());
+        vnifc::tool::say(failure.what());
         return failure.exitCode();
     } catch (const vnifc::SelectorError& error) {
-        vnifc::tool::say(std::string("vnifc: ") + error.what());
+        vnifc::tool::say(error.what());
         return error.namesNothing() ? vnifc::tool::kNotThere : vnifc::tool::kWrongUse;
     } catch (const vnifc::NotFound& error) {
-        vnifc::tool::say(std::string("vnifc: ") + error.what());
+        vnifc::tool::say(error.what());
         return vnifc::tool::kNotThere;
     } catch (const std::exception& error) {
-        vnifc::tool::say(std::string("vnifc: ") + error.what());
+        vnifc::tool::say(error.what());
     }
     return vnifc::tool::kFileFailure;
 }

@@ -1,3 +1,4 @@
+#include "../model/SimilarEntity.h"
 #include "Erasing.h"
 #include "ModelState.h"
 #include "Writing.h"
@@ -102,7 +103,8 @@ std::uint64_t Model::warnings() const noexcept { return m_state->file.result().w
 Instance Model::create(std::string_view entity, std::initializer_list<std::pair<std::string_view, Value>> attributes) {
     const VnIfcEntityType* type = m_state->schema().entity(entity);
     if (!type)
-        throw NotFound(std::string(release()) + " has no entity " + std::string(entity));
+        throw NotFound(std::string(release()) + " has no entity " + std::string(entity) +
+                       detail::similarEntity(m_state->schema(), entity));
     if (type->isAbstract())
         throw BadValue(std::string(type->entityClass()->name) + " is abstract: expected one of its subtypes");
     const Instance instance(m_state->model().create(entity), m_state.get());
@@ -218,7 +220,7 @@ InstanceRange Model::instances(std::string_view entity, bool exact) const {
                 strangers->push_back(handle);
     if (strangers->empty())
         throw NotFound("neither " + std::string(release()) + " nor the file has an entity \"" + std::string(entity) +
-                       '"');
+                       '"' + detail::similarEntity(m_state->schema(), entity));
     return {std::move(strangers), m_state.get()};
 }
 
@@ -238,7 +240,8 @@ bool Model::hasAttribute(std::string_view entity, std::string_view attribute) co
 AttributeKey Model::key(std::string_view entity, std::string_view attribute) const {
     const VnIfcEntityType* type = m_state->schema().entity(entity);
     if (!type)
-        throw NotFound(std::string(release()) + " has no entity " + std::string(entity));
+        throw NotFound(std::string(release()) + " has no entity " + std::string(entity) +
+                       detail::similarEntity(m_state->schema(), entity));
     const ClassInfo& info = m_state->classOf(*type);
     AttributeKey key;
     key.m_row = info.find(attribute);

@@ -1,4 +1,5 @@
 #include "../model/ModelState.h"
+#include "../model/SimilarEntity.h"
 #include "FacetImpl.h"
 #include "Scanner.h"
 
@@ -341,7 +342,9 @@ private:
             return handlesOf(m_model.instances(pick.text));
         } catch (const NotFound&) {
             throw SelectorError(pick.column, pick.text,
-                                "a class of " + std::string(m_model.release()) + " or of the file", true);
+                                "a class of " + std::string(m_model.release()) + " or of the file" +
+                                    detail::similarEntity(*m_model.core().schema(), pick.text),
+                                true);
         }
     }
     static Handles handlesOf(const InstanceRange& range) {
