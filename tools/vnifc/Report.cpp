@@ -3,32 +3,22 @@
 #include "Output.h"
 #include "RuleText.h"
 
+#include <VnIfcCore/VnSafeFile.h>
 #include <fmt/format.h>
 #include <vnifc/Report.h>
 
+#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <vector>
 
 namespace vnifc::tool {
 
 namespace {
 
-/// Beside the target first, which keeps what it has when the page cannot be written.
 void writePage(const std::filesystem::path& target, const std::string& page) {
-    std::filesystem::path unfinished = target;
-    unfinished += ".part";
-    std::ofstream stream(unfinished, std::ios::binary);
-    stream << page;
-    stream.close();
-    std::error_code error;
-    if (stream)
-        std::filesystem::rename(unfinished, target, error);
-    if (stream && !error)
-        return;
-    std::error_code ignored;
-    std::filesystem::remove(unfinished, ignored);
-    throw Failure(kFileFailure, fmt::format("cannot write {}", target.string()));
+    VN_SDAI::VnSafeFile pending(target);
+    if (!pending.stream() || !pending.write(page) || !pending.commit())
+        throw Failure(kFileFailure, fmt::format("cannot write {}: {}", target.string(), std::strerror(pending.error())));
 }
 
 } // namespace
