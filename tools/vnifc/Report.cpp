@@ -18,7 +18,8 @@ namespace {
 void writePage(const std::filesystem::path& target, const std::string& page) {
     VN_SDAI::VnSafeFile pending(target);
     if (!pending.stream() || !pending.write(page) || !pending.commit())
-        throw Failure(kFileFailure, fmt::format("cannot write {}: {}", target.string(), std::strerror(pending.error())));
+        throw Failure(kFileFailure,
+                      fmt::format("cannot write {}: {}", target.string(), std::strerror(pending.error())));
 }
 
 } // namespace
