@@ -135,6 +135,7 @@ static_assert(sizeof(VnDbObjectId) == 8);
 /// Handles are equal when they are of the same instance.
 template <>
 struct std::hash<VN_SDAI::VnDbObjectId> {
+    /// Of the instance's identity, not of its number.
     std::size_t operator()(const VN_SDAI::VnDbObjectId& handle) const noexcept {
         return std::hash<const void*>()(handle.slot());
     }

@@ -107,12 +107,16 @@ public:
     /// The least number of elements by which the array grows; a larger array doubles.
     std::uint32_t growStep() const noexcept { return m_growStep; }
 
+    ///@{
     /// The element at an index below length(); no range check.
     T& operator[](std::size_t index) noexcept { return m_elements[index]; }
     const T& operator[](std::size_t index) const noexcept { return m_elements[index]; }
+    ///@}
+    ///@{
     /// As operator[], without a range check either.
     T& at(std::size_t index) noexcept { return m_elements[index]; }
     const T& at(std::size_t index) const noexcept { return m_elements[index]; }
+    ///@}
 
     ///@{
     /// The elements, one after the other; null bounds for an array that never had any. Valid until the array grows, is

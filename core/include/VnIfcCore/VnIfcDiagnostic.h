@@ -19,7 +19,7 @@ struct VnIfcDiagnostic {
     std::string file;
     std::uint64_t line = 0;     ///< from 1; 0 when it has no place in a file
     std::uint64_t column = 0;   ///< in bytes, from 1
-    std::uint64_t instance = 0; ///< #id; 0 when it concerns none
+    std::uint64_t instance = 0; ///< its number; 0 when it concerns none
     std::string keyword;        ///< of the instance
     /// As declared: "GlobalId"; empty when it concerns none.
     std::string attribute;

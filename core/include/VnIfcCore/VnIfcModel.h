@@ -20,7 +20,7 @@ using VnIfcProgress = std::function<bool(double)>;
 /// How a file is read.
 struct VnIfcReadOptions {
     VnIfcDiagnosticSink diagnostics; ///< none: findings are only counted
-    /// Called by the reading threads' starter; none: the operation cannot be cancelled.
+    /// Called on the thread that reads the file; none: the operation cannot be cancelled.
     VnIfcProgress progress;
     unsigned threads = 0;  ///< 0: as many as the machine has
     bool inverses = true;  ///< set inverse attributes when the file has been read
@@ -205,7 +205,7 @@ public:
     VnIfcForeignInstance(VnAnsiString keyword, VnAnsiString parameters, bool isList = true) noexcept
         : m_keyword(std::move(keyword)), m_parameters(std::move(parameters)), m_isList(isList) {}
 
-    /// Upper case as in the file; empty for a complex instance.
+    /// As in the file; empty for a complex instance.
     const VnAnsiString& keyword() const noexcept { return m_keyword; }
     /// False when the text is not the inside of a parameter list but everything after "#12=".
     bool isList() const noexcept { return m_isList; }
