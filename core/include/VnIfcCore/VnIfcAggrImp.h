@@ -272,13 +272,18 @@ class VnIfcAggrImpBounds : public Base {
 public:
     using Base::Base;
 
+    ///@{
+    /// The declared bound; kVnUnbounded for "?".
     std::uint32_t lowerBound() const noexcept final { return lower; }
     std::uint32_t upperBound() const noexcept final { return upper; }
+    ///@}
+    /// The shared prototype of this class, in this library.
     VnIfcAggrImp* prototype() const noexcept final {
         return VnIfcAggrImpDummy<typename Base::Element, Self>::prototype();
     }
 
 protected:
+    /// Writes the head of a block of this class.
     VnIfcAggrImp* stamp(void* memory, VnIfcAggrHead head) const noexcept final { return ::new (memory) Self(head); }
 };
 

@@ -12,11 +12,10 @@ public:
 
     /// The elements: in ascending order for a SET, in sequence for a LIST. Valid until the aggregate changes.
     std::span<const T> items() const noexcept { return imp().items(); }
-    ///@{
     /// The range of items().
     const T* begin() const noexcept { return items().data(); }
+    /// As begin().
     const T* end() const noexcept { return begin() + count(); }
-    ///@}
     /// The element at an index below count(); no range check.
     const T& operator[](std::size_t index) const noexcept { return begin()[index]; }
     /// By operator== for a LIST, where NaN is never found; by operator< for a SET.
@@ -41,11 +40,10 @@ public:
 protected:
     using VnIfcAggr::VnIfcAggr;
 
-    ///@{
     /// The implementation object, with its element type.
     VnIfcAggrImpOf<T>& imp() noexcept { return static_cast<VnIfcAggrImpOf<T>&>(*m_imp); }
+    /// As above, not to be changed.
     const VnIfcAggrImpOf<T>& imp() const noexcept { return static_cast<const VnIfcAggrImpOf<T>&>(*m_imp); }
-    ///@}
 };
 
 } // namespace VN_SDAI

@@ -95,8 +95,7 @@ public:
     ///@{
     /// Reads one attribute. A value of another kind, "$" and a missing parameter leave `value` unset and give false.
     /// Strings are kept as exchange text with apostrophes single (ISO 10303-21, 6.4.3). A string for a buffer fills it
-    /// with its first `length` bytes and NULs after them; a longer one is reported. Instances referred to are found
-    /// when their numbers are known to the reader.
+    /// with its first `length` bytes and NULs after them; a longer one is reported.
     bool rdLimitedString(char* buffer, std::size_t length, bool optional, bool separated);
     bool rdVnAnsiString(VnAnsiString& value, bool optional, bool separated);
     bool rdDouble(double& value, bool optional, bool separated);
@@ -110,7 +109,7 @@ public:
     VnAnsiString rdEnumerationToStr(bool optional, bool separated);
     /// As rdEnumerationToStr, without a copy; valid as long as the bytes that are read.
     std::string_view rdEnumeration(bool optional, bool separated);
-    /// Reads the "*" of an attribute that a subtype derives (ISO 10303-21, 12.2.6); anything else is reported, kept as
+    /// Reads the "*" of an attribute that a subtype derives; anything else is reported, kept as
     /// text, and gives false.
     bool rdDerive(bool separated);
     /// Passes over a binary value.
