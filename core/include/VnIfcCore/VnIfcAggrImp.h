@@ -272,11 +272,10 @@ class VnIfcAggrImpBounds : public Base {
 public:
     using Base::Base;
 
-    ///@{
     /// The declared bound; kVnUnbounded for "?".
     std::uint32_t lowerBound() const noexcept final { return lower; }
+    /// As lowerBound.
     std::uint32_t upperBound() const noexcept final { return upper; }
-    ///@}
     /// The shared prototype of this class, in this library.
     VnIfcAggrImp* prototype() const noexcept final {
         return VnIfcAggrImpDummy<typename Base::Element, Self>::prototype();

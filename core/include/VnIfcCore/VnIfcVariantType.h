@@ -181,6 +181,7 @@ private:
 
 /// The lock of the whole process under which descriptors are made.
 using VnIfcVariantTypeLocker = std::recursive_mutex;
+/// The lock itself, of static storage; a thread may take it several times.
 VNIFC_API VnIfcVariantTypeLocker& vnifcGetVaraintTypeLocker() noexcept;
 
 /// Holds a lock as long as it lives.

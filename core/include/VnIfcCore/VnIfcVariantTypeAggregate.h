@@ -68,6 +68,7 @@ protected:
     virtual void exportTo(void* array, const VnIfcAggr& aggregate) const = 0;
 };
 
+/// The descriptor of an array class.
 template <class A>
 class VnIfcVariantTypeForObject;
 
@@ -142,6 +143,7 @@ protected:
     }
 };
 
+/// The descriptor of a pointer to a SET class.
 template <class P>
 class VnIfcSetAggrPtrVariantTypePOD;
 
@@ -153,6 +155,7 @@ public:
     VnIfcSetAggrPtrVariantTypePOD(const wchar_t* name) : VnIfcAggrPtrVariantTypeOf<A>(name) {}
 };
 
+/// The descriptor of a pointer to a LIST class.
 template <class P>
 class VnIfcListAggrPtrVariantTypePOD;
 

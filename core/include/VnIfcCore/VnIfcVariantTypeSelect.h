@@ -79,6 +79,7 @@ public:
     void destroy(void* object) const noexcept override { delete static_cast<S*>(object); }
 };
 
+/// The descriptor of a pointer to a select class.
 template <class P>
 class VnIfcSelectPtrValueTypePOD;
 
