@@ -12,8 +12,11 @@ namespace VN_SDAI {
 /// long as nothing is put in.
 class VNIFC_API Dictionary {
 public:
+    /// A record under its name. The dictionary owns the record.
     struct Entry {
+        /// As given to putAt.
         VnAnsiString name;
+        /// Never null.
         std::unique_ptr<DictionaryInstance> instance;
     };
 
@@ -28,10 +31,14 @@ public:
     /// The record of that name in any case (ASCII), the first one put in where several fit; null when there is none.
     DictionaryInstance* find(std::string_view name) const noexcept;
 
+    /// The number of records.
     std::size_t size() const noexcept { return m_entries.size(); }
+    ///@{
+    /// The records in the order in which they were put in; valid until the next putAt.
     std::span<const Entry> entries() const noexcept { return m_entries; }
     auto begin() const noexcept { return m_entries.begin(); }
     auto end() const noexcept { return m_entries.end(); }
+    ///@}
 
 private:
     /// A place of the hash table; `position` is one above the entry's index, 0 in an empty place.

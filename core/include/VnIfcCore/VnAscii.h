@@ -7,9 +7,12 @@
 // ISO 10303-21, 5.2). The locale has no say; all other bytes stay as they are.
 namespace VN_SDAI {
 
+/// The letter in upper case.
 constexpr char vnUpper(char c) noexcept { return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c; }
+/// The letter in lower case.
 constexpr char vnLower(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 
+/// A copy of the text with its letters in upper case.
 inline std::string vnUpper(std::string_view text) {
     std::string upper(text);
     std::ranges::transform(upper, upper.begin(), [](char c) { return vnUpper(c); });

@@ -22,12 +22,15 @@ public:
             m_imp->destroy();
     }
 
+    /// The number of elements; 0 for a nil aggregate.
     std::uint32_t count() const noexcept { return m_imp->count(); }
     /// True as long as there is nothing of its own, not even an empty list of elements.
     bool isNil() const noexcept { return m_imp->isNil(); }
+    /// The declared lower bound. Only removing from a SET observes it.
     std::uint32_t lowerBound() const noexcept { return m_imp->lowerBound(); }
     /// 65536 stands for "?".
     std::uint32_t upperBound() const noexcept { return m_imp->upperBound(); }
+    /// The kind of the elements' type.
     VnTypeCodeKind elementKind() const noexcept { return m_imp->elementKind(); }
     /// True for LIST and ARRAY, false for SET.
     bool isOrdered() const noexcept { return m_imp->isOrdered(); }
@@ -39,10 +42,13 @@ public:
         if (!isNil())
             replace(m_imp->prototype());
     }
+    /// A copy, as the copy constructor makes it.
     VnIfcAggr clone() const { return *this; }
+    ///@{
     /// An iterator at the first element; null for a nil aggregate. The aggregate must outlive it.
     std::unique_ptr<VnIfcIterator> createIterator();
     std::unique_ptr<VnIfcConstIterator> createConstIterator() const;
+    ///@}
     /// Order by kind of the elements, then element by element: negative, 0 or positive.
     int compare(const VnIfcAggr& other) const noexcept;
 
@@ -50,11 +56,16 @@ public:
     const VnIfcAggrImp& imp() const noexcept { return *m_imp; }
 
 protected:
+    /// A nil aggregate, bound to the prototype of its class, which must have static storage duration.
     constexpr explicit VnIfcAggr(VnIfcAggrImp* prototype) noexcept : m_imp(prototype) {}
     // The element types must be the same; the bounds stay those of the aggregate assigned to.
+    ///@{
+    /// Takes the elements. The element types must be the same; the bounds stay those of the aggregate assigned to.
     VnIfcAggr& operator=(const VnIfcAggr& other);
     VnIfcAggr& operator=(VnIfcAggr&& other) noexcept;
+    ///@}
 
+    /// The block or the prototype; never null.
     VnIfcAggrImp* m_imp;
 
 private:

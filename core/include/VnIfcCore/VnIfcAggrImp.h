@@ -17,8 +17,11 @@ enum class VnIfcTransfer : bool { kCopy, kMove };
 
 /// Count, room and origin of an aggregate's block. Static storage marks the shared prototype, which holds nothing.
 struct VnIfcAggrHead {
+    /// The number of elements.
     std::uint32_t count = 0;
+    /// How many elements there is room for.
     std::uint32_t capacity : 30 = 0;
+    /// The block's VnStorage.
     std::uint32_t storage : 2 = static_cast<std::uint32_t>(VnStorage::kStatic);
 };
 
@@ -28,6 +31,7 @@ struct VnIfcAggrHead {
 /// operation changes nothing.
 class VNIFC_API VnIfcAggrImp {
 public:
+    /// The most elements that an aggregate can hold.
     static constexpr std::uint32_t kMaxCount = (1u << 30) - 1;
 
     /// Without a head: the prototype of its class.
@@ -35,17 +39,28 @@ public:
     VnIfcAggrImp(const VnIfcAggrImp&) = delete;
     VnIfcAggrImp& operator=(const VnIfcAggrImp&) = delete;
 
+    ///@{
+    /// How many elements there are, and how many there is room for.
     std::uint32_t count() const noexcept { return m_head.count; }
     std::uint32_t capacity() const noexcept { return m_head.capacity; }
+    ///@}
+    /// Where the block came from; static for the prototype.
     VnStorage storage() const noexcept { return static_cast<VnStorage>(m_head.storage); }
+    /// True for the prototype, which no aggregate owns.
     bool isNil() const noexcept { return storage() == VnStorage::kStatic; }
 
     /// Destroys the elements and frees the block unless an arena owns it. The prototype stays.
     virtual void destroy() noexcept = 0;
+    ///@{
+    /// The declared bound; kVnUnbounded for "?".
     virtual std::uint32_t lowerBound() const noexcept = 0;
     virtual std::uint32_t upperBound() const noexcept = 0;
+    ///@}
+    /// The kind of the elements' type.
     virtual VnTypeCodeKind elementKind() const noexcept = 0;
+    /// Of one element in memory, in bytes.
     virtual std::uint32_t elementSize() const noexcept = 0;
+    /// True for LIST and ARRAY, false for SET.
     virtual bool isOrdered() const noexcept = 0;
     /// The shared prototype of this class, in this library.
     virtual VnIfcAggrImp* prototype() const noexcept = 0;
@@ -53,6 +68,7 @@ public:
     virtual VnIfcAggrImp* createFresh() const = 0;
     /// A new block of this class with the elements of `source`, whose elements must be of the same type.
     virtual VnIfcAggrImp* copyOf(const VnIfcAggrImp& source) const = 0;
+    /// A new block of this class with copies of the elements; the caller owns it.
     VnIfcAggrImp* clone() const { return copyOf(*this); }
     /// Element by element like a word in a dictionary: negative, 0 or positive. The elements must be of the same type.
     virtual int compare(const VnIfcAggrImp& other) const noexcept = 0;
@@ -76,6 +92,7 @@ protected:
     VnIfcAggrImp* allocate(std::size_t capacity) const;
     /// The room to make when this block is full; raises std::length_error at kMaxCount.
     std::size_t grownCapacity() const;
+    /// Says how many elements have been constructed, which must not be more than there is room for.
     void setCount(std::size_t count) noexcept { m_head.count = static_cast<std::uint32_t>(count); }
 
     /// Puts `elements` into ascending order and drops all but the first of equal ones.
@@ -92,6 +109,7 @@ static_assert(sizeof(VnIfcAggrImp) == 16);
 template <class T, class Imp>
 class VnIfcAggrImpDummy {
 public:
+    /// The prototype, which nothing may be written to.
     static VnIfcAggrImp* prototype() noexcept { return const_cast<Imp*>(&s_imp); }
 
 private:
@@ -134,9 +152,11 @@ class VnIfcAggrImpOf : public VnIfcAggrImp {
                   "elements are moved where a failure half way could not be undone");
 
 public:
+    /// The element type.
     using Element = T;
     using VnIfcAggrImp::VnIfcAggrImp;
 
+    /// The elements in order, valid until the block is changed or destroyed.
     std::span<const T> items() const noexcept { return {static_cast<const T*>(data()), count()}; }
 
     void destroy() noexcept final {
@@ -161,6 +181,7 @@ public:
         }
         return left.size() < right.size() ? -1 : left.size() > right.size();
     }
+    /// True when an element is equal: by operator== in a LIST, by vnElementLess in a SET.
     virtual bool contains(const T& element) const = 0;
     /// Replaces the contents by the values in their order. With kMove, the values must not be const objects.
     virtual void assign(VnIfcAggrImp*& place, std::span<const T> values, VnIfcTransfer how) = 0;
@@ -168,12 +189,17 @@ public:
     void exportTo(VnIfcArray<T>& array) const { array.appendAll(items()); }
 
 protected:
+    /// Destroys a block that nothing has taken over.
     struct Destroyer {
+        /// Destroys the elements and frees the block.
         void operator()(VnIfcAggrImpOf* block) const noexcept { block->destroy(); }
     };
+    /// A new block until an aggregate takes it over.
     using Block = std::unique_ptr<VnIfcAggrImpOf, Destroyer>;
 
+    /// Where the elements start, to be changed.
     T* elements() noexcept { return static_cast<T*>(const_cast<void*>(data())); }
+    /// A new block without elements, with room for this many; std::length_error beyond kMaxCount.
     Block newBlock(std::size_t capacity) const { return Block(static_cast<VnIfcAggrImpOf*>(allocate(capacity))); }
     /// A new block with exactly these values.
     Block blockOf(std::span<const T> values, VnIfcTransfer how) const {
@@ -197,10 +223,13 @@ protected:
             std::uninitialized_copy_n(values.data(), values.size(), end);
         setCount(count() + values.size());
     }
+    /// Puts another block in the place of this one, and destroys this one.
     void replace(VnIfcAggrImp*& place, Block block) noexcept {
         place = block.release();
         destroy();
     }
+    /// Inserts a copy of an element, which may be one of the block's own, before the index; an index equal to count()
+    /// appends. std::length_error when kMaxCount is reached.
     void insertAt(VnIfcAggrImp*& place, std::uint32_t index, const T& element) {
         if (count() == capacity())
             return insertIntoLarger(place, index, element);
@@ -215,6 +244,7 @@ protected:
         }
         setCount(count() + 1);
     }
+    /// Removes the element at an index below count(), and closes the gap.
     void eraseAt(std::uint32_t index) noexcept {
         T* const end = elements() + count();
         std::move(elements() + index + 1, end, elements() + index);
@@ -242,13 +272,17 @@ class VnIfcAggrImpBounds : public Base {
 public:
     using Base::Base;
 
+    /// The declared bound; kVnUnbounded for "?".
     std::uint32_t lowerBound() const noexcept final { return lower; }
+    /// As lowerBound.
     std::uint32_t upperBound() const noexcept final { return upper; }
+    /// The shared prototype of this class, in this library.
     VnIfcAggrImp* prototype() const noexcept final {
         return VnIfcAggrImpDummy<typename Base::Element, Self>::prototype();
     }
 
 protected:
+    /// Writes the head of a block of this class.
     VnIfcAggrImp* stamp(void* memory, VnIfcAggrHead head) const noexcept final { return ::new (memory) Self(head); }
 };
 

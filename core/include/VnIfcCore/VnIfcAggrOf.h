@@ -7,11 +7,14 @@ namespace VN_SDAI {
 template <class T>
 class VnIfcAggrOf : public VnIfcAggr {
 public:
+    /// The element type, as ranges name it.
     using value_type = T;
 
     /// The elements: in ascending order for a SET, in sequence for a LIST. Valid until the aggregate changes.
     std::span<const T> items() const noexcept { return imp().items(); }
+    /// The range of items().
     const T* begin() const noexcept { return items().data(); }
+    /// As begin().
     const T* end() const noexcept { return begin() + count(); }
     /// The element at an index below count(); no range check.
     const T& operator[](std::size_t index) const noexcept { return begin()[index]; }
@@ -37,7 +40,9 @@ public:
 protected:
     using VnIfcAggr::VnIfcAggr;
 
+    /// The implementation object, with its element type.
     VnIfcAggrImpOf<T>& imp() noexcept { return static_cast<VnIfcAggrImpOf<T>&>(*m_imp); }
+    /// As above, not to be changed.
     const VnIfcAggrImpOf<T>& imp() const noexcept { return static_cast<const VnIfcAggrImpOf<T>&>(*m_imp); }
 };
 

@@ -20,6 +20,7 @@ template <class T>
 struct VnIfcArrayMemCopyReallocator {
     static_assert(std::is_trivially_copyable_v<T>);
 
+    /// Copies `count` elements to raw memory that does not overlap theirs.
     static void relocate(T* to, const T* from, std::size_t count) noexcept {
         if (count != 0)
             std::memcpy(static_cast<void*>(to), from, count * sizeof(T));
@@ -30,6 +31,8 @@ struct VnIfcArrayMemCopyReallocator {
 /// When a copy fails, the elements stay where they were.
 template <class T>
 struct VnIfcArrayObjectCopyReallocator {
+    /// Moves `count` elements to raw memory that does not overlap theirs, and destroys the old ones. Copies, which may
+    /// throw, where moving may throw.
     static void relocate(T* to, T* from, std::size_t count) {
         if constexpr (std::is_nothrow_move_constructible_v<T>)
             std::uninitialized_move_n(from, count, to);
@@ -39,6 +42,7 @@ struct VnIfcArrayObjectCopyReallocator {
     }
 };
 
+/// The reallocator that an array of T uses by default.
 template <class T>
 using VnIfcArrayReallocatorOf =
     std::conditional_t<std::is_arithmetic_v<T>, VnIfcArrayMemCopyReallocator<T>, VnIfcArrayObjectCopyReallocator<T>>;
@@ -48,12 +52,15 @@ using VnIfcArrayReallocatorOf =
 template <class T, class Reallocator = VnIfcArrayReallocatorOf<T>>
 class VnIfcArray {
 public:
+    /// The element type, as ranges name it.
     using value_type = T;
+    /// The least number of elements by which an array grows.
     static constexpr std::uint32_t kDefaultGrowStep = 8;
 
     VnIfcArray() noexcept = default;
     /// An empty array that grows by at least `growStep` elements at a time.
     explicit VnIfcArray(std::uint32_t growStep) noexcept : m_growStep(std::max(growStep, 1u)) {}
+    /// Copies the elements of a list in braces.
     VnIfcArray(std::initializer_list<T> elements) { appendAll({elements.begin(), elements.size()}); }
     /// From any contiguous range of elements: a vector, an array, a span; for an array of arrays, a range of such.
     template <class Range>
@@ -66,13 +73,17 @@ public:
         for (const auto& element : elements)
             append(T(element));
     }
+    /// Copies the elements; the grow step is the same.
     VnIfcArray(const VnIfcArray& other) : m_growStep(other.m_growStep) { appendAll(other); }
+    /// Takes the elements and leaves an empty array.
     VnIfcArray(VnIfcArray&& other) noexcept { swap(other); }
     ~VnIfcArray() {
         clear();
         ::operator delete(m_elements);
     }
 
+    ///@{
+    /// Takes the elements as the constructor of the same argument does.
     VnIfcArray& operator=(const VnIfcArray& other) {
         if (this != &other)
             VnIfcArray(other).swap(*this);
@@ -82,26 +93,41 @@ public:
         VnIfcArray(std::move(other)).swap(*this);
         return *this;
     }
+    ///@}
 
+    ///@{
+    /// The number of elements.
     std::uint32_t length() const noexcept { return m_length; }
     std::size_t size() const noexcept { return m_length; }
+    ///@}
+    /// True when there are no elements.
     bool isEmpty() const noexcept { return m_length == 0; }
+    /// How many elements there is memory for.
     std::uint32_t capacity() const noexcept { return m_capacity; }
+    /// The least number of elements by which the array grows; a larger array doubles.
     std::uint32_t growStep() const noexcept { return m_growStep; }
 
+    ///@{
     /// The element at an index below length(); no range check.
     T& operator[](std::size_t index) noexcept { return m_elements[index]; }
     const T& operator[](std::size_t index) const noexcept { return m_elements[index]; }
+    ///@}
+    ///@{
     /// As operator[], without a range check either.
     T& at(std::size_t index) noexcept { return m_elements[index]; }
     const T& at(std::size_t index) const noexcept { return m_elements[index]; }
+    ///@}
 
+    ///@{
+    /// The elements, one after the other; null bounds for an array that never had any. Valid until the array grows, is
+    /// moved from or destroyed.
     T* data() noexcept { return m_elements; }
     const T* data() const noexcept { return m_elements; }
     T* begin() noexcept { return m_elements; }
     T* end() noexcept { return m_elements + m_length; }
     const T* begin() const noexcept { return m_elements; }
     const T* end() const noexcept { return m_elements + m_length; }
+    ///@}
 
     /// Adds an element at the end and returns it. References to elements become invalid.
     T& append(T element) {
@@ -129,6 +155,7 @@ public:
         }
         m_length = static_cast<std::uint32_t>(length);
     }
+    /// As setLogicalLength.
     void resize(std::size_t length) { setLogicalLength(length); }
     /// Makes room for `capacity` elements in all.
     void reserve(std::size_t capacity) {
@@ -147,6 +174,7 @@ public:
         std::destroy(begin(), end());
         m_length = 0;
     }
+    /// Exchanges contents and grow steps without copying.
     void swap(VnIfcArray& other) noexcept {
         std::swap(m_elements, other.m_elements);
         std::swap(m_length, other.m_length);
@@ -154,6 +182,7 @@ public:
         std::swap(m_growStep, other.m_growStep);
     }
 
+    /// Equal elements in the same order; room and grow step do not count.
     friend bool operator==(const VnIfcArray& left, const VnIfcArray& right) {
         return std::equal(left.begin(), left.end(), right.begin(), right.end());
     }

@@ -6,10 +6,13 @@ namespace VN_SDAI {
 /// An attribute of an entity (ISO 10303-22, attribute). Owned by its entity's record.
 class VNIFC_API VnIfcAttributeDefinition : public DictionaryInstance {
 public:
+    /// How the attribute is declared (ISO 10303-11, 9.2.1): with a value of its own, computed, or seen from the other
+    /// side of a relation.
     enum class Kind : std::uint8_t { kExplicit, kDerived, kInverse };
 
     ~VnIfcAttributeDefinition() override;
 
+    /// Which of the derived classes the record is of.
     Kind attributeKind() const noexcept { return m_kind; }
     /// As declared: "GlobalId".
     const VnAnsiString& name() const noexcept { return m_name; }
@@ -23,6 +26,7 @@ public:
     const VnIfcEntityType* parentEntity() const noexcept { return m_parent; }
 
 protected:
+    /// The type is not owned; null until resolved.
     VnIfcAttributeDefinition(Kind kind, VnAnsiString name, const VnIfcParameterType* type,
                              const VnIfcEntityType* parent = nullptr) noexcept
         : m_kind(kind), m_name(std::move(name)), m_type(type), m_parent(parent) {}
@@ -38,8 +42,10 @@ private:
     const VnIfcEntityType* m_parent;
 };
 
+/// An attribute with a value of its own (ISO 10303-22, explicit_attribute).
 class VNIFC_API VnIfcExplicitAttributeDefinition : public VnIfcAttributeDefinition {
 public:
+    /// The type is not owned, and null where it is given by a name that the schema builder resolves.
     VnIfcExplicitAttributeDefinition(VnAnsiString name, const VnIfcParameterType* type, bool optional) noexcept
         : VnIfcAttributeDefinition(Kind::kExplicit, std::move(name), type), m_optional(optional) {}
     ~VnIfcExplicitAttributeDefinition() override;
@@ -52,8 +58,11 @@ private:
     bool m_optional;
 };
 
+/// A computed attribute (ISO 10303-22, derived_attribute). The dictionary holds its declaration and not its expression.
 class VNIFC_API VnIfcDerivedAttributeDefinition : public VnIfcAttributeDefinition {
 public:
+    /// Type and redeclared attribute are not owned, and null where they are given by names that the schema builder
+    /// resolves.
     VnIfcDerivedAttributeDefinition(VnAnsiString name, const VnIfcParameterType* type,
                                     const VnIfcAttributeDefinition* redeclared) noexcept
         : VnIfcAttributeDefinition(Kind::kDerived, std::move(name), type), m_redeclared(redeclared) {}
@@ -71,6 +80,8 @@ private:
     VnAnsiString m_redeclaredName;
 };
 
+/// An attribute that holds the instances referring to this one by an attribute of theirs (ISO 10303-22,
+/// inverse_attribute).
 class VNIFC_API VnIfcInverseAttributeDefinition : public VnIfcAttributeDefinition {
 public:
     /// Cardinalities are Consts::VnIntUnset for "?" and where the declaration gives none. `duplicates`: a BAG, not a
@@ -84,8 +95,12 @@ public:
     const VnIfcAttributeDefinition* invertedAttribute() const noexcept { return m_inverted; }
     /// Its name as registered.
     const VnAnsiString& invertedName() const noexcept { return m_invertedName; }
+    ///@{
+    /// The declared bound of the cardinality; Consts::VnIntUnset for "?" and where the declaration gives none.
     int minimum() const noexcept { return m_minimum; }
     int maximum() const noexcept { return m_maximum; }
+    ///@}
+    /// True when declared as a BAG, in which an instance can stand twice.
     bool duplicates() const noexcept { return m_duplicates; }
 
 private:

@@ -27,9 +27,13 @@ public:
     /// Checks every instance, on several threads; 0: as many as the machine has. Findings do not depend on their number
     /// and go to the sink on the calling thread.
     void run(unsigned threads = 0);
+    /// Whether the cardinality of inverse attributes is looked at, as asked for at construction.
     bool checksInverses() const noexcept { return m_inverses; }
+    ///@{
+    /// How many findings of that severity there were, with and without a sink.
     std::uint64_t errors() const noexcept { return m_errors; }
     std::uint64_t warnings() const noexcept { return m_warnings; }
+    ///@}
 
     // For instances.
 

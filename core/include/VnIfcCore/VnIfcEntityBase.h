@@ -29,30 +29,43 @@ public:
     /// Converts and stores; false, and the attribute unchanged, when the name is unknown, the value does not convert,
     /// or isBeyondFile is true of the attribute's position.
     virtual bool putAttr(const VnAnsiString& name, const VnIfcVariant& value);
+    /// True when the attribute of that record's name holds a value; false for null.
     virtual bool testAttr(const VnIfcAttributeDefinition* attribute) const;
     /// True when the attribute holds a value.
     virtual bool testAttr(const VnAnsiString& name) const;
     /// Puts the attribute back to its unset value.
     virtual void unsetAttr(const VnAnsiString& name);
+    ///@{
     /// Reads, or writes, the parameter list (ISO 10303-21, 12.2).
     virtual VN::ErrorStatus inFields(VnSpfFilerBase* filer) = 0;
     virtual VN::ErrorStatus outFields(VnSpfFilerBase* filer) const = 0;
+    ///@}
+    ///@{
+    /// As inFields and outFields, which they call.
     virtual VN::ErrorStatus _inFields(VnSpfFilerBase* filer);
     virtual VN::ErrorStatus _outFields(VnSpfFilerBase* filer) const;
+    ///@}
     /// Enters this instance into the inverse attributes of the instances that it refers to.
     virtual void setInverseCounterParts();
+    /// Does nothing here; what removes entries from inverse attributes is the model.
     virtual void resetInverseCounterParts();
+    ///@{
+    /// Other names of testAttr, unsetAttr, getAttr and putAttr, which they call: names are compared without regard to
+    /// case in all of them.
     virtual bool testAttrCaseInsensitive(const VnAnsiString& name) const;
     virtual void unsetAttrCaseInsensitive(const VnAnsiString& name);
     virtual bool _getAttr(const VnAnsiString& name, VnIfcVariant& value) const;
     virtual bool _putAttr(const VnAnsiString& name, const VnIfcVariant& value);
     virtual bool _testAttr(const VnAnsiString& name) const;
     virtual void _unsetAttr(const VnAnsiString& name);
+    ///@}
     /// Exactly of this type.
     virtual bool isInstanceOf(const VnIfcEntityType* type) const = 0;
+    /// By the entity's name in any case.
     virtual bool isInstanceOf(const char* name) const = 0;
     /// Of this type or a subtype of it.
     virtual bool isKindOf(const VnIfcEntityType* type) const = 0;
+    /// By the entity's name in any case.
     virtual bool isKindOf(const char* name) const = 0;
     /// Takes this instance out of the inverse attributes of the instances that it refers to.
     virtual void leaveInverseCounterParts();
@@ -105,11 +118,17 @@ public:
     bool isBeyondFile(unsigned position) const noexcept;
 
     // Instances that a loader makes live in its model's arena.
+    ///@{
+    /// Memory for an instance: from the arena of the calling thread if it has one, which then frees it, else from the
+    /// heap.
     static void* operator new(std::size_t size);
     static void operator delete(void* memory) noexcept;
+    ///@}
 
 protected:
+    /// An instance that belongs to no model.
     VnIfcEntityBase() noexcept = default;
+    ///@{
     /// A copy belongs to no model; assignment leaves identity alone, and changes all attributes.
     VnIfcEntityBase(const VnIfcEntityBase&) noexcept {}
     VnIfcEntityBase& operator=(const VnIfcEntityBase& other) {
@@ -119,6 +138,7 @@ protected:
         referenceChanges();
         return *this;
     }
+    ///@}
 
     /// To be called for every change of an attribute, so that a text kept from the file gives way to the new value.
     void touched(unsigned position) noexcept {

@@ -24,14 +24,18 @@ public:
                                              const VnIfcEntityType* supertype);
     ~VnIfcEntityType() override;
 
+    /// The schema that owns the record.
     VnIfcSchema* schema() const noexcept { return m_schema; }
+    /// True when instances may stand on their own, not only where another instance refers to them.
     bool isIndependent() const noexcept { return m_independent; }
     /// ABSTRACT in the schema. The factory makes instances of such entities all the same.
     bool isAbstract() const noexcept { return m_abstract; }
+    /// Called while the dictionary is built.
     void setAbstract(bool isAbstract) noexcept { m_abstract = isAbstract; }
     /// The rows of the class that instances of the entity have: what can be done with each attribute, and how
     /// (VnIfcTyped/Entity.h). Null for an entity without such a class.
     const typed::EntityClass* entityClass() const noexcept { return m_entityClass; }
+    /// Called while the dictionary is built; the rows must outlive the record.
     void setEntityClass(const typed::EntityClass* entityClass) noexcept { m_entityClass = entityClass; }
     VnTypeCodeKind kind() const noexcept override { return VnTypeCodeKind::kEntity; }
     /// Null for a root entity.
@@ -57,9 +61,12 @@ public:
     void appendAttribute(VnIfcAttributeDefinition* attribute);
     /// The entity's own attributes, in the order in which they were appended.
     std::span<const VnIfcAttributeDefinition* const> attributes() const noexcept { return m_attributes; }
+    ///@{
+    /// The entity's own attributes of one kind, in the order in which they were appended.
     std::span<const VnIfcExplicitAttributeDefinition* const> explicitAttributes() const noexcept { return m_explicit; }
     std::span<const VnIfcDerivedAttributeDefinition* const> derivedAttributes() const noexcept { return m_derived; }
     std::span<const VnIfcInverseAttributeDefinition* const> inverseAttributes() const noexcept { return m_inverse; }
+    ///@}
     /// All attributes, inherited ones first, from the root down.
     std::vector<const VnIfcAttributeDefinition*> allAttributes() const;
     /// The attribute of that name, in any case, of this entity or else of the nearest supertype that has one; null when

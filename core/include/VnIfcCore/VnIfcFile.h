@@ -8,6 +8,7 @@
 
 namespace VN_SDAI {
 
+/// How a file is opened: all that reading takes, and the release.
 struct VnIfcOpenOptions : VnIfcReadOptions {
     /// The release whose classes are taken, in any case ("IFC4"); empty: the one that FILE_SCHEMA asks for.
     std::string_view release;
@@ -20,17 +21,24 @@ class VNIFC_API VnIfcFile {
 public:
     /// Without a model.
     VnIfcFile() noexcept = default;
+    ///@{
+    /// The model stays where it is, so that pointers to it and handles stay good; a model that is assigned over goes
+    /// before its module.
     VnIfcFile(VnIfcFile&&) noexcept = default;
     VnIfcFile& operator=(VnIfcFile&& other) noexcept;
+    ///@}
     ~VnIfcFile() = default;
 
     /// What reading came to; without success there is no model.
     const VnIfcFileResult& result() const noexcept { return m_result; }
+    /// True when there is a model.
     explicit operator bool() const noexcept { return m_model != nullptr; }
 
+    ///@{
     /// There must be a model.
     VnIfcModel& model() noexcept { return *m_model; }
     const VnIfcModel& model() const noexcept { return *m_model; }
+    ///@}
     /// The use of the module; good as long as the model.
     const VnModule& module() const noexcept { return *m_module; }
     /// The release of the classes; null without a model.

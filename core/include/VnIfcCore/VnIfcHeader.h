@@ -11,13 +11,17 @@ namespace VN_SDAI {
 /// text.
 class VNIFC_API VnIfcHeader {
 public:
+    /// One entry of the header section.
     struct Entry {
         std::string keyword;    ///< "FILE_NAME"
         std::string parameters; ///< without the outer parentheses
     };
 
+    ///@{
+    /// All entries in the order of the file, owned by the header.
     std::vector<Entry>& entries() noexcept { return m_entries; }
     const std::vector<Entry>& entries() const noexcept { return m_entries; }
+    ///@}
     /// The first entry of that keyword; null when there is none.
     const Entry* find(std::string_view keyword) const noexcept;
     /// The strings of the index-th parameter (from 0) of an entry, decoded as exchange text of one level: a single

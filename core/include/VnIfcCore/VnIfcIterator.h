@@ -12,13 +12,19 @@ class VnIfcOrderedAggr;
 /// stays usable when the aggregate changes; the aggregate must outlive it.
 class VNIFC_API VnIfcConstIterator {
 public:
+    /// Stands at the first element.
     explicit VnIfcConstIterator(const VnIfcAggr& aggregate) noexcept
         : m_aggregate(&aggregate), m_elementSize(aggregate.imp().elementSize()) {}
 
+    /// Goes back to the first element.
     void first() noexcept { m_index = 0; }
+    /// Goes to the next element; past the end it stays past the end.
     void next() noexcept { ++m_index; }
+    /// True when there is no current element.
     bool atEnd() const noexcept { return m_index >= m_aggregate->count(); }
+    /// The position, from 0.
     std::uint32_t index() const noexcept { return m_index; }
+    /// The kind of the elements' type.
     VnTypeCodeKind elementKind() const noexcept { return m_aggregate->elementKind(); }
     /// The current element, valid until the aggregate changes; null at the end.
     const void* current() const noexcept {
@@ -44,6 +50,7 @@ private:
 /// An iterator that may change the aggregate.
 class VNIFC_API VnIfcIterator : public VnIfcConstIterator {
 public:
+    /// Stands at the first element.
     explicit VnIfcIterator(VnIfcAggr& aggregate) noexcept : VnIfcConstIterator(aggregate), m_target(&aggregate) {}
 
     /// Replaces the current element of a LIST whose element type is T; eRefused at the end, for a SET, and for elements

@@ -40,6 +40,7 @@ public:
         : VnIfcListAggr<T>(VnIfcAggrImpDummy<T, VnIfcListAggrBoundedImp<VnIfcListAggrBounded>>::prototype()) {}
 };
 
+/// A LIST whose elements are aggregates of class List.
 template <class List>
 class VnIfcListAggrCompound;
 

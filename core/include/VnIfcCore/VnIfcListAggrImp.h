@@ -41,18 +41,22 @@ extern template class VNIFC_API VnIfcOrderedAggrImp<double>;
 extern template class VNIFC_API VnIfcOrderedAggrImp<int>;
 extern template class VNIFC_API VnIfcOrderedAggrImp<VnAnsiString>;
 
+/// The implementation class of a list with the bounds [0:?].
 template <class Aggr>
 class VnIfcListAggrImp;
 
+/// The implementation class of a list of elements of type T with the bounds [0:?].
 template <class T>
 class VnIfcListAggrImp<VnIfcListAggr<T>> final
     : public VnIfcAggrImpBounds<VnIfcListAggrImp<VnIfcListAggr<T>>, VnIfcOrderedAggrImp<T>, 0, kVnUnbounded> {
     using VnIfcListAggrImp::VnIfcAggrImpBounds::VnIfcAggrImpBounds;
 };
 
+/// The implementation class of a list with bounds.
 template <class Aggr>
 class VnIfcListAggrBoundedImp;
 
+/// The implementation class of a list of elements of type T with bounds, which it reports and does not check.
 template <class T, std::uint32_t lower, std::uint32_t upper>
 class VnIfcListAggrBoundedImp<VnIfcListAggrBounded<T, lower, upper>> final
     : public VnIfcAggrImpBounds<VnIfcListAggrBoundedImp<VnIfcListAggrBounded<T, lower, upper>>, VnIfcOrderedAggrImp<T>,

@@ -17,8 +17,10 @@ class VnIfcGUID;
 /// Called now and then with how far a long operation has come, from 0 to 1; returning false cancels it.
 using VnIfcProgress = std::function<bool(double)>;
 
+/// How a file is read.
 struct VnIfcReadOptions {
     VnIfcDiagnosticSink diagnostics; ///< none: findings are only counted
+    /// Called on the thread that reads the file; none: the operation cannot be cancelled.
     VnIfcProgress progress;
     unsigned threads = 0;  ///< 0: as many as the machine has
     bool inverses = true;  ///< set inverse attributes when the file has been read
@@ -31,11 +33,13 @@ struct VnIfcReadOptions {
     std::size_t piece = 0;
 };
 
+/// How a file is written.
 struct VnIfcWriteOptions {
     /// What cannot be written as it is held: "foreign-reference" and "not-finite" (errors, written "$"), "no-value" (a
     /// warning: a select whose member has none, written "$") and "text" (a warning: bytes that are no exchange text,
     /// written as they are). None: findings are only counted.
     VnIfcDiagnosticSink diagnostics;
+    /// None: the operation cannot be cancelled.
     VnIfcProgress progress;
     unsigned threads = 0; ///< 0: as many as the machine has
     /// Writes the strings that are no exchange text (ISO 10303-21, 6.4.3), raw UTF-8 or a backslash that begins no
@@ -45,12 +49,19 @@ struct VnIfcWriteOptions {
 
 /// What an operation on a file came to.
 struct [[nodiscard]] VnIfcFileResult {
+    /// VN::eOk, or why nothing was read or written.
     VN::ErrorStatus status = VN::eOk;
     std::string message; ///< why the status is no success
+    /// Of the file's text that was read or written.
     std::uint64_t bytes = 0;
+    ///@{
+    /// How many findings of that severity there were, with and without a sink. They do not make the operation a
+    /// failure.
     std::uint64_t errors = 0;
     std::uint64_t warnings = 0;
+    ///@}
 
+    /// True for success, whatever was found.
     explicit operator bool() const noexcept { return status == VN::eOk; }
 };
 
@@ -63,19 +74,28 @@ public:
     ~VnIfcModel();
     VnIfcModel(const VnIfcModel&) = delete;
     VnIfcModel& operator=(const VnIfcModel&) = delete;
+    ///@{
     /// Instances and handles stay where they are and belong to the new model. What was moved from can only be destroyed
     /// or assigned to.
     VnIfcModel(VnIfcModel&& other) noexcept;
     VnIfcModel& operator=(VnIfcModel&& other) noexcept;
+    ///@}
 
+    /// The schema of the instances, not owned; never null.
     const VnIfcSchema* schema() const noexcept;
+    ///@{
     /// What access by name is allowed: getAttr, testAttr, putAttr and unsetAttr of the instances throw VnIfcException
     /// otherwise, and so do the properties of whole instances, which go by name. Nothing else is guarded: accessors of
     /// the classes, property objects of attributes, create, append, copy, erase and clear work in every mode.
     SdaiAccessMode mode() const noexcept { return m_mode; }
     void setMode(SdaiAccessMode mode) noexcept { m_mode = mode; }
+    ///@}
+    ///@{
+    /// The header section, owned by the model. Empty for a new model, which is written with the entries of
+    /// VnIfcHeader::standard.
     VnIfcHeader& header() noexcept;
     const VnIfcHeader& header() const noexcept;
+    ///@}
 
     /// Creates an instance of the named entity (in any case) under the next free number; null for an
     /// unknown name and for an abstract entity.
@@ -91,6 +111,7 @@ public:
         append(std::move(instance));
         return result;
     }
+    ///@{
     /// Copies an instance, from this model or another one. Within a model the copy refers to what the source refers to;
     /// from another model everything that the source refers to is copied too, unless `copies` names its counterpart
     /// already; it is extended. Between schemas entities and attributes are matched by their names alone: a value whose
@@ -98,6 +119,7 @@ public:
     /// Null when that holds for the source itself.
     VnDbObjectId copy(const VnDbObjectId& source);
     VnDbObjectId copy(const VnDbObjectId& source, std::vector<std::pair<VnDbObjectId, VnDbObjectId>>& copies);
+    ///@}
     /// As copy; reports what becomes of an instance whose schema is another one. Attributes go by name; those that the
     /// source does not have are unset ("mandatory" where this schema demands a value), those that the copy does not
     /// have are left out ("no-attribute"), and values that do not fit are kept as text, with the codes that reading
@@ -132,6 +154,7 @@ public:
                  const std::function<void(VnIfcEntityBase&)>& visit) const;
     /// Handles of all instances in ascending order of numbers.
     std::vector<VnDbObjectId> instances() const;
+    /// Handles of the instances of one entity type, with or without its subtypes, in ascending order of numbers.
     std::vector<VnDbObjectId> instancesOf(const VnIfcEntityType* type, bool withSubtypes = true) const;
 
     /// The line of one instance, with kept text and without a line end: "#12=IFCWALL(...);". Empty for a handle that
@@ -155,6 +178,7 @@ public:
     /// As writeFile, into memory. `result`, if given, receives what writeFile returns.
     std::string writeText(const VnIfcWriteOptions& options = {}, VnIfcFileResult* result = nullptr) const;
 
+    /// The model's contents, known to the core alone.
     struct Data;
     /// For the core's own parts.
     Data& data() const noexcept { return *m_data; }
@@ -181,16 +205,21 @@ public:
     VnIfcForeignInstance(VnAnsiString keyword, VnAnsiString parameters, bool isList = true) noexcept
         : m_keyword(std::move(keyword)), m_parameters(std::move(parameters)), m_isList(isList) {}
 
+    /// As in the file; empty for a complex instance.
     const VnAnsiString& keyword() const noexcept { return m_keyword; }
+    /// False when the text is not the inside of a parameter list but everything after "#12=".
     bool isList() const noexcept { return m_isList; }
     /// What stands between the outer parentheses.
     const VnAnsiString& parameters() const noexcept { return m_parameters; }
+    /// Replaces the text, which is written as it is and checked by nobody.
     void setParameters(VnAnsiString parameters) { m_parameters = std::move(parameters); }
 
     VnIfcEntityType* getInstanceType() const override { return nullptr; }
     VN::ErrorStatus inFields(VnSpfFilerBase*) override { return VN::eNotHandled; }
+    /// Writes the text as it is.
     VN::ErrorStatus outFields(VnSpfFilerBase* filer) const override;
     bool isInstanceOf(const VnIfcEntityType*) const override { return false; }
+    /// Compares with the keyword, in any case.
     bool isInstanceOf(const char*) const override;
     bool isKindOf(const VnIfcEntityType*) const override { return false; }
     bool isKindOf(const char* name) const override { return isInstanceOf(name); }

@@ -12,6 +12,7 @@ public:
     const VnAnsiString& name() const noexcept { return m_name; }
 
 protected:
+    /// Copies the name.
     explicit VnIfcNameType(const char* name) : m_name(name) {}
 
 private:
@@ -31,6 +32,7 @@ public:
     VnIfcShownIn(const VnIfcShownIn&) = delete;
     VnIfcShownIn& operator=(const VnIfcShownIn&) = delete;
 
+    /// Makes `place`, which must be of static storage, point to the record.
     void show(T*& place, T* record) noexcept {
         m_place = &place;
         m_record = place = record;

@@ -29,6 +29,7 @@ private:
 /// A simple type (ISO 10303-11, 8.1). NUMBER counts as REAL.
 class VNIFC_API VnIfcSimpleType : public VnIfcParameterType {
 public:
+    /// `kind` is that of a simple type.
     explicit VnIfcSimpleType(VnTypeCodeKind kind) noexcept : m_kind(kind) {}
     ~VnIfcSimpleType() override;
     VnTypeCodeKind kind() const noexcept override { return m_kind; }
@@ -40,8 +41,10 @@ private:
 /// STRING (ISO 10303-11, 8.1.6), and BINARY where it has a width.
 class VNIFC_API VnIfcStringType : public VnIfcSimpleType {
 public:
+    /// The width of a string without one.
     static constexpr int kNoWidth = 0;
 
+    /// `fixed`: values have exactly the width. The width is in characters, of a binary in bits.
     explicit VnIfcStringType(bool fixed = false, int width = kNoWidth) noexcept
         : VnIfcSimpleType(VnTypeCodeKind::kString), m_fixed(fixed), m_width(width) {}
     ~VnIfcStringType() override;

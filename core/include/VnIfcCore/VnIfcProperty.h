@@ -13,6 +13,7 @@ class VnIfcVariantType;
 /// (ISO 10303-21); getText gives people's text. One that refers to a descriptor lives no longer than the schema.
 class VNIFC_API VnIfcProperty {
 public:
+    /// What kind() returns.
     enum Kind : int {
         kAttribute = 1, ///< of an attribute of all instances of entity()
         kSimple = 2,    ///< of one instance, a VnIfcSimpleProperty
@@ -22,6 +23,7 @@ public:
     VnIfcProperty& operator=(const VnIfcProperty&) = delete;
 
     virtual ~VnIfcProperty();
+    /// One of Kind.
     virtual int kind() const noexcept = 0;
     /// Gives what the attribute holds, set or not. eRefused, and `value` as it was, when the instance is null or not of
     /// entity().
@@ -31,6 +33,8 @@ public:
     virtual VN::ErrorStatus putAttribute(VnIfcEntityBase* instance, const VnIfcVariant& value) const = 0;
     /// The value of the property's own instance; eRefused where there is none.
     virtual VN::ErrorStatus getValue(VnIfcVariant& value) const;
+    /// Sets the value of the property's own instance; eRefused, and the instance as it was, where there is none or the
+    /// value is not taken.
     virtual VN::ErrorStatus putValue(const VnIfcVariant& value) const;
     /// Adds the properties that this one is made of; false, and nothing added, when it is not made of any.
     virtual bool subProperties(VnIfcPropertyCollection& parts) const;
@@ -39,6 +43,7 @@ public:
     void init(VnAnsiString name, const VnIfcVariantType* type, const VnIfcEntityType* entity) noexcept;
     /// Of the attribute: "GlobalId".
     const VnAnsiString& name() const noexcept { return m_name; }
+    /// The descriptor of what getAttribute gives, as given to init; not owned.
     const VnIfcVariantType* type() const noexcept { return m_type; }
     /// The entity whose instances the property is for.
     const VnIfcEntityType* entity() const noexcept { return m_entity; }

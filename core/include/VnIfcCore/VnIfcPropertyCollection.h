@@ -11,9 +11,13 @@ namespace VN_SDAI {
 /// Properties in the order in which they were added. Owns them.
 class VNIFC_API VnIfcPropertyCollection {
 public:
+    /// Without properties.
     VnIfcPropertyCollection() noexcept;
+    ///@{
+    /// Takes the properties, which stay where they are, so that pointers to them stay good.
     VnIfcPropertyCollection(VnIfcPropertyCollection&&) noexcept;
     VnIfcPropertyCollection& operator=(VnIfcPropertyCollection&&) noexcept;
+    ///@}
     ~VnIfcPropertyCollection();
 
     /// Owns the property from then on. Throws std::invalid_argument for null.
@@ -23,12 +27,18 @@ public:
 
     /// The first property of that name, in any case; null when there is none.
     const VnIfcProperty* find(std::string_view name) const noexcept;
+    ///@{
+    /// How many properties there are.
     std::size_t size() const noexcept { return m_properties.size(); }
     bool isEmpty() const noexcept { return m_properties.empty(); }
+    ///@}
     /// The property at an index below size(); no range check.
     const VnIfcProperty& operator[](std::size_t index) const noexcept { return *m_properties[index]; }
+    ///@{
+    /// The owning pointers in the order of the properties; none is null.
     auto begin() const noexcept { return m_properties.begin(); }
     auto end() const noexcept { return m_properties.end(); }
+    ///@}
 
 private:
     std::size_t indexOf(std::string_view name) const noexcept;

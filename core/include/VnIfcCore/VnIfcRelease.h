@@ -21,6 +21,7 @@ struct VnIfcRelease {
     std::string_view module;  ///< to load: "VnIfc4x3Add2"
     std::string_view package; ///< that installs it: "vnifc-ifc4x3-add2"
     std::string_view title;   ///< for people: "IFC4X3 ADD2 (ISO 16739-1:2024)"
+    /// The names in FILE_SCHEMA that it serves, its own among them.
     std::span<const VnIfcServedName> serves;
 };
 
@@ -41,6 +42,7 @@ enum class VnIfcReleaseFit : std::uint8_t {
 /// The release whose classes are taken for a file.
 struct VnIfcReleaseChoice {
     const VnIfcRelease* release; ///< never null
+    /// How well its classes fit `schema`.
     VnIfcReleaseFit fit;
     std::string schema; ///< the name in FILE_SCHEMA that decided; the first one when none is known, empty when none
 };

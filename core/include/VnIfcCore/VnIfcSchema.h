@@ -9,6 +9,7 @@ namespace VN_SDAI {
 /// Filled by a VnIfcSchemaBuilder, constant afterwards and then safe to use from several threads.
 class VNIFC_API VnIfcSchema {
 public:
+    /// An empty schema, to be filled by a VnIfcSchemaBuilder.
     VnIfcSchema();
     virtual ~VnIfcSchema();
     VnIfcSchema(const VnIfcSchema&) = delete;
@@ -16,8 +17,11 @@ public:
 
     /// "IFC4X3".
     const VnAnsiString& name() const noexcept { return m_name; }
+    ///@{
+    /// The version as the builder set it.
     IfcSchemaMajorVersion majorVersion() const noexcept { return m_majorVersion; }
     IfcSchemaMinorVersion minorVersion() const noexcept { return m_minorVersion; }
+    ///@}
 
     /// Defined types, enumerations, selects and aggregations that have a name: VnIfcDefinedType records.
     const Dictionary& namedTypes() const noexcept { return m_namedTypes; }
@@ -30,6 +34,7 @@ public:
     VnIfcEntityType* entity(std::string_view name) const noexcept {
         return static_cast<VnIfcEntityType*>(m_entities.find(name));
     }
+    /// The number of entities in the dictionary.
     std::size_t entityCount() const noexcept { return m_entities.size(); }
     /// `index` must be below entityCount.
     VnIfcEntityType* entityAt(std::size_t index) const noexcept {

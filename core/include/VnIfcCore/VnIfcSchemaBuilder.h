@@ -41,18 +41,23 @@ public:
 protected:
     /// The schema's own step: puts its records into the dictionaries and their names into the maps.
     virtual void buildSchema() = 0;
+    /// Sets the version that the schema gives.
     void initSchemaVersion(IfcSchemaMajorVersion majorVersion, IfcSchemaMinorVersion minorVersion) noexcept;
 
+    /// The schema that is filled; not owned, never null.
     VnIfcSchema* m_schema;
     Dictionary& m_namedTypes;     ///< VnIfcDefinedType by type name
     Dictionary& m_anonymousTypes; ///< VnIfcDefinedType by descriptive text
     Dictionary& m_entities;       ///< VnIfcEntityType by upper-case name, supertypes first
+    ///@{
+    /// The names that a record refers to, to be resolved by build(). Records are owned by the dictionaries.
     std::unordered_map<VnIfcDefinedType*, VnAnsiString> m_underlyingTypes;
     std::unordered_map<VnIfcAggregationType*, VnAnsiString> m_elementTypes;
     std::unordered_map<VnIfcSelectType*, std::vector<VnAnsiString>> m_selectMembers;
     std::unordered_map<VnIfcExplicitAttributeDefinition*, VnAnsiString> m_attributeTypes;
     std::unordered_map<VnIfcDerivedAttributeDefinition*, VnIfcDerivedAttributeNames> m_derivedAttributes;
     std::unordered_map<VnIfcInverseAttributeDefinition*, VnIfcInverseAttributeNames> m_inverseAttributes;
+    ///@}
     /// Attribute types that the schema has no record of and that stay unresolved, in any case.
     std::vector<VnAnsiString> m_typesWithoutRecord;
 

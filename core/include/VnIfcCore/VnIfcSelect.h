@@ -40,9 +40,11 @@ protected:
     virtual void refreshSelectHandle();
     /// Forgets which member is chosen.
     virtual void unset() = 0;
+    ///@{
     /// Reads, or writes, a value that the core leaves to the select; 18 when it is none of those.
     virtual VN::ErrorStatus readTypedField(const VnAnsiString& typeName, VnSpfFilerBase* filer);
     virtual VN::ErrorStatus writeTypedField(VnSpfFilerBase* filer) const;
+    ///@}
 
 public:
     /// The code of the member of that name, in any case; the number of members when there is none.
@@ -79,6 +81,7 @@ public:
     /// Drops value and choice.
     void nullify();
 
+    ///@{
     /// Gives the chosen member its value. eRefused, and nothing changes, when no member is chosen or its values are of
     /// another kind: choose one with underlyingTypeName or a typed setter of the class.
     VN::ErrorStatus setString(VnAnsiString value);
@@ -88,7 +91,9 @@ public:
     VN::ErrorStatus setBoolean(VnIfcBoolean value);
     VN::ErrorStatus setLogical(VnIfcLogical value);
     VN::ErrorStatus setEnum(std::uint32_t value);
+    ///@}
 
+    ///@{
     /// The value, if it is of that kind; false otherwise, also when the chosen member has no value, which leaves the
     /// argument as it was.
     bool getString(VnAnsiString& value) const;
@@ -98,13 +103,16 @@ public:
     bool getBoolean(VnIfcBoolean& value) const noexcept;
     bool getLogical(VnIfcLogical& value) const noexcept;
     bool getEnum(std::uint32_t& value) const noexcept;
+    ///@}
     /// The text of a string or binary value without copying; empty for other kinds.
     std::string_view text() const noexcept;
+    ///@{
     /// The aggregate of an aggregate-valued member; null for other kinds. Owned by the select.
     VnIfcAggr* getAggr() noexcept { return m_kind == VnTypeCodeKind::kAggregation ? &m_value.aggregate : nullptr; }
     const VnIfcAggr* getAggr() const noexcept {
         return m_kind == VnTypeCodeKind::kAggregation ? &m_value.aggregate : nullptr;
     }
+    ///@}
     /// The elements of an aggregate-valued member; empty when none with elements of type T is held. Valid until the
     /// select changes.
     template <class T>
@@ -133,14 +141,19 @@ public:
     bool operator<(const VnIfcSelect& other) const noexcept;
 
 protected:
+    /// Without a choice and a value.
     VnIfcSelect() noexcept {}
+    ///@{
+    /// Copies or takes the value; the choice is the derived class's matter. What is moved from holds nothing.
     VnIfcSelect(const VnIfcSelect& other) : VnIfcSelect() { copyValue(other); }
     VnIfcSelect(VnIfcSelect&& other) noexcept : VnIfcSelect() { moveValue(other); }
     VnIfcSelect& operator=(const VnIfcSelect& other);
     VnIfcSelect& operator=(VnIfcSelect&& other) noexcept;
+    ///@}
 
     /// Makes the value an unset one of that kind; an aggregate becomes a copy of `prototype`.
     void resetTo(VnTypeCodeKind kind, const VnIfcAggr* prototype = nullptr);
+    /// Makes the value this instance, whatever member it belongs to.
     void holdHandle(const VnDbObjectId& handle) noexcept;
 
     friend class VnSpfFilerBase;

@@ -75,18 +75,22 @@ extern template class VNIFC_API VnIfcUnOrderedAggrImp<double>;
 extern template class VNIFC_API VnIfcUnOrderedAggrImp<int>;
 extern template class VNIFC_API VnIfcUnOrderedAggrImp<VnAnsiString>;
 
+/// The implementation class of a set with the bounds [0:?].
 template <class Aggr>
 class VnIfcSetAggrImp;
 
+/// The implementation class of a set of elements of type T with the bounds [0:?].
 template <class T>
 class VnIfcSetAggrImp<VnIfcSetAggr<T>> final
     : public VnIfcAggrImpBounds<VnIfcSetAggrImp<VnIfcSetAggr<T>>, VnIfcUnOrderedAggrImp<T>, 0, kVnUnbounded> {
     using VnIfcSetAggrImp::VnIfcAggrImpBounds::VnIfcAggrImpBounds;
 };
 
+/// The implementation class of a set with bounds.
 template <class Aggr>
 class VnIfcSetAggrBoundedImp;
 
+/// The implementation class of a set of elements of type T with bounds, which adding and removing observe.
 template <class T, std::uint32_t lower, std::uint32_t upper>
 class VnIfcSetAggrBoundedImp<VnIfcSetAggrBounded<T, lower, upper>> final
     : public VnIfcAggrImpBounds<VnIfcSetAggrBoundedImp<VnIfcSetAggrBounded<T, lower, upper>>, VnIfcUnOrderedAggrImp<T>,

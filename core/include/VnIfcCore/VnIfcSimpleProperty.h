@@ -28,9 +28,11 @@ public:
     VN::ErrorStatus putValue(const VnIfcVariant& value) const override;
     bool subProperties(VnIfcPropertyCollection& parts) const override;
 
+    /// The instance that it stands for; null for one outside of a model.
     const VnDbObjectId& object() const noexcept { return m_object; }
 
 protected:
+    /// The attributes that hold the values; at least one.
     const std::vector<VnAnsiString>& attributes() const noexcept { return m_attributes; }
 
 private:

@@ -63,6 +63,7 @@ private:
 /// While it lives, instances, strings and aggregates made by this thread are taken from the arena.
 class VNIFC_API VnIfcArenaScope {
 public:
+    /// Makes the arena, which must outlive the scope, that of the calling thread. Scopes of one thread nest.
     explicit VnIfcArenaScope(VnIfcArena& arena) noexcept;
     ~VnIfcArenaScope();
     VnIfcArenaScope(const VnIfcArenaScope&) = delete;

@@ -15,6 +15,7 @@ namespace VN_SDAI {
 
 /// A text decoded to UTF-8, and what was wrong with its exchange text.
 struct VnIfcDecodedText {
+    /// What was wrong.
     enum class FaultKind : std::uint8_t {
         kDirective, ///< a backslash that begins no directive of a string
         kDigits,    ///< hexadecimal digits missing or of a wrong number, or no `\X0\` after them
@@ -23,13 +24,19 @@ struct VnIfcDecodedText {
     };
     /// `length` bytes of the exchange text from `offset` on.
     struct Fault {
+        ///@{
+        /// In bytes of the exchange text.
         std::size_t offset;
         std::size_t length;
+        ///@}
+        /// What was wrong there.
         FaultKind kind;
 
+        /// True for the same fault at the same place.
         friend bool operator==(const Fault&, const Fault&) = default;
     };
 
+    /// UTF-8, but for bytes that are none and are kept.
     std::string text;
     /// In the order of their offsets; they do not overlap.
     std::vector<Fault> faults;

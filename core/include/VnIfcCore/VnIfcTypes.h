@@ -41,7 +41,9 @@ enum class VnTypeCodeKind : std::int32_t {
     kAggregation = 16,
 };
 
+/// The first number of a schema's version, which several releases share.
 enum class IfcSchemaMajorVersion : int { kUnknown = 0, kIfc2 = 2, kIfc4 = 4 };
+/// The second number: three for IFC2X3 and for both texts of IFC4X3.
 enum class IfcSchemaMinorVersion : int { kZero = 0, kOne = 1, kTwo = 2, kThree = 3 };
 
 class VnAnsiString;

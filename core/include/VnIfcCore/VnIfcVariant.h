@@ -19,8 +19,10 @@ class VnIfcListAggrCompound;
 template <class T>
 class VnIfcSetAggr;
 
+/// A list of types, for use at compile time.
 template <class... T>
 struct VnIfcTypeList {
+    /// True when U is in the list.
     template <class U>
     static constexpr bool has = (std::is_same_v<T, U> || ...);
     /// The position of U in the list.
@@ -49,10 +51,13 @@ using VnIfcCoreTypes =
 /// The descriptor of the core type at an index of VnIfcCoreTypes.
 VNIFC_API VnIfcVariantTypeSlot& vnIfcCoreTypeSlot(std::size_t index) noexcept;
 
+/// The descriptor of a core type.
 template <class T>
 requires VnIfcCoreTypes::has<T>
 struct VnIfcVariantType::Desc<T> {
+    /// The descriptor, made if there is none.
     static const VnIfcVariantType& value() { return slot().value(); }
+    /// Destroys the descriptor; nothing may use it any more.
     static void release() noexcept { slot().release(); }
 
 private:
@@ -70,7 +75,9 @@ concept VnIfcDescribed = requires {
 /// to. VnAnsiString, `const char*` and VnIfcGUID hold strings in the form of an exchange file, VrString in Unicode.
 class VNIFC_API VnIfcVariant {
 public:
+    /// A null variant.
     VnIfcVariant() noexcept = default;
+    /// Copies the value; of a pointer, the pointer.
     template <VnIfcDescribed T>
     VnIfcVariant(const T& value) : m_type(&VnIfcVariantType::Desc<T>::value()) {
         if (m_type->storage())
@@ -81,18 +88,25 @@ public:
     /// A BOOLEAN.
     template <std::same_as<bool> B>
     VnIfcVariant(B value) : VnIfcVariant(VnIfcBoolean(value)) {}
+    /// As `unsigned long`, the type of enumerations' codes.
     VnIfcVariant(unsigned value) : VnIfcVariant(static_cast<unsigned long>(value)) {}
     /// In the form of an exchange file, as VnAnsiString.
     VnIfcVariant(const std::string& text) : VnIfcVariant(VnAnsiString(text)) {}
+    /// Keeps the pointer: the text is not copied and must outlive the variant.
     VnIfcVariant(const char* text) : VnIfcVariant(VnIfcVariantType::Desc<const char*>::value(), &text) {}
     /// Copies a value of that type; null stands for its default value.
     VnIfcVariant(const VnIfcVariantType& type, const void* value);
+    ///@{
+    /// Copies or takes the value; what is moved from is null.
     VnIfcVariant(const VnIfcVariant& other) : m_type(other.m_type) { copyPayload(other); }
     VnIfcVariant(VnIfcVariant&& other) noexcept { swap(other); }
+    ///@}
     ~VnIfcVariant() {
         if (m_type && m_type->storage())
             m_type->storage()->destroy(*m_type, m_payload);
     }
+    ///@{
+    /// Copies or takes the value. When a copy fails, the variant stays as it was.
     VnIfcVariant& operator=(const VnIfcVariant& other) {
         VnIfcVariant(other).swap(*this);
         return *this;
@@ -101,14 +115,18 @@ public:
         VnIfcVariant(std::move(other)).swap(*this);
         return *this;
     }
+    ///@}
+    /// Exchanges the values without copying.
     void swap(VnIfcVariant& other) noexcept {
         std::swap(m_type, other.m_type);
         std::swap(m_payload, other.m_payload);
     }
 
+    /// True when there is no value, not even an unset one.
     bool isNull() const noexcept { return m_type == nullptr; }
     /// Null for a null variant.
     const VnIfcVariantType* type() const noexcept { return m_type; }
+    ///@{
     /// The value, of type(); null for a null variant. Valid until the variant is changed.
     void* payload() noexcept { return const_cast<void*>(std::as_const(*this).payload()); }
     const void* payload() const noexcept {
@@ -116,10 +134,13 @@ public:
             return nullptr;
         return m_type->storage() && m_type->storage()->onHeap ? onHeap() : m_payload;
     }
+    ///@}
+    /// True when the value is of exactly type T; no conversion is tried.
     template <VnIfcDescribed T>
     bool is() const {
         return m_type == &VnIfcVariantType::Desc<T>::value();
     }
+    ///@{
     /// The value if it is of exactly that type; null otherwise.
     template <VnIfcDescribed T>
     const T* get() const {
@@ -129,6 +150,7 @@ public:
     T* get() {
         return is<T>() ? static_cast<T*>(payload()) : nullptr;
     }
+    ///@}
 
     /// Asks the descriptor of this value, then that of the target, to convert. False, and `result` as it was, when
     /// neither can; true with a `result` of another type where a descriptor returns that.

@@ -26,7 +26,9 @@ class IVnIfcVariantTypeObjectAllocator {
 public:
     /// A new object in its default state; the caller owns it.
     virtual void* create() const = 0;
+    /// A new copy of an object; the caller owns it.
     virtual void* copy(const void* object) const = 0;
+    /// Destroys an object that create or copy made.
     virtual void destroy(void* object) const noexcept = 0;
 
 protected:
@@ -36,6 +38,7 @@ protected:
 /// What a descriptor of an enumeration type tells about its enumerators. The last one stands for "unset".
 class IVnIfcVariantTypeEnumeration {
 public:
+    /// The number of enumerators, "unset" included.
     virtual std::int32_t literalCount() const noexcept = 0;
     /// The qualified name of an enumerator, owned by the descriptor. The index must be from 0 to below literalCount().
     virtual const VnAnsiString* literalName(std::int32_t index) const noexcept = 0;
@@ -49,7 +52,9 @@ protected:
 struct VnIfcVariantStorage {
     /// Makes a payload from a value of the type; null stands for its default value.
     void (*emplace)(const VnIfcVariantType& type, void* payload, const void* value);
+    /// Makes a payload from another one of the same type.
     void (*copy)(const VnIfcVariantType& type, void* payload, const void* source);
+    /// Ends a payload.
     void (*destroy)(const VnIfcVariantType& type, void* payload) noexcept;
     bool onHeap = false; ///< the payload is a pointer to the value
 };
@@ -82,7 +87,9 @@ public:
     VnIfcVariantType(const VnIfcVariantType&) = delete;
     VnIfcVariantType& operator=(const VnIfcVariantType&) = delete;
 
+    /// True when values are selects or pointers to selects: VnIfcSelectVariantType.
     virtual bool isSelect() const noexcept { return false; }
+    /// True when values are arrays or pointers to aggregates: VnIfcAggregateVariantType.
     virtual bool isAggregate() const noexcept { return false; }
     virtual ~VnIfcVariantType();
     /// Null for types whose values stand in the variant itself.
@@ -91,6 +98,7 @@ public:
     virtual const IVnIfcVariantTypeEnumeration* enumeration() const noexcept { return nullptr; }
     /// What was given to the constructor; null for all types of the core and the schema.
     virtual const VnIfcVariantType* reference() const noexcept { return m_reference; }
+    /// What was given to the constructor, not owned; null for all types of the core and the schema.
     virtual VnIfcObject* rxObjectValue() const noexcept { return m_rxObject; }
 
     // The sub-operations do the work for values of this type; the operations below them first see whether there is
@@ -104,12 +112,15 @@ public:
     virtual bool subFromValueType(const VnIfcVariant& source, VnIfcVariant& result) const;
     /// Prints a value of this type; false for null.
     virtual bool subToString(VrString& text, const void* value, StringFormat format) const;
+    /// As subToValueType, with `source` itself for its own type; false when it is not of this type.
     virtual bool toValueType(const VnIfcVariantType& target, const VnIfcVariant& source, VnIfcVariant& result) const;
+    /// As subFromValueType, with `source` itself when it is of this type already; false for a null variant.
     virtual bool fromValueType(const VnIfcVariant& source, VnIfcVariant& result) const;
     /// Prints a variant; false when it is not of this type.
     virtual bool toString(VrString& text, const VnIfcVariant& value, StringFormat format) const;
     /// The name of the member that is chosen in the select that a variant of this type holds; empty otherwise.
     virtual VnAnsiString typePath(const VnIfcVariant& value) const;
+    /// The name of the chosen member, of a variant of this type; empty for types other than selects.
     virtual VnAnsiString subTypePath(const VnIfcVariant& value) const;
     /// Makes `value` hold the unset value of this type; false when the type has none.
     virtual bool createVariant(VnIfcVariant& value) const;
@@ -122,6 +133,8 @@ public:
     const VnIfcVariantStorage* storage() const noexcept { return m_storage; }
 
 protected:
+    /// Copies the name, which is qualified with the schema or namespace. `size` is that of a value in bytes; what the
+    /// pointers point to must outlive the descriptor.
     explicit VnIfcVariantType(const wchar_t* name, std::uint32_t size, const VnIfcVariantType* reference = nullptr,
                               VnIfcObject* rxObject = nullptr, const VnIfcVariantStorage* storage = nullptr)
         : m_name(name), m_size(size), m_reference(reference), m_rxObject(rxObject), m_storage(storage) {}
@@ -168,11 +181,13 @@ private:
 
 /// The lock of the whole process under which descriptors are made.
 using VnIfcVariantTypeLocker = std::recursive_mutex;
+/// The lock itself, of static storage; a thread may take it several times.
 VNIFC_API VnIfcVariantTypeLocker& vnifcGetVaraintTypeLocker() noexcept;
 
 /// Holds a lock as long as it lives.
 class VnIfcAutoLocker {
 public:
+    /// Waits for the lock and takes it.
     explicit VnIfcAutoLocker(VnIfcVariantTypeLocker& locker) : m_guard(locker) {}
 
 private:

@@ -16,6 +16,7 @@ public:
     /// In parentheses.
     bool subToString(VrString& text, const void* value, StringFormat format) const override;
 
+    /// The number of elements of a value of this type; 0 for a null pointer and for a nil aggregate.
     virtual std::uint32_t countOf(const void* value) const noexcept = 0;
     /// A copy of an element; the index must be below countOf.
     virtual VnIfcVariant elementOf(const void* value, std::uint32_t index) const = 0;
@@ -37,6 +38,7 @@ public:
     virtual bool append(void* array, const VnIfcVariant& element) const = 0;
 
 protected:
+    /// `storage` says how a variant keeps arrays, and must outlive the descriptor.
     VnIfcArrayVariantType(const wchar_t* name, const VnIfcVariantStorage& storage);
 };
 
@@ -57,6 +59,7 @@ public:
     virtual const VnIfcVariantType* arrayType() const = 0;
 
 protected:
+    /// The qualified name, which is copied.
     VnIfcAggrPtrVariantType(const wchar_t* name);
 
     /// The aggregate that a value points to.
@@ -65,6 +68,7 @@ protected:
     virtual void exportTo(void* array, const VnIfcAggr& aggregate) const = 0;
 };
 
+/// The descriptor of an array class.
 template <class A>
 class VnIfcVariantTypeForObject;
 
@@ -74,6 +78,7 @@ class VnIfcVariantTypeForObject<VnIfcArray<T, Reallocator>> final : public VnIfc
     using Array = VnIfcArray<T, Reallocator>;
 
 public:
+    /// The qualified name, which is copied.
     VnIfcVariantTypeForObject(const wchar_t* name) : VnIfcArrayVariantType(name, vnIfcInsideStorage<Array>) {}
 
     std::uint32_t countOf(const void* value) const noexcept override { return array(value).length(); }
@@ -103,10 +108,13 @@ private:
 /// The array in which elements of an aggregate are handed out.
 template <class T>
 struct VnIfcArrayOfAggr {
+    /// An array of the elements.
     using Type = VnIfcArray<T>;
 };
+/// A list of lists is handed out as an array of arrays.
 template <class T>
 struct VnIfcArrayOfAggr<VnIfcListAggr<T>> {
+    /// An array of arrays of the inner elements.
     using Type = VnIfcArray<VnIfcArray<T>>;
 };
 
@@ -135,6 +143,7 @@ protected:
     }
 };
 
+/// The descriptor of a pointer to a SET class.
 template <class P>
 class VnIfcSetAggrPtrVariantTypePOD;
 
@@ -142,9 +151,11 @@ class VnIfcSetAggrPtrVariantTypePOD;
 template <class A>
 class VnIfcSetAggrPtrVariantTypePOD<A*> final : public VnIfcAggrPtrVariantTypeOf<A> {
 public:
+    /// The qualified name, which is copied.
     VnIfcSetAggrPtrVariantTypePOD(const wchar_t* name) : VnIfcAggrPtrVariantTypeOf<A>(name) {}
 };
 
+/// The descriptor of a pointer to a LIST class.
 template <class P>
 class VnIfcListAggrPtrVariantTypePOD;
 
@@ -152,6 +163,7 @@ class VnIfcListAggrPtrVariantTypePOD;
 template <class A>
 class VnIfcListAggrPtrVariantTypePOD<A*> final : public VnIfcAggrPtrVariantTypeOf<A> {
 public:
+    /// The qualified name, which is copied.
     VnIfcListAggrPtrVariantTypePOD(const wchar_t* name) : VnIfcAggrPtrVariantTypeOf<A>(name) {}
 
     bool subToValueType(const VnIfcVariantType& target, const VnIfcVariant& source,

@@ -46,6 +46,7 @@ public:
     VnIfcVariant variantOf(const VnIfcSelect& select) const override { return VnIfcVariant(*this, &select); }
 
 protected:
+    /// `schema` and `name` are the parts of the qualified name, `size` that of the select class in bytes.
     VnIfcSelectValueTypeBase(std::string_view schema, std::string_view name, std::uint32_t size);
 };
 
@@ -61,6 +62,7 @@ public:
     VnIfcVariant variantOf(std::shared_ptr<VnIfcSelect> select) const;
 
 protected:
+    /// `schema` and `name` are the parts of the qualified name of the select class.
     VnIfcSelectPtrValueTypeBase(std::string_view schema, std::string_view name);
     /// A new select for a pointer to point to; null when the class is not known.
     virtual std::shared_ptr<VnIfcSelect> createSelect() const = 0;
@@ -77,6 +79,7 @@ public:
     void destroy(void* object) const noexcept override { delete static_cast<S*>(object); }
 };
 
+/// The descriptor of a pointer to a select class.
 template <class P>
 class VnIfcSelectPtrValueTypePOD;
 

@@ -63,7 +63,9 @@ public:
         return *next;
     }
 
+    /// The next byte to be read; not owned.
     const char* next = nullptr;
+    /// The end of the parameter list's bytes.
     const char* end = nullptr;
 
 private:
@@ -90,6 +92,10 @@ public:
     }
 
     // Reading: whole attributes
+    ///@{
+    /// Reads one attribute. A value of another kind, "$" and a missing parameter leave `value` unset and give false.
+    /// Strings are kept as exchange text with apostrophes single (ISO 10303-21, 6.4.3). A string for a buffer fills it
+    /// with its first `length` bytes and NULs after them; a longer one is reported.
     bool rdLimitedString(char* buffer, std::size_t length, bool optional, bool separated);
     bool rdVnAnsiString(VnAnsiString& value, bool optional, bool separated);
     bool rdDouble(double& value, bool optional, bool separated);
@@ -98,10 +104,13 @@ public:
     bool rdPrimitive(VnIfcBoolean& value, bool optional, bool separated);
     bool rdReference(VnDbObjectId& value, bool separated, bool optional = true);
     bool rdSelect(VnIfcSelect& value, bool optional, bool separated);
+    ///@}
     /// The literal without its dots; empty when unset.
     VnAnsiString rdEnumerationToStr(bool optional, bool separated);
     /// As rdEnumerationToStr, without a copy; valid as long as the bytes that are read.
     std::string_view rdEnumeration(bool optional, bool separated);
+    /// Reads the "*" of an attribute that a subtype derives; anything else is reported, kept as
+    /// text, and gives false.
     bool rdDerive(bool separated);
     /// Passes over a binary value.
     void rdBinary(bool separated, bool optional = true);
@@ -115,16 +124,20 @@ public:
     void compareEmptyForm(bool writtenAsUnset);
 
     // Reading: elements of aggregates; "$" reads as the unset value
+    ///@{
+    /// Reads one element of an aggregate.
     bool rdPrimitive(double& value, bool separated);
     bool rdPrimitive(int& value, bool separated);
     bool rdPrimitive(VnDbObjectId& value, bool separated);
     bool rdPrimitive(VnAnsiString& value, bool separated);
     bool rdPrimitive(VnIfcSelect& value, bool separated);
+    ///@}
 
     /// Consumes the next significant character if it is this one.
     bool skipUntil(char character) { return m_helper.skipUntilRet(character); }
     /// Moves past the next such character of this parameter list; false when there is none.
     bool ignoreUntilComments(char character, bool);
+    /// Where reading stands; owned by the filer.
     VnSpfReadHelper& helper() noexcept { return m_helper; }
     /// Called by the field layer for what it accepted although it was not as it should be.
     virtual void onAccepted(VnSpfAccepted what);
@@ -132,6 +145,10 @@ public:
     void misfit(VnSpfProblem problem);
 
     // Writing: whole attributes
+    ///@{
+    /// Writes one attribute, "$" for an unset value. `optional` changes nothing: an unset mandatory attribute is "$",
+    /// too. Of a string in a buffer the bytes before the first NUL are written, at most `length`. A reference to an
+    /// erased instance is written "$".
     void wrLimitedString(const char* value, std::size_t length, bool optional, bool separated);
     void wrVnAnsiString(const VnAnsiString& value, bool optional, bool separated);
     void wrDouble(const double& value, bool optional, bool separated);
@@ -140,20 +157,29 @@ public:
     void wrPrimitive(const VnIfcBoolean& value, bool optional, bool separated);
     void wrReference(const VnDbObjectId& value, bool separated);
     void wrSelect(const VnIfcSelect& value, bool optional, bool separated);
+    ///@}
+    ///@{
+    /// Writes a literal, which is given without dots; "$" for an empty one.
     void wrEnumerationStr(const VnAnsiString& literal, bool optional, bool separated) {
         wrEnumeration(literal.view(), optional, separated);
     }
     void wrEnumeration(std::string_view literal, bool optional, bool separated);
+    ///@}
+    /// Writes the "*" of an attribute that a subtype derives.
     void wrDerive(bool separated);
 
     // Writing: elements of aggregates
+    ///@{
+    /// Writes one element of an aggregate, "$" for an unset value.
     void wrPrimitive(const double& value);
     void wrPrimitive(const int& value);
     void wrPrimitive(const VnDbObjectId& value);
     void wrPrimitive(const VnAnsiString& value);
     void wrPrimitive(const VnIfcSelect& value);
+    ///@}
     /// An element of a list of binary values: in double quotes, or "$" for one that is none.
     void wrBinaryElement(const VnAnsiString& value);
+    /// Writes one character as it is.
     void wrChar(char character) {
         if (m_out == m_outEnd)
             growOutput(1);
@@ -174,6 +200,8 @@ protected:
 
     /// Slots by number; numbers that have none there are asked for through slotOf.
     void lookUpIn(const VnIfcSlotPages& slots) noexcept { m_slots = slots; }
+    /// Begins with a parameter list, between its parentheses, whose bytes are not owned, and which NULs follow as
+    /// kVnSpfPadding says.
     void startReading(const char* begin, const char* end) noexcept;
     /// Ends the list; true when everything was read. Otherwise [first, second) is what the list still holds, and
     /// `second` stands at its closing parenthesis, or at the end of the bytes where there is none.
@@ -189,15 +217,20 @@ protected:
 
     /// The text written so far; the output keeps its memory when cleared.
     std::string_view output() const noexcept { return {m_outBegin, static_cast<std::size_t>(m_out - m_outBegin)}; }
+    /// Forgets the text written so far.
     void clearOutput() noexcept { m_out = m_outBegin; }
+    /// Writes a text as it is.
     void write(std::string_view text);
+    /// Writes an instance number in decimal digits.
     void writeNumber(std::uint64_t number);
 
     const VnIfcModel* m_home = nullptr; ///< when writing, the model that references must be of; null: any
     bool m_encodesText = false;         ///< writes what is no exchange text encoded
+    /// Set by a derived class that wants watchField to be called.
     bool m_watched = false;
     /// Set when a select took an instance, which it classifies when all instances are there.
     bool m_tookPending = false;
+    /// Of the parameter at hand, from 0.
     unsigned m_position = 0;
 
 private:

@@ -15,6 +15,7 @@ public:
         m_text = std::move(text);
         return *this;
     }
+    /// The text that was set; empty before.
     const VnAnsiString& text() const noexcept { return m_text; }
 
 private:
@@ -24,10 +25,13 @@ private:
 /// Describes a constructed type by its kind and parameters: first the type's name, then an enumeration's literals.
 class VNIFC_API VnTypeCode : public DictionaryInstance {
 public:
+    /// Without parameters.
     explicit VnTypeCode(VnTypeCodeKind kind) noexcept : m_kind(kind) {}
     ~VnTypeCode() override;
 
+    /// The kind of the type that is described.
     VnTypeCodeKind kind() const noexcept { return m_kind; }
+    /// Adds a copy of the parameter after those that are there.
     void appendParameter(const VnAny& parameter) { m_parameters.push_back(parameter); }
     /// In the order in which they were appended.
     std::span<const VnAny> parameters() const noexcept { return m_parameters; }

@@ -33,6 +33,7 @@ struct VnModuleEntryPoints {
 /// A module that cannot be used: the message names it, its file and the reason.
 class VNRX_API VnModuleError : public std::runtime_error {
 public:
+    /// The message is for people, in UTF-8.
     VnModuleError(const std::string& message, bool isMissing) : std::runtime_error(message), m_isMissing(isMissing) {}
     /// There is no file of that name; false for one that is there and is no module, or one of another version.
     bool isMissing() const noexcept { return m_isMissing; }
@@ -55,14 +56,19 @@ public:
     /// A use of a module that the program links; initialises it.
     explicit VnModule(const VnModuleEntryPoints& linked);
 
+    ///@{
+    /// Takes the use over; what is moved from can only be destroyed or assigned to. Assignment ends the use that was
+    /// there.
     VnModule(VnModule&& other) noexcept;
     VnModule& operator=(VnModule&& other) noexcept;
+    ///@}
     /// The last use of a module uninitialises it, unless the host had initialised it before the first one, and unloads
     /// it. No instance of the schema's classes may be left then.
     ~VnModule();
 
     /// The schema; null once somebody has called the life cycle's uninitApp.
     VnIfcSchema* schema() const noexcept { return m_schema(); }
+    /// The module's life cycle, owned by the module. Calling uninitApp takes the schema away from all uses.
     VnModuleLifeCycleApp& lifeCycle() const noexcept { return *m_app; }
     /// The address of a function that the module exports, "vnIfcBuildPropertyForSimple" say; null when it has none of
     /// that name, and for a linked module. To be cast to the type that the module's header declares, and good as long

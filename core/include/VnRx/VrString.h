@@ -17,6 +17,7 @@ public:
     VrString() noexcept = default;
     /// Copies a NUL-terminated text of UTF-8; null gives the empty string.
     VrString(const char* utf8) : VrString(orEmpty(utf8)) {}
+    /// Copies the bytes, whether they are valid UTF-8 or not.
     VrString(std::string_view utf8) : m_text(utf8) {}
 
     /// A surrogate without its partner becomes U+FFFD.
@@ -30,10 +31,12 @@ public:
 
     /// Takes a NUL-terminated text of UTF-8; null gives the empty string.
     VrString& assign(const char* utf8) { return assign(orEmpty(utf8)); }
+    /// Takes a copy of the bytes.
     VrString& assign(std::string_view utf8) {
         m_text.assign(utf8);
         return *this;
     }
+    /// Adds a copy of the bytes, which must not stand in this string.
     VrString& append(std::string_view utf8) {
         m_text.append(utf8);
         return *this;
@@ -41,16 +44,24 @@ public:
 
     /// The bytes, NUL-terminated; valid until the string is changed.
     const char* constUtf8() const noexcept { return m_text.c_str(); }
+    ///@{
+    /// The bytes; valid until the string is changed or destroyed.
     std::string_view view() const noexcept { return m_text; }
     operator std::string_view() const noexcept { return m_text; }
+    ///@}
     /// In bytes.
     std::size_t length() const noexcept { return m_text.size(); }
+    /// True for a text without bytes.
     bool isEmpty() const noexcept { return m_text.empty(); }
+    /// Makes the string empty.
     void clear() noexcept { m_text.clear(); }
 
+    ///@{
+    /// Compares bytes, without normalisation; a null pointer is equal to the empty string.
     friend bool operator==(const VrString& left, const VrString& right) noexcept = default;
     friend bool operator==(const VrString& left, std::string_view right) noexcept { return left.view() == right; }
     friend bool operator==(const VrString& left, const char* right) noexcept { return left.view() == orEmpty(right); }
+    ///@}
     /// Order of the bytes, which for valid UTF-8 is the order of the characters' numbers.
     friend std::strong_ordering operator<=>(const VrString& left, const VrString& right) noexcept = default;
 

@@ -24,13 +24,18 @@ public:
     int kind() const noexcept override { return kAttribute; }
 
 protected:
+    /// Which attribute of which class.
     struct Attribute {
+        /// The class that declares it.
         const EntityClass& type;
+        /// Its row in that class.
         const AttributeRow& row;
+        /// Where the row stands.
         AttributePart part;
     };
 
     AttributeProperty() noexcept = default;
+    /// The attribute that the property is for.
     virtual Attribute attribute() const noexcept = 0;
     /// Initialises a property, which is on the heap, and adds it to a collection; `record` is the entity's record in
     /// the dictionary.
@@ -41,6 +46,8 @@ protected:
 template <class E, AttributePart part, std::size_t index>
 class AttributePropertyOf final : public AttributeProperty {
 public:
+    /// Makes the property and adds it to a collection, which owns it. `record` is the entity's record in the
+    /// dictionary.
     static void addTo(VnIfcPropertyCollection& collection, const VnIfcEntityType* record) {
         add(collection, new AttributePropertyOf, record);
     }

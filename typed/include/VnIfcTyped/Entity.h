@@ -27,11 +27,14 @@ enum class AttributeKind : std::uint8_t {
     kDerived, ///< a position of the parameter list that a subtype derives: no member
 };
 
+/// Whether the schema allows the attribute to be unset.
 enum Mark : std::uint8_t { kMandatory = 0, kOptional = 1 };
 
+///@{
 /// Bounds of an inverse attribute: "?" and not given.
 inline constexpr int kUnbounded = Consts::VnIntUnset;
 inline constexpr int kUnset = Consts::VnIntUnset;
+///@}
 
 /// One attribute of an entity class: all that the operations of its kind need to know.
 struct AttributeRow {
@@ -39,7 +42,9 @@ struct AttributeRow {
     const char* typeText; ///< of the dictionary: "IFCLABEL", "set [1:?] of IFCOBJECTDEFINITION"
     const void* type;     ///< enumerations: EnumerationClass; selects and aggregates: operations of the member's type
     std::uint32_t offset; ///< of the member in the instance
+    /// What can be done with the attribute.
     AttributeKind kind;
+    /// Whether it may be unset.
     Mark mark;
     bool isBinary = false;                    ///< aggregates of BINARY, whose elements stand in double quotes
     std::uint8_t unique = 0;                  ///< bit i: the elements of nesting level i must differ
@@ -48,15 +53,20 @@ struct AttributeRow {
 
 /// An inverse attribute; `attribute.typeText` is the entity on the other side in lower case.
 struct InverseRow {
+    /// Its own row: name, place in the instance and the entity on the other side.
     AttributeRow attribute;
     const char* inverted; ///< the attribute there: "RelatedObjects"
+    ///@{
+    /// The declared bound of the cardinality; kUnbounded for "?", kUnset where none is given.
     int lower;
     int upper;
+    ///@}
 };
 
 /// A derived attribute, under its name in the dictionary.
 struct DerivedRow {
     const char* name; ///< "Dim", or "ifcedge_edgestart" for a redeclared one
+    /// Of the dictionary: "IFCDIMENSIONCOUNT".
     const char* typeText;
     const char* redeclares; ///< "EdgeStart"; empty when it redeclares nothing
     AttributeRow field;     ///< its place in the parameter list, if it redeclares
@@ -64,23 +74,31 @@ struct DerivedRow {
 
 /// Where a forward attribute is entered: in this inverse member of targets that are of this entity.
 struct InverseTarget {
+    /// The g_pEntityType of the class that has the inverse attribute.
     VnIfcEntityType** entity;
+    /// The row there.
     const InverseRow* inverse;
 };
 
 /// A forward attribute that inverse attributes of other classes mirror; the first target that fits is taken.
 struct InverseLink {
+    /// The attribute that holds the reference.
     const AttributeRow* forward;
+    /// Where the instance is entered, in order of preference.
     Rows<InverseTarget> targets;
 };
 
 /// A rule of the schema: no two instances have the same values in all of these attributes.
 struct UniqueRule {
+    /// The rule's label in the schema: "UR1".
     const char* label;
+    /// The attributes that are unique together.
     Rows<const AttributeRow*> attributes;
 };
 
+/// Makes an instance with every attribute unset, outside of any model; the caller owns it.
 using EntityFactory = VnIfcEntityBase* (*)();
+/// Adds the property objects of an entity's own attributes to a collection, which owns them.
 using PropertyCallback = void (*)(VnIfcPropertyCollection*, const VnIfcEntityType*);
 
 /// An entity class as data.
@@ -89,7 +107,9 @@ struct EntityClass {
     const char* keyword;          ///< "IFCWALL"
     const EntityClass* supertype; ///< null for a root
     VnIfcEntityType** record;     ///< the class's g_pEntityType
+    /// Makes an instance of the class; of an abstract one, too.
     EntityFactory create;
+    /// Makes the property objects of the own attributes.
     PropertyCallback properties;
     Rows<AttributeRow> attributes;    ///< own explicit ones
     Rows<InverseRow> inverses;        ///< own
@@ -98,6 +118,7 @@ struct EntityClass {
     Rows<VnIfcEntityType**> chain;    ///< the class, then its root, then down towards it
     Rows<InverseLink> links;          ///< own
     Rows<UniqueRule> uniques;         ///< own
+    /// ABSTRACT in the schema.
     bool isAbstract;
 };
 
@@ -141,8 +162,11 @@ public:
 
 protected:
     Entity() = default;
+    ///@{
+    /// A copy belongs to no model; assignment leaves identity alone.
     Entity(const Entity&) = default;
     Entity& operator=(const Entity&) = default;
+    ///@}
 
 private:
     friend class AttributeProperty;

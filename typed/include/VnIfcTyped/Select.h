@@ -15,7 +15,9 @@ namespace VN_SDAI::typed {
 /// One member of a select: the name under which it is chosen, the kind of its value, and its type where the kind needs
 /// it.
 struct SelectMember {
+    /// As the schema names the type, of static storage.
     const VnAnsiString* name;
+    /// Of the member's value.
     VnTypeCodeKind kind;
     VnIfcEntityType** entity;            ///< entity members: the class's record
     const EnumerationClass* enumeration; ///< enumeration members
@@ -25,19 +27,28 @@ struct SelectMember {
 /// The descriptors of a select class, of pointers to it, and of its arrays and pointers to its aggregates if the schema
 /// has such.
 struct SelectDescriptors {
+    ///@{
+    /// The places of the descriptors of the select, of pointers to it, of arrays of it, and of pointers to its
+    /// aggregate; the last two are null where the schema has no such aggregate.
     VnIfcVariantTypeSlot* value;
     VnIfcVariantTypeSlot* pointer;
     VnIfcVariantTypeSlot* array;
     VnIfcVariantTypeSlot* aggregate;
+    ///@}
 };
 
+/// A select class as data.
 struct SelectClass {
+    /// As in the schema: "IfcValue".
     const char* name;
+    /// In the order of the codes, nested selects flattened.
     std::span<const SelectMember> members;
     std::span<const std::uint16_t> index; ///< made by memberIndex
     VnIfcNameType** type;                 ///< the select's record in the dictionary
+    /// The descriptors of values that hold the select.
     SelectDescriptors descriptors;
 
+    /// The number of members, which is also the code for none.
     std::int32_t memberCount() const noexcept { return static_cast<std::int32_t>(members.size()); }
     /// The index of the member of that name, in any case; the number of members when there is none.
     VNIFC_API std::int32_t indexOf(std::string_view name) const noexcept;
@@ -65,6 +76,8 @@ consteval auto memberIndex(const std::string_view (&names)[count]) {
     return index;
 }
 
+///@{
+/// A member of that kind of type; the arguments must be of static storage.
 constexpr SelectMember entityMember(const VnAnsiString& name, VnIfcEntityType** entity) noexcept {
     return {&name, VnTypeCodeKind::kEntity, entity, nullptr, nullptr};
 }
@@ -74,8 +87,11 @@ constexpr SelectMember simpleMember(const VnAnsiString& name, VnTypeCodeKind kin
 constexpr SelectMember enumerationMember(const VnAnsiString& name, const EnumerationClass& type) noexcept {
     return {&name, VnTypeCodeKind::kEnumeration, nullptr, &type, nullptr};
 }
+///@}
+/// The prototype of members that are aggregates.
 template <class Aggregate>
 const Aggregate nilAggregate{};
+/// A member that is an aggregate; the name must be of static storage.
 template <class Aggregate>
 constexpr SelectMember aggregateMember(const VnAnsiString& name) noexcept {
     return {&name, VnTypeCodeKind::kAggregation, nullptr, nullptr, &nilAggregate<Aggregate>};
@@ -86,11 +102,13 @@ constexpr SelectMember aggregateMember(const VnAnsiString& name) noexcept {
 /// number of members means that none is chosen, one more that an instance was loaded but not yet classified.
 class VNIFC_API Select : public VnIfcSelect {
 public:
+    /// Copies choice and value.
     Select(const Select&) = default;
     /// The select that is moved from is null then.
     Select(Select&& other) noexcept : VnIfcSelect(std::move(other)), m_discriminator(other.m_discriminator) {
         other.forget();
     }
+    /// Takes choice and value; the select that is moved from is null then.
     Select& operator=(Select&& other) noexcept {
         if (this == &other)
             return *this;
@@ -106,6 +124,7 @@ public:
     const VnIfcNameType* type() const noexcept override;
     std::int32_t memberByName(const VnAnsiString& name) const override;
 
+    /// The members of the derived class.
     virtual const SelectClass& selectClass() const noexcept = 0;
     /// True when an instance was taken from a file and belongs to no member, or is not yet classified.
     bool isPending() const noexcept { return m_discriminator == selectClass().memberCount() + 1; }
@@ -113,6 +132,7 @@ public:
     const SelectMember* chosen() const noexcept;
 
 protected:
+    /// Without a choice; `unset` is the number of members.
     explicit Select(std::int32_t unset) noexcept : m_discriminator(unset) {}
 
     bool setHandleD(const VnDbObjectId& handle) override;
@@ -126,13 +146,20 @@ protected:
     const VnIfcVariantType* chosenEnumeration() const override;
     std::uint32_t chosenLiteralCount() const noexcept override;
 
+    /// Chooses by code and leaves the value as it is.
     void setDiscriminator(std::int32_t code) noexcept { m_discriminator = code; }
+    /// True when the member of that code is chosen, also when an instance from a file is not yet classified.
     bool is(std::int32_t code) const noexcept {
         return m_discriminator == code || (isPending() && memberOf(getHandle()) == code);
     }
     /// Chooses a member that is no entity, without giving it a value; 18 for any other code.
     VN::ErrorStatus chooseType(std::int32_t code);
+    /// Holds the instance's handle and finds its member. Null, an instance outside of a model, and one that belongs to
+    /// no member null the select.
     void setInstance(const VnIfcEntityBase* instance);
+    ///@{
+    /// Chooses the member of that code and gives it the value; nothing is chosen for a code of no member or of an
+    /// entity.
     void setText(std::int32_t code, VnAnsiString value);
     void setBinary(std::int32_t code, VnAnsiString value);
     void setInteger(std::int32_t code, int value);
@@ -140,6 +167,8 @@ protected:
     void setBooleanValue(std::int32_t code, VnIfcBoolean value);
     void setLogicalValue(std::int32_t code, VnIfcLogical value);
     void setEnumeration(std::int32_t code, std::uint32_t value);
+    ///@}
+    /// Chooses the member of that code and gives it copies of the elements, whose type must be the member's.
     template <class T>
     void setAggregate(std::int32_t code, const VnIfcArray<T>& value) {
         if (chooseType(code) != VN::eOk)
@@ -148,6 +177,7 @@ protected:
     }
 
     // For the derived classes: between selects of different classes there is no assignment.
+    /// Copies choice and value.
     Select& operator=(const Select&) = default;
 
 private:
@@ -165,6 +195,7 @@ private:
 
 static_assert(sizeof(Select) == 32);
 
+/// The select classes of all releases.
 template <class S>
 concept SelectType = std::derived_from<S, Select> && requires {
     S::s_class;
@@ -181,14 +212,18 @@ namespace VN_SDAI {
 /// The descriptor of the select class S.
 template <typed::SelectType S>
 struct VnIfcVariantType::Desc<S> {
+    /// The descriptor, made if there is none.
     static const VnIfcVariantType& value() { return S::s_class.descriptors.value->value(); }
+    /// Destroys the descriptor; nothing may use it any more.
     static void release() noexcept { S::s_class.descriptors.value->release(); }
 };
 
 /// The descriptor of pointers to S.
 template <typed::SelectType S>
 struct VnIfcVariantType::Desc<S*> {
+    /// The descriptor, made if there is none.
     static const VnIfcVariantType& value() { return S::s_class.descriptors.pointer->value(); }
+    /// Destroys the descriptor; nothing may use it any more.
     static void release() noexcept { S::s_class.descriptors.pointer->release(); }
 };
 
@@ -196,7 +231,9 @@ struct VnIfcVariantType::Desc<S*> {
 template <typed::SelectType S>
 requires requires { typename S::Aggregate; }
 struct VnIfcVariantType::Desc<VnIfcArray<S, VnIfcArrayObjectCopyReallocator<S>>> {
+    /// The descriptor, made if there is none.
     static const VnIfcVariantType& value() { return S::s_class.descriptors.array->value(); }
+    /// Destroys the descriptor; nothing may use it any more.
     static void release() noexcept { S::s_class.descriptors.array->release(); }
 };
 
@@ -204,7 +241,9 @@ struct VnIfcVariantType::Desc<VnIfcArray<S, VnIfcArrayObjectCopyReallocator<S>>>
 template <class S>
 requires typed::SelectInAggregate<S, VnIfcSetAggr<S>>
 struct VnIfcVariantType::Desc<VnIfcSetAggr<S>*> {
+    /// The descriptor, made if there is none.
     static const VnIfcVariantType& value() { return S::s_class.descriptors.aggregate->value(); }
+    /// Destroys the descriptor; nothing may use it any more.
     static void release() noexcept { S::s_class.descriptors.aggregate->release(); }
 };
 
@@ -212,7 +251,9 @@ struct VnIfcVariantType::Desc<VnIfcSetAggr<S>*> {
 template <class S>
 requires typed::SelectInAggregate<S, VnIfcListAggr<S>>
 struct VnIfcVariantType::Desc<VnIfcListAggr<S>*> {
+    /// The descriptor, made if there is none.
     static const VnIfcVariantType& value() { return S::s_class.descriptors.aggregate->value(); }
+    /// Destroys the descriptor; nothing may use it any more.
     static void release() noexcept { S::s_class.descriptors.aggregate->release(); }
 };
 
